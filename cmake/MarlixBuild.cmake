@@ -1,0 +1,46 @@
+# Compiler launcher, warnings and sanitizer switches shared by every target of the project.
+
+if(MARLIX_USE_CCACHE)
+    find_program(MARLIX_CCACHE ccache)
+    if(MARLIX_CCACHE)
+        # Precompiled headers only hit the cache with these sloppiness settings.
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+            ${MARLIX_CCACHE})
+    endif()
+endif()
+
+option(MARLIX_WARNINGS_AS_ERRORS "Treat compiler warnings of the project's own code as errors" OFF)
+
+set(MARLIX_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+if(MARLIX_SANITIZE)
+    # vptr checks need RTTI of every Qt class, which the distribution libraries hide; the rest stays on.
+    set(_marlix_san_flags -fsanitize=${MARLIX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    if(MARLIX_SANITIZE MATCHES "undefined")
+        list(APPEND _marlix_san_flags -fno-sanitize=vptr)
+    endif()
+    add_compile_options(${_marlix_san_flags})
+    add_link_options(${_marlix_san_flags})
+    string(JOIN " " MARLIX_SANITIZE_FLAGS ${_marlix_san_flags})
+endif()
+
+# Warnings for the project's own targets only.
+function(marlix_set_warnings target)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wno-missing-field-initializers)
+        if(MARLIX_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
+    endif()
+endfunction()
+
+# Precompiled Qt headers for a target: the few heavy headers that most files include.
+function(marlix_precompile_qt target)
+    if(MARLIX_USE_PCH)
+        target_precompile_headers(${target} PRIVATE
+            <QtCore/QObject> <QtCore/QString> <QtCore/QList> <QtCore/QVariant>
+            <QtGui/QPainter> <QtGui/QColor> <QtGui/QImage>
+            <QtWidgets/QWidget> <QtWidgets/QStyle> <QtWidgets/QStyleOption>
+            <functional> <memory> <string> <vector>)
+    endif()
+endfunction()

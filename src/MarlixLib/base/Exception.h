@@ -1,0 +1,42 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Aliases.h>
+
+#include <exception>
+
+namespace Marlix {
+
+/// A recoverable failure with a message for the user or the log.
+class MARLIXLIB_EXPORT Exception : public std::exception
+{
+public:
+    explicit Exception(String message);
+    const char* what() const noexcept override;
+    const String& getMessage() const noexcept { return message; }
+
+private:
+    String message;
+};
+
+/// A broken invariant: a programming error that stops the current operation. It names the source unit (the file's
+/// folder and name, "widgets/Slider") and the line, so a crash report points at the check that failed.
+class MARLIXLIB_EXPORT StopException : public std::exception
+{
+public:
+    StopException(String unit, int line);
+    const char* what() const noexcept override;
+    const String& getUnit() const noexcept { return unit; }
+    int getLine() const noexcept { return line; }
+
+private:
+    String unit;
+    int line;
+    String message;
+};
+
+namespace Detail {
+[[noreturn]] MARLIXLIB_EXPORT void throwStopException(StringView unit, int line);
+} // namespace Detail
+
+} // namespace Marlix

@@ -1,0 +1,206 @@
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/base/FlatMap.h>
+#include <MarlixLib/base/FlatSet.h>
+#include <MarlixLib/base/Flags.h>
+
+#include <QtTest/QTest>
+
+#include <thread>
+
+using namespace Marlix;
+
+class TestCallbacks : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void callsInRegistrationOrder();
+    void removalWhileCalling_data();
+    void removalWhileCalling();
+    void additionWhileCallingWaitsForNextRound();
+    void lifetimeOutlivesList();
+    void exceptionDoesNotStopOtherCallbacks();
+    void ownerEndsEveryRegistration();
+    void concurrentAddAndCall();
+    void functionSharesItsCallable();
+    void stopExceptionNamesUnitAndLine();
+    void flatContainersStaySorted();
+    void flags();
+};
+
+void TestCallbacks::callsInRegistrationOrder()
+{
+    CallbackList<int> list;
+    Array<int> seen;
+    auto a = list.add([&](int v) { seen.push_back(v * 10 + 1); });
+    auto b = list.add([&](int v) { seen.push_back(v * 10 + 2); });
+    list.call(4);
+    QCOMPARE(seen, (Array<int> { 41, 42 }));
+    b.reset();
+    list.call(5);
+    QCOMPARE(seen, (Array<int> { 41, 42, 51 }));
+    QCOMPARE(list.size(), std::size_t(1));
+}
+
+void TestCallbacks::removalWhileCalling_data()
+{
+    QTest::addColumn<int>("removedIndex");
+    QTest::addColumn<QList<int>>("expected");
+    // Callback 0 removes entry `removedIndex`: an entry removed before its turn is never called.
+    QTest::newRow("itself") << 0 << QList<int> { 0, 1, 2, 1, 2 };
+    QTest::newRow("the next one") << 1 << QList<int> { 0, 2, 0, 2 };
+    QTest::newRow("the last one") << 2 << QList<int> { 0, 1, 0, 1 };
+}
+
+void TestCallbacks::removalWhileCalling()
+{
+    QFETCH(int, removedIndex);
+    QFETCH(QList<int>, expected);
+    CallbackList<> list;
+    QList<int> seen;
+    std::array<CallbackLifetime, 3> lifetimes;
+    lifetimes[0] = list.add([&] {
+        seen.push_back(0);
+        lifetimes[static_cast<std::size_t>(removedIndex)].reset();
+    });
+    lifetimes[1] = list.add([&] { seen.push_back(1); });
+    lifetimes[2] = list.add([&] { seen.push_back(2); });
+    list.call();
+    list.call();
+    QCOMPARE(seen, expected);
+}
+
+void TestCallbacks::additionWhileCallingWaitsForNextRound()
+{
+    CallbackList<> list;
+    int added = 0;
+    Array<CallbackLifetime> extra;
+    auto adder = list.add([&] { extra.push_back(list.add([&] { ++added; })); });
+    list.call();
+    QCOMPARE(added, 0);
+    list.call();
+    QCOMPARE(added, 1);
+    QCOMPARE(list.size(), std::size_t(3));
+}
+
+void TestCallbacks::lifetimeOutlivesList()
+{
+    CallbackLifetime lifetime;
+    {
+        CallbackList<> list;
+        lifetime = list.add([] { });
+        QVERIFY(lifetime.isActive());
+    }
+    QVERIFY(!lifetime.isActive());
+    lifetime.reset();
+}
+
+void TestCallbacks::exceptionDoesNotStopOtherCallbacks()
+{
+    CallbackList<int> list;
+    int third = 0;
+    auto a = list.add([](int) { });
+    auto b = list.add([](int) { throw Exception("second failed"); });
+    auto c = list.add([&](int v) { third = v; });
+    auto d = list.add([](int) { throw Exception("fourth failed"); });
+    try {
+        list.call(7);
+        QFAIL("the exception must reach the caller");
+    } catch (const Exception& e) {
+        QCOMPARE(QString::fromStdString(e.getMessage()), QStringLiteral("second failed"));
+    }
+    QCOMPARE(third, 7);
+}
+
+void TestCallbacks::ownerEndsEveryRegistration()
+{
+    CallbackList<> list;
+    int calls = 0;
+    {
+        CallbacksOwner owner;
+        owner.add(list.add([&] { ++calls; }));
+        owner.add(list.add([&] { ++calls; }));
+        CallbacksOwner moved = std::move(owner);
+        list.call();
+        QCOMPARE(calls, 2);
+    }
+    list.call();
+    QCOMPARE(calls, 2);
+    QVERIFY(list.isEmpty());
+}
+
+void TestCallbacks::concurrentAddAndCall()
+{
+    CallbackList<int> list;
+    std::atomic<int> sum = 0;
+    auto base = list.add([&](int v) { sum += v; });
+    std::thread other([&] {
+        for (int i = 0; i < 2000; ++i) {
+            auto lifetime = list.add([&](int v) { sum += v; });
+        }
+    });
+    for (int i = 0; i < 2000; ++i)
+        list.call(1);
+    other.join();
+    QVERIFY(sum >= 2000);
+    QCOMPARE(list.size(), std::size_t(1));
+}
+
+void TestCallbacks::functionSharesItsCallable()
+{
+    int counter = 0;
+    Function<int()> f = [&counter, state = 0]() mutable { ++counter; return ++state; };
+    const Function<int()> copy = f;
+    QCOMPARE(f(), 1);
+    QCOMPARE(copy(), 2); // the copy calls the same object, with the same state
+    QVERIFY(copy.isSameAs(f));
+    Function<int(int)> pointer = [](int v) { return v * 2; };
+    QCOMPARE(pointer(21), 42);
+    QVERIFY(!Function<void()>());
+    QVERIFY_THROWS_EXCEPTION(std::bad_function_call, Function<void()>()());
+}
+
+void TestCallbacks::stopExceptionNamesUnitAndLine()
+{
+    try {
+        Detail::throwStopException("widgets/Slider", 123);
+    } catch (const StopException& e) {
+        QCOMPARE(QString::fromStdString(e.getUnit()), QStringLiteral("widgets/Slider"));
+        QCOMPARE(e.getLine(), 123);
+        QCOMPARE(QString::fromUtf8(e.what()), QStringLiteral("Stopped at widgets/Slider:123"));
+        return;
+    }
+    QFAIL("no stop exception");
+}
+
+void TestCallbacks::flatContainersStaySorted()
+{
+    FlatSet<int> set { 5, 1, 3, 3 };
+    QCOMPARE(set.values(), (Array<int> { 1, 3, 5 }));
+    QVERIFY(!set.insert(3).second);
+    QVERIFY(set.erase(1));
+    QVERIFY(!set.contains(1));
+
+    FlatMap<String, int> map { { "b", 2 }, { "a", 1 } };
+    map["c"] = 3;
+    map.insertOrAssign("a", 10);
+    QCOMPARE(map.begin()->first, String("a"));
+    QCOMPARE(*map.get("a"), 10);
+    QVERIFY(map.get(StringView("zz")) == nullptr);
+    QCOMPARE(map.size(), std::size_t(3));
+}
+
+void TestCallbacks::flags()
+{
+    enum class Bit : unsigned { A = 1, B = 2, C = 4 };
+    Flags<Bit> f { Bit::A, Bit::C };
+    QVERIFY(f.has(Bit::A));
+    QVERIFY(!f.has(Bit::B));
+    f.set(Bit::A, false).set(Bit::B);
+    QCOMPARE(f.toBits(), 6u);
+    QVERIFY(f.hasAny(Flags<Bit>(Bit::C)));
+}
+
+QTEST_GUILESS_MAIN(TestCallbacks)
+#include "tst_Callbacks.moc"
