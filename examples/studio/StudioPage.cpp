@@ -1,0 +1,13 @@
+#include "StudioPage.h"
+
+namespace Studio {
+
+std::vector<Page> allPages()
+{
+    return {
+        { QStringLiteral("Controls"), QStringLiteral("controls"), createControlsPage },
+        { QStringLiteral("Models"), QStringLiteral("models"), createModelsPage },
+    };
+}
+
+} // namespace Studio

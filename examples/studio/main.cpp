@@ -1,0 +1,68 @@
+#include "StudioWindow.h"
+
+#include <MarlixLibQt/LibQt.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QPixmap>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace {
+
+constexpr QSize WINDOW_SIZE(1280, 800);
+
+// Renders every page of the window into DIR/<page>.png; returns the number of pages that could not be written.
+int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
+{
+    QDir dir;
+    if (!dir.mkpath(folder)) {
+        std::fprintf(stderr, "marlix-studio: cannot create the folder %s\n", qPrintable(folder));
+        return 1;
+    }
+    int failures = 0;
+    for (int i = 0; i < window.pageCount(); ++i) {
+        window.showPage(i);
+        QApplication::processEvents();
+        const QPixmap shot = window.grab();
+        const QString file = QDir(folder).absoluteFilePath(window.page(i).screenshotName + QStringLiteral(".png"));
+        if (shot.isNull() || !shot.save(file)) {
+            std::fprintf(stderr, "marlix-studio: could not write %s\n", qPrintable(file));
+            ++failures;
+        }
+    }
+    std::printf("Screenshots of %d pages written to %s\n", window.pageCount(),
+        qPrintable(QDir(folder).absolutePath()));
+    return failures;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QString screenshots;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--screenshots") == 0 && i + 1 < argc) {
+            screenshots = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--help") == 0) {
+            std::puts("usage: marlix-studio [--screenshots DIR]");
+            return 0;
+        } else {
+            std::fprintf(stderr, "marlix-studio: unknown argument %s (try --help)\n", argv[i]);
+            return 2;
+        }
+    }
+
+    Marlix::LibQt::startup("Marlix Studio", Marlix::LibQt::ApplicationType::Gui, {}, {});
+    int result = 0;
+    {
+        Studio::StudioWindow window;
+        window.resize(WINDOW_SIZE);
+        window.show();
+        result = screenshots.isEmpty() ? Marlix::LibQt::runEventLoop() : writeScreenshots(window, screenshots);
+    }
+    Marlix::LibQt::shutdown();
+    return result;
+}

@@ -1,0 +1,33 @@
+#include "BoundWidgets.h"
+#include "StudioPage.h"
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace Studio {
+
+QWidget* createModelsPage(QWidget* parent)
+{
+    auto* page = new QWidget(parent);
+    auto* layout = new QVBoxLayout(page);
+
+    // One model, three views: editing either editor moves the other, and the counter sees every notification.
+    const auto opacity = Marlix::makeSharedPtr<Marlix::Widgets::VariableModel<double>>(0.35);
+    auto* box = new QGroupBox(QObject::tr("One shared VariableModel<double>"));
+    auto* form = new QFormLayout(box);
+    form->addRow(QObject::tr("Opacity (slider)"), new BoundSlider(opacity));
+    form->addRow(QObject::tr("Opacity (spin box)"), new BoundSpinBox(opacity));
+    form->addRow(QObject::tr("Observer"), new NotificationCounter(opacity));
+    layout->addWidget(box);
+
+    auto* note = new QLabel(QObject::tr("Widgets never talk to each other: each sets the model and re-reads it when "
+                                        "the model notifies."));
+    note->setWordWrap(true);
+    layout->addWidget(note);
+    layout->addStretch(1);
+    return page;
+}
+
+} // namespace Studio
