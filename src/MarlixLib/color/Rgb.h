@@ -20,7 +20,10 @@ struct Rgb
     {
     }
 
-    friend constexpr Rgb operator+(const Rgb& x, const Rgb& y) { return { x.r + y.r, x.g + y.g, x.b + y.b, x.a + y.a }; }
+    friend constexpr Rgb operator+(const Rgb& x, const Rgb& y)
+    {
+        return { x.r + y.r, x.g + y.g, x.b + y.b, x.a + y.a };
+    }
     /// Scales the colour; alpha stays.
     friend constexpr Rgb operator*(const Rgb& x, float s) { return { x.r * s, x.g * s, x.b * s, x.a }; }
     friend constexpr bool operator==(const Rgb&, const Rgb&) = default;

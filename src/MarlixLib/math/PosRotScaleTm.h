@@ -16,9 +16,9 @@ namespace Marlix {
 /// - R rotates by the Euler angles `rotation` in radians about the fixed axes X, then Y, then Z (R = Rz * Ry * Rx,
 ///   right-handed, counter-clockwise seen from the positive axis);
 /// - T moves by `position`.
-/// Every invertible affine matrix has exactly one such decomposition with scale.x > 0, scale.y > 0 (a mirroring shows as
-/// a negative scale.z), rotation.x and rotation.z in (-pi, pi] and rotation.y in [-pi/2, pi/2]; at rotation.y = +-pi/2
-/// (gimbal lock) rotation.z is 0.
+/// Every invertible affine matrix has exactly one such decomposition with scale.x > 0, scale.y > 0 (a mirroring shows
+/// as a negative scale.z), rotation.x and rotation.z in (-pi, pi] and rotation.y in [-pi/2, pi/2]; at rotation.y =
+/// +-pi/2 (gimbal lock) rotation.z is 0.
 struct MARLIXLIB_EXPORT PosRotScaleTm
 {
     Pos position;

@@ -23,8 +23,14 @@ struct Vector3
     constexpr double operator[](int i) const { return i == 0 ? x : i == 1 ? y : z; }
     constexpr double& operator[](int i) { return i == 0 ? x : i == 1 ? y : z; }
 
-    friend constexpr Vector3 operator+(const Vector3& a, const Vector3& b) { return { a.x + b.x, a.y + b.y, a.z + b.z }; }
-    friend constexpr Vector3 operator-(const Vector3& a, const Vector3& b) { return { a.x - b.x, a.y - b.y, a.z - b.z }; }
+    friend constexpr Vector3 operator+(const Vector3& a, const Vector3& b)
+    {
+        return { a.x + b.x, a.y + b.y, a.z + b.z };
+    }
+    friend constexpr Vector3 operator-(const Vector3& a, const Vector3& b)
+    {
+        return { a.x - b.x, a.y - b.y, a.z - b.z };
+    }
     friend constexpr Vector3 operator*(const Vector3& a, double s) { return { a.x * s, a.y * s, a.z * s }; }
     friend constexpr Vector3 operator*(double s, const Vector3& a) { return a * s; }
     friend constexpr bool operator==(const Vector3&, const Vector3&) = default;

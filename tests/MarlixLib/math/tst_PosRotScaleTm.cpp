@@ -25,10 +25,18 @@ PosRotScaleTm makeTm(Pos p, Vector3 r, Vector3 s, Vector3 h = {})
 QByteArray describe(const PosRotScaleTm& t)
 {
     return QStringLiteral("p(%1 %2 %3) r(%4 %5 %6) s(%7 %8 %9) h(%10 %11 %12)")
-        .arg(t.position.x).arg(t.position.y).arg(t.position.z)
-        .arg(t.rotation.x).arg(t.rotation.y).arg(t.rotation.z)
-        .arg(t.scale.x).arg(t.scale.y).arg(t.scale.z)
-        .arg(t.shear.x).arg(t.shear.y).arg(t.shear.z)
+        .arg(t.position.x)
+        .arg(t.position.y)
+        .arg(t.position.z)
+        .arg(t.rotation.x)
+        .arg(t.rotation.y)
+        .arg(t.rotation.z)
+        .arg(t.scale.x)
+        .arg(t.scale.y)
+        .arg(t.scale.z)
+        .arg(t.shear.x)
+        .arg(t.shear.y)
+        .arg(t.shear.z)
         .toUtf8();
 }
 } // namespace
@@ -90,8 +98,8 @@ void TestPosRotScaleTm::rotationOrderIsXThenYThenZ()
     const Dir out = PosRotScaleTm::rotationMatrix({ PI / 2, PI / 2, PI / 2 }).transform(Dir { 0, 1, 0 });
     QVERIFY((out - Dir { 0, 1, 0 }).length() < 1e-12);
     // The other order (Z first) would take y to -x, then ... not y: make sure the order matters for this input.
-    const Matrix4 zyx = PosRotScaleTm::rotationMatrix({ PI / 2, 0, 0 }) * PosRotScaleTm::rotationMatrix({ 0, PI / 2, 0 })
-        * PosRotScaleTm::rotationMatrix({ 0, 0, PI / 2 });
+    const Matrix4 zyx = PosRotScaleTm::rotationMatrix({ PI / 2, 0, 0 })
+        * PosRotScaleTm::rotationMatrix({ 0, PI / 2, 0 }) * PosRotScaleTm::rotationMatrix({ 0, 0, PI / 2 });
     QVERIFY((zyx.transform(Dir { 0, 1, 0 }) - Dir { 0, 1, 0 }).length() > 0.5);
 }
 
