@@ -1,0 +1,34 @@
+#pragma once
+
+#include <MarlixLib/math/Dir.h>
+
+namespace Marlix {
+
+/// A point in 3D space. Points are moved by directions, and two points give the direction between them.
+struct Pos
+{
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+
+    constexpr Pos() = default;
+    constexpr Pos(double x, double y, double z)
+        : x(x)
+        , y(y)
+        , z(z)
+    {
+    }
+
+    constexpr double operator[](int i) const { return i == 0 ? x : i == 1 ? y : z; }
+    constexpr double& operator[](int i) { return i == 0 ? x : i == 1 ? y : z; }
+
+    friend constexpr Pos operator+(const Pos& p, const Dir& d) { return { p.x + d.x, p.y + d.y, p.z + d.z }; }
+    friend constexpr Pos operator-(const Pos& p, const Dir& d) { return { p.x - d.x, p.y - d.y, p.z - d.z }; }
+    friend constexpr Dir operator-(const Pos& a, const Pos& b) { return { a.x - b.x, a.y - b.y, a.z - b.z }; }
+    friend constexpr bool operator==(const Pos&, const Pos&) = default;
+
+    /// The displacement from the origin to this point.
+    constexpr Dir toDir() const { return { x, y, z }; }
+};
+
+} // namespace Marlix

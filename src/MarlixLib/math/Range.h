@@ -1,0 +1,57 @@
+#pragma once
+
+#include <algorithm>
+
+namespace Marlix {
+
+/// A closed interval [minimum, maximum] of T. A range whose minimum lies above its maximum is empty.
+template <class T> struct Range
+{
+    T minimum {};
+    T maximum {};
+
+    constexpr Range() = default;
+    constexpr Range(T minimum, T maximum)
+        : minimum(minimum)
+        , maximum(maximum)
+    {
+    }
+
+    constexpr bool isEmpty() const { return maximum < minimum; }
+    constexpr T size() const { return isEmpty() ? T {} : T(maximum - minimum); }
+    constexpr bool contains(const T& value) const { return !(value < minimum) && !(maximum < value); }
+    /// The nearest value inside the range; an empty range returns the value unchanged.
+    constexpr T clamp(const T& value) const
+    {
+        if (isEmpty())
+            return value;
+        return value < minimum ? minimum : maximum < value ? maximum : value;
+    }
+    /// The smallest range holding both (an empty range holds nothing).
+    constexpr Range united(const Range& o) const
+    {
+        if (isEmpty())
+            return o;
+        if (o.isEmpty())
+            return *this;
+        return { std::min(minimum, o.minimum), std::max(maximum, o.maximum) };
+    }
+    constexpr Range intersected(const Range& o) const
+    {
+        return { std::max(minimum, o.minimum), std::min(maximum, o.maximum) };
+    }
+    /// Widens the range to hold the value.
+    constexpr void include(const T& value)
+    {
+        if (isEmpty()) {
+            minimum = maximum = value;
+            return;
+        }
+        minimum = std::min(minimum, value);
+        maximum = std::max(maximum, value);
+    }
+
+    friend constexpr bool operator==(const Range&, const Range&) = default;
+};
+
+} // namespace Marlix

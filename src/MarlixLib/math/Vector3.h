@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cmath>
+
+namespace Marlix {
+
+/// Three doubles with component-wise arithmetic: Euler angles, scale factors, shear. Positions and directions have
+/// their own types (Pos, Dir) so that a point cannot be added to a point by mistake.
+struct Vector3
+{
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+
+    constexpr Vector3() = default;
+    constexpr Vector3(double x, double y, double z)
+        : x(x)
+        , y(y)
+        , z(z)
+    {
+    }
+
+    constexpr double operator[](int i) const { return i == 0 ? x : i == 1 ? y : z; }
+    constexpr double& operator[](int i) { return i == 0 ? x : i == 1 ? y : z; }
+
+    friend constexpr Vector3 operator+(const Vector3& a, const Vector3& b)
+    {
+        return { a.x + b.x, a.y + b.y, a.z + b.z };
+    }
+    friend constexpr Vector3 operator-(const Vector3& a, const Vector3& b)
+    {
+        return { a.x - b.x, a.y - b.y, a.z - b.z };
+    }
+    friend constexpr Vector3 operator*(const Vector3& a, double s) { return { a.x * s, a.y * s, a.z * s }; }
+    friend constexpr Vector3 operator*(double s, const Vector3& a) { return a * s; }
+    friend constexpr bool operator==(const Vector3&, const Vector3&) = default;
+};
+
+} // namespace Marlix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <MarlixLib/units/UnitInfo.h>
+
+#include <cstdint>
+
+namespace Marlix {
+
+/// Display units of durations and times; the base unit is the second.
+enum class TimeUnit : std::uint8_t
+{
+    Millisecond,
+    Second,
+    Minute,
+    Hour,
+};
+
+inline constexpr std::array<UnitInfo<TimeUnit>, 4> TIME_UNITS { {
+    { TimeUnit::Millisecond, 1e-3, "ms", "Milliseconds", {} },
+    { TimeUnit::Second, 1.0, "s", "Seconds", "sec" },
+    { TimeUnit::Minute, 60.0, "min", "Minutes", {} },
+    { TimeUnit::Hour, 3600.0, "h", "Hours", {} },
+} };
+
+constexpr const auto& unitTable(TimeUnit)
+{
+    return TIME_UNITS;
+}
+
+} // namespace Marlix

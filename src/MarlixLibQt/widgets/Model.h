@@ -1,0 +1,201 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/base/Function.h>
+#include <MarlixLib/base/Polymorphic.h>
+
+#include <QList>
+#include <QPointF>
+#include <QString>
+
+#include <atomic>
+#include <concepts>
+#include <cstdint>
+#include <utility>
+
+namespace Marlix::Widgets {
+
+/// An observable value that editors show and change; held through SharedPtr by every widget bound to it.
+template <class T> class Model : public Polymorphic
+{
+public:
+    using ValueType = T;
+
+    /// Subscribes `callback`; it is called with the new value after every accepted change until the lifetime ends.
+    [[nodiscard]] virtual CallbackLifetime addCallback(Function<void(T)> callback) = 0;
+    virtual T get() const = 0;
+    virtual void set(T value) = 0;
+    virtual void notifyCallbacks() = 0;
+    /// An interactive change starts: the following set() calls belong to one user action.
+    virtual void beginChange() = 0;
+    virtual void commitChange() = 0;
+    virtual void revertChange() = 0;
+};
+
+namespace Detail {
+/// Raises a depth counter for one scope; the counter is lowered again also when the scope is left by an exception.
+class DepthGuard
+{
+public:
+    explicit DepthGuard(std::atomic<std::int32_t>& depth) noexcept
+        : depth(depth)
+    {
+        depth.fetch_add(1, std::memory_order_acq_rel);
+    }
+    ~DepthGuard() { depth.fetch_sub(1, std::memory_order_acq_rel); }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+
+private:
+    std::atomic<std::int32_t>& depth;
+};
+} // namespace Detail
+
+/// The observer list and the notification of a model; get() and set() are left to the concrete models.
+template <class T> class AbstractModel : public Model<T>
+{
+public:
+    AbstractModel() = default;
+    AbstractModel(const AbstractModel&) = delete;
+    AbstractModel& operator=(const AbstractModel&) = delete;
+
+    CallbackLifetime addCallback(Function<void(T)> callback) override { return callbacks.add(std::move(callback)); }
+
+    // A notification asked for while this model is notifying is dropped, not queued: the running one already reads
+    // the newest value, and queuing would let two models that observe each other ping-pong forever.
+    void notifyCallbacks() override
+    {
+        if (notifyDepth.load(std::memory_order_acquire) > 0)
+            return;
+        const Detail::DepthGuard guard(notifyDepth);
+        const T value = this->get();
+        callbacks.call(value);
+    }
+
+    void beginChange() override { }
+    void commitChange() override { }
+    void revertChange() override { }
+
+    std::size_t getCallbackCount() const { return callbacks.size(); }
+
+private:
+    CallbackList<T> callbacks;
+    std::atomic<std::int32_t> notifyDepth { 0 };
+};
+
+/// A model that owns its value.
+template <class T> class VariableModel : public AbstractModel<T>
+{
+public:
+    explicit VariableModel(T value = T {})
+        : value(std::move(value))
+    {
+    }
+
+    T get() const override { return value; }
+
+    // No comparison with the old value: observers re-read on every accepted set, so an equal value still notifies.
+    void set(T newValue) override
+    {
+        if (setDepth.load(std::memory_order_acquire) >= 1)
+            return; // an observer of this model writing back into it
+        const Detail::DepthGuard guard(setDepth);
+        value = std::move(newValue);
+        this->notifyCallbacks();
+    }
+
+private:
+    T value;
+    std::atomic<std::int32_t> setDepth { 0 };
+};
+
+/// A model that shows a part or a conversion of another model through a getter and a setter.
+template <class T> class LambdaModel : public AbstractModel<T>
+{
+public:
+    template <class S>
+    LambdaModel(SharedPtr<Model<S>> source, Function<T()> getter, Function<void(T)> setter)
+        : getter(std::move(getter))
+        , setter(std::move(setter))
+        , beginForwarder([model = source.get()] { model->beginChange(); })
+        , commitForwarder([model = source.get()] { model->commitChange(); })
+        , revertForwarder([model = source.get()] { model->revertChange(); })
+        , source(source)
+    {
+        if (!source || !this->getter || !this->setter)
+            Marlix::Detail::throwStopException("widgets/Model", __LINE__);
+        // Whatever the source reports, the adapter re-reads through its getter.
+        sourceSubscription = source->addCallback([this](S) { this->notifyCallbacks(); });
+    }
+
+    /// For a source held through the pointer of its concrete class (a VariableModel, a PropertyModel ...).
+    template <class M>
+        requires std::derived_from<M, Model<typename M::ValueType>>
+    LambdaModel(SharedPtr<M> source, Function<T()> getter, Function<void(T)> setter)
+        : LambdaModel(SharedPtr<Model<typename M::ValueType>>(std::move(source)), std::move(getter), std::move(setter))
+    {
+    }
+
+    ~LambdaModel() override { sourceSubscription.reset(); }
+
+    T get() const override { return getter(); }
+
+    void set(T value) override
+    {
+        if (setDepth.load(std::memory_order_acquire) >= 1)
+            return;
+        const Detail::DepthGuard guard(setDepth);
+        setter(std::move(value));
+        this->notifyCallbacks();
+    }
+
+    void beginChange() override { beginForwarder(); }
+    void commitChange() override { commitForwarder(); }
+    void revertChange() override { revertForwarder(); }
+
+private:
+    Function<T()> getter;
+    Function<void(T)> setter;
+    Function<void()> beginForwarder;
+    Function<void()> commitForwarder;
+    Function<void()> revertForwarder;
+    std::atomic<std::int32_t> setDepth { 0 };
+    SharedPtr<Polymorphic> source;
+    CallbackLifetime sourceSubscription;
+};
+
+} // namespace Marlix::Widgets
+
+// Instantiated once in the library (widgets/Model.cpp), so that every module shares one vtable and one typeinfo per
+// model type.
+#define MARLIX_FOR_EACH_MODEL_TYPE(X)                                                                                  \
+    X(bool)                                                                                                            \
+    X(std::int8_t)                                                                                                     \
+    X(std::uint8_t)                                                                                                    \
+    X(std::int16_t)                                                                                                    \
+    X(std::uint16_t)                                                                                                   \
+    X(std::int32_t)                                                                                                    \
+    X(std::uint32_t)                                                                                                   \
+    X(std::int64_t)                                                                                                    \
+    X(std::uint64_t)                                                                                                   \
+    X(float)                                                                                                           \
+    X(double)                                                                                                          \
+    X(Marlix::String)                                                                                                  \
+    X(Marlix::Io::Path)                                                                                                \
+    X(QPointF)                                                                                                         \
+    X(QList<QString>)                                                                                                  \
+    X(Marlix::Array<double>)                                                                                           \
+    X(Marlix::Stack<bool>)                                                                                             \
+    X(Marlix::Stack<Marlix::String>)
+
+#define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
+    extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \
+    extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::AbstractModel<__VA_ARGS__>;                              \
+    extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::VariableModel<__VA_ARGS__>;                              \
+    extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::LambdaModel<__VA_ARGS__>;
+
+MARLIX_FOR_EACH_MODEL_TYPE(MARLIX_EXTERN_MODEL_TYPES)

@@ -1,0 +1,86 @@
+#include <MarlixLib/color/Hsv.h>
+#include <MarlixLib/color/Rgb.h>
+#include <MarlixLib/color/RgbBytes.h>
+
+#include <QtTest/QTest>
+
+#include <random>
+
+using namespace Marlix;
+
+class TestColorValues : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hsvOfPrimaries_data();
+    void hsvOfPrimaries();
+    void hsvRoundTrip();
+    void hueWraps();
+    void equalityComparesAlpha();
+};
+
+void TestColorValues::hsvOfPrimaries_data()
+{
+    QTest::addColumn<float>("r");
+    QTest::addColumn<float>("g");
+    QTest::addColumn<float>("b");
+    QTest::addColumn<float>("h");
+    QTest::addColumn<float>("s");
+    QTest::addColumn<float>("v");
+    QTest::newRow("red") << 1.f << 0.f << 0.f << 0.f << 1.f << 1.f;
+    QTest::newRow("green") << 0.f << 1.f << 0.f << 1.f / 3 << 1.f << 1.f;
+    QTest::newRow("blue") << 0.f << 0.f << 1.f << 2.f / 3 << 1.f << 1.f;
+    QTest::newRow("magenta") << 1.f << 0.f << 1.f << 5.f / 6 << 1.f << 1.f;
+    QTest::newRow("half grey") << .5f << .5f << .5f << 0.f << 0.f << .5f;
+    QTest::newRow("black") << 0.f << 0.f << 0.f << 0.f << 0.f << 0.f;
+    QTest::newRow("dark orange") << .5f << .25f << 0.f << 1.f / 12 << 1.f << .5f;
+}
+
+void TestColorValues::hsvOfPrimaries()
+{
+    QFETCH(float, r);
+    QFETCH(float, g);
+    QFETCH(float, b);
+    QFETCH(float, h);
+    QFETCH(float, s);
+    QFETCH(float, v);
+    const Hsv hsv = Hsv::fromRgb({ r, g, b, 0.5f });
+    QVERIFY(std::abs(hsv.h - h) < 1e-6f);
+    QCOMPARE(hsv.s, s);
+    QCOMPARE(hsv.v, v);
+    QCOMPARE(hsv.a, 0.5f);
+}
+
+void TestColorValues::hsvRoundTrip()
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> component(0.f, 1.f);
+    for (int i = 0; i < 1000; ++i) {
+        const Rgb c(component(random), component(random), component(random), component(random));
+        const Hsv hsv = Hsv::fromRgb(c);
+        QVERIFY(hsv.h >= 0.f && hsv.h < 1.f);
+        const Rgb back = hsv.toRgb();
+        QVERIFY(std::abs(back.r - c.r) < 1e-5f && std::abs(back.g - c.g) < 1e-5f && std::abs(back.b - c.b) < 1e-5f);
+        QCOMPARE(back.a, c.a);
+    }
+}
+
+void TestColorValues::hueWraps()
+{
+    const Rgb red = Hsv { 1.0f, 1.f, 1.f, 1.f }.toRgb();
+    QCOMPARE(red, Rgb(1.f, 0.f, 0.f));
+    const Rgb blue = Hsv { -1.f / 3, 1.f, 1.f, 1.f }.toRgb();
+    QVERIFY(std::abs(blue.b - 1.f) < 1e-6f && blue.r < 1e-6f && blue.g < 1e-6f);
+}
+
+void TestColorValues::equalityComparesAlpha()
+{
+    QVERIFY(Rgb(1, 2, 3) == Rgb(1, 2, 3, 1));
+    QVERIFY(Rgb(1, 2, 3, 0.5f) != Rgb(1, 2, 3));
+    QVERIFY((RgbaBytes { 1, 2, 3, 4 } != RgbaBytes { 1, 2, 3, 5 }));
+    QVERIFY((RgbBytes { 1, 2, 3 } == RgbBytes { 1, 2, 3 }));
+}
+
+QTEST_GUILESS_MAIN(TestColorValues)
+#include "tst_ColorValues.moc"

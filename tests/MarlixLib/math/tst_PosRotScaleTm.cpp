@@ -1,0 +1,231 @@
+#include <MarlixLib/math/PosRotScaleTm.h>
+
+#include <QtTest/QTest>
+
+#include <numbers>
+#include <random>
+
+using namespace Marlix;
+
+Q_DECLARE_METATYPE(Marlix::PosRotScaleTm)
+
+namespace {
+constexpr double PI = std::numbers::pi;
+
+PosRotScaleTm makeTm(Pos p, Vector3 r, Vector3 s, Vector3 h = {})
+{
+    PosRotScaleTm tm;
+    tm.position = p;
+    tm.rotation = r;
+    tm.scale = s;
+    tm.shear = h;
+    return tm;
+}
+
+QByteArray describe(const PosRotScaleTm& t)
+{
+    return QStringLiteral("p(%1 %2 %3) r(%4 %5 %6) s(%7 %8 %9) h(%10 %11 %12)")
+        .arg(t.position.x)
+        .arg(t.position.y)
+        .arg(t.position.z)
+        .arg(t.rotation.x)
+        .arg(t.rotation.y)
+        .arg(t.rotation.z)
+        .arg(t.scale.x)
+        .arg(t.scale.y)
+        .arg(t.scale.z)
+        .arg(t.shear.x)
+        .arg(t.shear.y)
+        .arg(t.shear.z)
+        .toUtf8();
+}
+} // namespace
+
+class TestPosRotScaleTm : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void singleRotationsTurnAxesCounterClockwise_data();
+    void singleRotationsTurnAxesCounterClockwise();
+    void rotationOrderIsXThenYThenZ();
+    void partsApplyInOrderScaleShearRotateMove();
+    void canonicalRoundTrip_data();
+    void canonicalRoundTrip();
+    void randomMatricesRoundTrip();
+    void gimbalLockKeepsTheMatrix_data();
+    void gimbalLockKeepsTheMatrix();
+    void invalidMatricesAreErrors_data();
+    void invalidMatricesAreErrors();
+    void identityIsDefault();
+};
+
+void TestPosRotScaleTm::singleRotationsTurnAxesCounterClockwise_data()
+{
+    QTest::addColumn<double>("rx");
+    QTest::addColumn<double>("ry");
+    QTest::addColumn<double>("rz");
+    QTest::addColumn<double>("ix");
+    QTest::addColumn<double>("iy");
+    QTest::addColumn<double>("iz");
+    QTest::addColumn<double>("ox");
+    QTest::addColumn<double>("oy");
+    QTest::addColumn<double>("oz");
+    QTest::newRow("x turns y to z") << PI / 2 << 0.0 << 0.0 << 0.0 << 1.0 << 0.0 << 0.0 << 0.0 << 1.0;
+    QTest::newRow("y turns z to x") << 0.0 << PI / 2 << 0.0 << 0.0 << 0.0 << 1.0 << 1.0 << 0.0 << 0.0;
+    QTest::newRow("z turns x to y") << 0.0 << 0.0 << PI / 2 << 1.0 << 0.0 << 0.0 << 0.0 << 1.0 << 0.0;
+    QTest::newRow("z half turn") << 0.0 << 0.0 << PI << 1.0 << 2.0 << 3.0 << -1.0 << -2.0 << 3.0;
+}
+
+void TestPosRotScaleTm::singleRotationsTurnAxesCounterClockwise()
+{
+    QFETCH(double, rx);
+    QFETCH(double, ry);
+    QFETCH(double, rz);
+    QFETCH(double, ix);
+    QFETCH(double, iy);
+    QFETCH(double, iz);
+    QFETCH(double, ox);
+    QFETCH(double, oy);
+    QFETCH(double, oz);
+    const Dir out = PosRotScaleTm::rotationMatrix({ rx, ry, rz }).transform(Dir { ix, iy, iz });
+    QVERIFY((out - Dir { ox, oy, oz }).length() < 1e-12);
+}
+
+void TestPosRotScaleTm::rotationOrderIsXThenYThenZ()
+{
+    // X first takes y to z; then Y takes z to x; then Z takes x to y: the y axis ends up on y.
+    const Dir out = PosRotScaleTm::rotationMatrix({ PI / 2, PI / 2, PI / 2 }).transform(Dir { 0, 1, 0 });
+    QVERIFY((out - Dir { 0, 1, 0 }).length() < 1e-12);
+    // The other order (Z first) would take y to -x, then ... not y: make sure the order matters for this input.
+    const Matrix4 zyx = PosRotScaleTm::rotationMatrix({ PI / 2, 0, 0 })
+        * PosRotScaleTm::rotationMatrix({ 0, PI / 2, 0 }) * PosRotScaleTm::rotationMatrix({ 0, 0, PI / 2 });
+    QVERIFY((zyx.transform(Dir { 0, 1, 0 }) - Dir { 0, 1, 0 }).length() > 0.5);
+}
+
+void TestPosRotScaleTm::partsApplyInOrderScaleShearRotateMove()
+{
+    const PosRotScaleTm tm = makeTm({ 10, 20, 30 }, { 0, 0, PI / 2 }, { 2, 3, 4 }, { 0.5, 0, 0 });
+    // (1, 1, 0): scale -> (2, 3, 0); shear x += 0.5 * y -> (3.5, 3, 0); rotate z 90 -> (-3, 3.5, 0); move.
+    const Pos out = tm.toMatrix().transform(Pos { 1, 1, 0 });
+    QVERIFY((out - Pos { 7, 23.5, 30 }).length() < 1e-12);
+    // Directions are not moved.
+    QVERIFY((tm.toMatrix().transform(Dir { 1, 0, 0 }) - Dir { 0, 2, 0 }).length() < 1e-12);
+}
+
+void TestPosRotScaleTm::canonicalRoundTrip_data()
+{
+    QTest::addColumn<PosRotScaleTm>("tm");
+    QTest::newRow("identity") << PosRotScaleTm {};
+    QTest::newRow("moved") << makeTm({ 1, -2, 3.5 }, {}, { 1, 1, 1 });
+    QTest::newRow("rotated") << makeTm({}, { 0.3, -1.1, 2.9 }, { 1, 1, 1 });
+    QTest::newRow("scaled") << makeTm({}, {}, { 0.001, 7, 1000 });
+    QTest::newRow("sheared") << makeTm({}, {}, { 1, 1, 1 }, { 0.2, -0.4, 3 });
+    QTest::newRow("mirrored in z") << makeTm({ 4, 5, 6 }, { 0.1, 0.2, 0.3 }, { 2, 3, -4 });
+    QTest::newRow("all") << makeTm({ -7, 0.25, 9 }, { -2.5, 1.2, -0.7 }, { 0.5, 2, 3 }, { 0.1, 0.2, -0.3 });
+    QTest::newRow("x angle pi") << makeTm({}, { PI, 0.4, 0.5 }, { 1, 2, 3 });
+}
+
+void TestPosRotScaleTm::canonicalRoundTrip()
+{
+    QFETCH(PosRotScaleTm, tm);
+    const auto back = PosRotScaleTm::fromMatrix(tm.toMatrix());
+    QVERIFY2(back.has_value(), back ? "" : back.error().c_str());
+    QVERIFY2(back->isNear(tm, 1e-9), describe(*back).constData());
+}
+
+void TestPosRotScaleTm::randomMatricesRoundTrip()
+{
+    std::mt19937_64 random(42);
+    std::uniform_real_distribution<double> element(-5.0, 5.0);
+    int tested = 0;
+    for (int i = 0; i < 2000; ++i) {
+        Matrix4 m;
+        for (int r = 0; r < 3; ++r)
+            for (int c = 0; c < 4; ++c)
+                m(r, c) = element(random);
+        const auto tm = PosRotScaleTm::fromMatrix(m);
+        if (!tm)
+            continue;
+        ++tested;
+        QVERIFY(tm->scale.x > 0 && tm->scale.y > 0);
+        QVERIFY(tm->rotation.x > -PI && tm->rotation.x <= PI);
+        QVERIFY(tm->rotation.y >= -PI / 2 && tm->rotation.y <= PI / 2);
+        QVERIFY(tm->rotation.z > -PI && tm->rotation.z <= PI);
+        QVERIFY2(tm->toMatrix().isNear(m, 1e-9), describe(*tm).constData());
+        // Decomposing the composed matrix again gives the same parts: the decomposition is unique.
+        const auto again = PosRotScaleTm::fromMatrix(tm->toMatrix());
+        QVERIFY(again && again->isNear(*tm, 1e-8));
+    }
+    QVERIFY(tested > 1900);
+}
+
+void TestPosRotScaleTm::gimbalLockKeepsTheMatrix_data()
+{
+    QTest::addColumn<double>("ry");
+    QTest::newRow("+90") << PI / 2;
+    QTest::newRow("-90") << -PI / 2;
+}
+
+void TestPosRotScaleTm::gimbalLockKeepsTheMatrix()
+{
+    QFETCH(double, ry);
+    const PosRotScaleTm tm = makeTm({ 1, 2, 3 }, { 0.4, ry, 0.9 }, { 1, 2, 3 }, { 0.1, 0, 0 });
+    const auto back = PosRotScaleTm::fromMatrix(tm.toMatrix());
+    QVERIFY(back);
+    QCOMPARE(back->rotation.z, 0.0);
+    QVERIFY(std::abs(back->rotation.y - ry) < 1e-9);
+    QVERIFY(back->toMatrix().isNear(tm.toMatrix(), 1e-9));
+}
+
+void TestPosRotScaleTm::invalidMatricesAreErrors_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("projective") << 0;
+    QTest::newRow("zero scale") << 1;
+    QTest::newRow("parallel axes") << 2;
+    QTest::newRow("flat") << 3;
+    QTest::newRow("not a number") << 4;
+}
+
+void TestPosRotScaleTm::invalidMatricesAreErrors()
+{
+    QFETCH(int, kind);
+    Matrix4 m = makeTm({ 1, 2, 3 }, { 0.1, 0.2, 0.3 }, { 1, 2, 3 }).toMatrix();
+    switch (kind) {
+    case 0:
+        m(3, 2) = 0.5;
+        break;
+    case 1:
+        for (int r = 0; r < 3; ++r)
+            m(r, 0) = 0;
+        break;
+    case 2:
+        for (int r = 0; r < 3; ++r)
+            m(r, 1) = 2 * m(r, 0);
+        break;
+    case 3:
+        for (int r = 0; r < 3; ++r)
+            m(r, 2) = m(r, 0) - m(r, 1);
+        break;
+    case 4:
+        m(1, 1) = std::numeric_limits<double>::quiet_NaN();
+        break;
+    }
+    const auto tm = PosRotScaleTm::fromMatrix(m);
+    QVERIFY(!tm);
+    QVERIFY(!tm.error().empty());
+}
+
+void TestPosRotScaleTm::identityIsDefault()
+{
+    QVERIFY(PosRotScaleTm {}.isIdentity());
+    QCOMPARE(PosRotScaleTm {}.toMatrix(), Matrix4::identity());
+    PosRotScaleTm moved;
+    moved.position.x = 1;
+    QVERIFY(!moved.isIdentity());
+    QVERIFY(moved != PosRotScaleTm {});
+}
+
+QTEST_GUILESS_MAIN(TestPosRotScaleTm)
+#include "tst_PosRotScaleTm.moc"

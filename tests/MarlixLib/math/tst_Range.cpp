@@ -1,0 +1,84 @@
+#include <MarlixLib/math/Dir.h>
+#include <MarlixLib/math/Pos.h>
+#include <MarlixLib/math/Range.h>
+
+#include <QtTest/QTest>
+
+using namespace Marlix;
+
+class TestRange : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void clampAndContains_data();
+    void clampAndContains();
+    void unionAndIntersection();
+    void includeWidens();
+    void pointsAndDirections();
+};
+
+void TestRange::clampAndContains_data()
+{
+    QTest::addColumn<double>("minimum");
+    QTest::addColumn<double>("maximum");
+    QTest::addColumn<double>("value");
+    QTest::addColumn<double>("clamped");
+    QTest::addColumn<bool>("contained");
+    QTest::newRow("inside") << 0.0 << 1.0 << 0.25 << 0.25 << true;
+    QTest::newRow("on the minimum") << 0.0 << 1.0 << 0.0 << 0.0 << true;
+    QTest::newRow("on the maximum") << 0.0 << 1.0 << 1.0 << 1.0 << true;
+    QTest::newRow("below") << -2.0 << 3.0 << -5.0 << -2.0 << false;
+    QTest::newRow("above") << -2.0 << 3.0 << 5.0 << 3.0 << false;
+    QTest::newRow("single point") << 2.0 << 2.0 << 7.0 << 2.0 << false;
+    QTest::newRow("empty keeps the value") << 1.0 << 0.0 << 0.5 << 0.5 << false;
+}
+
+void TestRange::clampAndContains()
+{
+    QFETCH(double, minimum);
+    QFETCH(double, maximum);
+    QFETCH(double, value);
+    QFETCH(double, clamped);
+    QFETCH(bool, contained);
+    const Range<double> range(minimum, maximum);
+    QCOMPARE(range.clamp(value), clamped);
+    QCOMPARE(range.contains(value), contained);
+}
+
+void TestRange::unionAndIntersection()
+{
+    constexpr Range<int> a(0, 10), b(5, 20), c(30, 40), empty(1, 0);
+    static_assert(a.united(b) == Range<int>(0, 20));
+    static_assert(a.intersected(b) == Range<int>(5, 10));
+    QVERIFY(a.intersected(c).isEmpty());
+    QCOMPARE(a.intersected(c).size(), 0);
+    QCOMPARE(empty.united(c), c);
+    QCOMPARE(c.united(empty), c);
+    QCOMPARE(a.size(), 10);
+}
+
+void TestRange::includeWidens()
+{
+    Range<float> range(1.0f, 0.0f);
+    range.include(3.0f);
+    QCOMPARE(range, Range<float>(3.0f, 3.0f));
+    range.include(-1.0f);
+    range.include(2.0f);
+    QCOMPARE(range, Range<float>(-1.0f, 3.0f));
+}
+
+void TestRange::pointsAndDirections()
+{
+    constexpr Pos a(1, 2, 3), b(4, 6, 3);
+    constexpr Dir d = b - a;
+    static_assert(d == Dir(3, 4, 0));
+    static_assert(a + d == b);
+    QCOMPARE(d.length(), 5.0);
+    QCOMPARE(d.normalized(), Dir(0.6, 0.8, 0));
+    QCOMPARE(Dir {}.normalized(), Dir {});
+    static_assert(Dir(1, 0, 0).cross(Dir(0, 1, 0)) == Dir(0, 0, 1));
+}
+
+QTEST_GUILESS_MAIN(TestRange)
+#include "tst_Range.moc"
