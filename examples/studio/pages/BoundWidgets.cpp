@@ -25,13 +25,16 @@ void BoundSlider::notify()
     setValue(int(std::lround(model->get() * STEPS)));
 }
 
-BoundSpinBox::BoundSpinBox(Marlix::SharedPtr<Marlix::Widgets::Model<double>> model, QWidget* parent)
+BoundSpinBox::BoundSpinBox(Marlix::SharedPtr<Marlix::Widgets::Model<double>> model, double maximum, int decimals,
+    const QString& suffix, QWidget* parent)
     : QDoubleSpinBox(parent)
     , model(std::move(model))
 {
-    setRange(0.0, 1.0);
-    setDecimals(3);
-    setSingleStep(0.01);
+    // Configured before the binding, so that clamping to the range never writes back into the model.
+    setRange(0.0, maximum);
+    setDecimals(decimals);
+    setSingleStep(maximum / 100.0);
+    setSuffix(suffix);
     registerCallback(this->model->addCallback([this](double) { notify(); }));
     connect(this, &QDoubleSpinBox::valueChanged, this, [this](double v) { this->model->set(v); });
     notify();

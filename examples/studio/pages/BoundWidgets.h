@@ -29,7 +29,8 @@ class BoundSpinBox : public QDoubleSpinBox, public Marlix::Widgets::BaseWithMode
     Q_OBJECT
 
 public:
-    explicit BoundSpinBox(Marlix::SharedPtr<Marlix::Widgets::Model<double>> model, QWidget* parent = nullptr);
+    BoundSpinBox(Marlix::SharedPtr<Marlix::Widgets::Model<double>> model, double maximum, int decimals,
+        const QString& suffix = {}, QWidget* parent = nullptr);
     void notify() override;
 
 private:

@@ -1,11 +1,15 @@
 #include "StudioPage.h"
 
+#include <MarlixLibQt/QtUtils.h>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -81,8 +85,28 @@ QWidget* sceneTree()
     auto* teapot = new QTreeWidgetItem(meshes, { QObject::tr("Teapot"), QObject::tr("Mesh") });
     new QTreeWidgetItem(meshes, { QObject::tr("Floor"), QObject::tr("Mesh") });
     tree->expandAll();
+    tree->header()->resizeSection(0, 220);
     tree->setCurrentItem(teapot);
     return tree;
+}
+
+// A rich tooltip as the application shows it: formatted by formatToolTip and sized by the style (wrapped at the
+// style's maximum width), rendered into the page so the screenshot shows it.
+QGroupBox* toolTipBox(QWidget* page)
+{
+    auto* box = new QGroupBox(QObject::tr("Tooltips"));
+    auto* layout = new QVBoxLayout(box);
+    const QString shortTip = Marlix::formatToolTip(QObject::tr("Exposure"), QObject::tr("Stops of light."));
+    const QString longTip = Marlix::formatToolTip(QObject::tr("Indirect clamp"),
+        QObject::tr("Limits the brightness of indirect samples so that rare bright paths do not show as fireflies. "
+                    "Lower values trade energy for a cleaner image.\n<p><i>0 disables the clamp.</i></p>"),
+        QStringLiteral("Ctrl+I"));
+    for (const QString& tip : { shortTip, longTip }) {
+        auto* label = new QLabel;
+        label->setPixmap(Marlix::renderToolTipToPixmap(tip, *page));
+        layout->addWidget(label);
+    }
+    return box;
 }
 
 } // namespace
@@ -97,8 +121,9 @@ QWidget* createControlsPage(QWidget* parent)
     tabs->addTab(sceneTree(), QObject::tr("Scene"));
     tabs->addTab(new QWidget, QObject::tr("Render settings"));
     layout->addWidget(tabs, 0, 1, 2, 1);
+    layout->addWidget(toolTipBox(page), 2, 0, 1, 2);
     layout->setColumnStretch(1, 1);
-    layout->setRowStretch(2, 1);
+    layout->setRowStretch(3, 1);
     return page;
 }
 
