@@ -115,6 +115,9 @@ protected:
     void copyValuesFrom(const GenericDataObject& other);
 
 private:
+    friend class SceneSerializer;
+    /// Loading fills objects nobody sees yet, so it writes without recording or notifying.
+    void* mutablePropertyData(std::uint32_t index) { return storage + locate(index).second; }
     Detail::ResolvedProperty resolveOrThrow(StringView path) const;
     void beginMutation(std::uint32_t index);
     void endMutation(std::uint32_t index, StringView path);

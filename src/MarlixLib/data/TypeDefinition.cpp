@@ -153,6 +153,23 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObject(String name, SharedPtr<
     ops.equals = [](const TypeDefinition& type, const void* a, const void* b) {
         return type.getLayout()->equalStorage(a, b);
     };
+    return makeDataObjectType(std::move(name), std::nullopt, ops, std::move(layout), std::move(attributes), {});
+}
+
+SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Optional<std::type_index> nativeType,
+    Operations ops, SharedPtr<const GroupLayout> layout, UserData attributes, const Array<std::size_t>& offsets)
+{
+    if (!layout)
+        throw std::invalid_argument("a data object type needs a layout");
+    if (nativeType) {
+        // The fields are reached through the layout's offsets, so they must be the native struct's.
+        const auto properties = layout->getProperties();
+        if (offsets.size() != properties.size() || layout->getStorageSize() > ops.size)
+            Detail::throwStopException("data/TypeDefinition", __LINE__);
+        for (std::size_t i = 0; i < offsets.size(); ++i)
+            if (properties[i].getOffset() != offsets[i])
+                Detail::throwStopException("data/TypeDefinition", __LINE__);
+    }
     ops.toString = [](const TypeDefinition& type, const void* value) {
         String text = "{";
         bool first = true;
@@ -211,7 +228,7 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObject(String name, SharedPtr<
         in.leaveRecord();
         return {};
     };
-    auto type = makeSharedPtr<TypeDefinition>(std::move(name), TypeKind::DataObject, std::nullopt, ops, std::move(attributes));
+    auto type = makeSharedPtr<TypeDefinition>(std::move(name), TypeKind::DataObject, nativeType, ops, std::move(attributes));
     type->layout = std::move(layout);
     return type;
 }

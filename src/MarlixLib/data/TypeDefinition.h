@@ -87,6 +87,15 @@ public:
     static SharedPtr<TypeDefinition> makeList(String name, SharedPtr<const TypeDefinition> element, UserData attributes = {});
     /// A nested data object whose fields are the properties of `layout`, stored inline in its parent.
     static SharedPtr<TypeDefinition> makeDataObject(String name, SharedPtr<const GroupLayout> layout, UserData attributes = {});
+    /// A nested data object stored as the native struct `T`, so that it can also be read and written whole. The
+    /// layout's fields must sit at `offsets` (offsetof of the matching members), which is checked.
+    template <class T>
+    static SharedPtr<TypeDefinition> makeNativeDataObject(
+        String name, SharedPtr<const GroupLayout> layout, Array<std::size_t> offsets, UserData attributes = {})
+    {
+        return makeDataObjectType(std::move(name), std::type_index(typeid(T)), nativeOperations<T>(), std::move(layout),
+            std::move(attributes), offsets);
+    }
 
     const String& getName() const { return name; }
     TypeKind getKind() const { return kind; }
@@ -130,6 +139,8 @@ public:
 
 private:
     template <class T> static Operations nativeOperations();
+    static SharedPtr<TypeDefinition> makeDataObjectType(String name, Optional<std::type_index> nativeType,
+        Operations ops, SharedPtr<const GroupLayout> layout, UserData attributes, const Array<std::size_t>& offsets);
 
     String name;
     TypeKind kind;
@@ -141,8 +152,6 @@ private:
     SharedPtr<const Detail::EntityClassData> acceptedEntityClass;
     SharedPtr<const TypeDefinition> elementType;
     SharedPtr<const GroupLayout> layout;
-
-    friend class TypeDefinitionBuilder;
 };
 
 namespace Detail {

@@ -1,0 +1,482 @@
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/io/CborDeserializer.h>
+#include <MarlixLib/io/CborSerializer.h>
+
+#include <QtTest/QTest>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace Marlix;
+
+namespace {
+
+// Everything a stream can hold, read back through the same keys.
+struct Sample
+{
+    std::uint32_t version = 7;
+    bool flag = true;
+    std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
+    std::int64_t positive = 42;
+    std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    double ratio = 0.1;
+    double negativeZero = -0.0;
+    double infinity = std::numeric_limits<double>::infinity();
+    String name = "Würfel \xe2\x80\x9c"
+                  "cube\xe2\x80\x9d";
+    String empty;
+    Array<std::byte> bytes { std::byte(0), std::byte(255), std::byte(128) };
+    std::uint64_t reference = 0x0123456789abcdefull;
+    std::uint64_t noReference = 0;
+    Array<String> itemNames { "a", "b", "c" };
+    Array<double> values { 1.5, -2.25, 1e300 };
+
+    friend bool operator==(const Sample&, const Sample&) = default;
+};
+
+void write(ISerializer& out, const Sample& s)
+{
+    out.serializeFormatVersion(s.version);
+    out.writeBool("flag", s.flag);
+    out.beginRecord("numbers");
+    out.writeInt("smallest", s.smallest);
+    out.writeInt("positive", s.positive);
+    out.writeUInt("largest", s.largest);
+    out.writeFloat("ratio", s.ratio);
+    out.writeFloat("negativeZero", s.negativeZero);
+    out.writeFloat("infinity", s.infinity);
+    out.endRecord();
+    out.writeString("name", s.name);
+    out.writeString("empty", s.empty);
+    out.writeBytes("bytes", s.bytes);
+    out.writeEntityReference("reference", s.reference);
+    out.writeEntityReference("noReference", s.noReference);
+    // The same key repeated, as caches write their entries.
+    for (const String& itemName : s.itemNames) {
+        out.beginRecord("item");
+        out.writeString("name", itemName);
+        out.endRecord();
+    }
+    out.beginArray("values", s.values.size());
+    for (double v : s.values)
+        out.writeFloat({}, v);
+    out.endArray();
+}
+
+#define TRY(target, expression)                                                                                        \
+    {                                                                                                                  \
+        auto result_ = (expression);                                                                                   \
+        if (!result_)                                                                                                  \
+            return Unexpected<String>(result_.error());                                                                \
+        target = std::move(*result_);                                                                                  \
+    }
+
+// Reads in another order than written, to show that keys are found wherever they are.
+Expected<Sample, String> read(IDeserializer& in)
+{
+    Sample s;
+    s.itemNames.clear();
+    s.values.clear();
+    TRY(s.version, in.deserializeFormatVersion());
+    TRY(s.name, in.readString("name"));
+    TRY(s.flag, in.readBool("flag"));
+    if (auto entered = in.enterRecord("numbers"); !entered)
+        return Unexpected<String>(entered.error());
+    TRY(s.largest, in.readUInt("largest"));
+    TRY(s.smallest, in.readInt("smallest"));
+    TRY(s.positive, in.readInt("positive"));
+    TRY(s.ratio, in.readFloat("ratio"));
+    TRY(s.negativeZero, in.readFloat("negativeZero"));
+    TRY(s.infinity, in.readFloat("infinity"));
+    in.leaveRecord();
+    TRY(s.empty, in.readString("empty"));
+    TRY(s.bytes, in.readBytes("bytes"));
+    TRY(s.reference, in.readEntityReference("reference"));
+    TRY(s.noReference, in.readEntityReference("noReference"));
+    while (in.hasKey("item")) {
+        if (auto entered = in.enterRecord("item"); !entered)
+            return Unexpected<String>(entered.error());
+        String itemName;
+        TRY(itemName, in.readString("name"));
+        s.itemNames.push_back(itemName);
+        in.leaveRecord();
+    }
+    std::size_t count = 0;
+    TRY(count, in.enterArray("values"));
+    for (std::size_t i = 0; i < count; ++i) {
+        double v = 0;
+        TRY(v, in.readFloat("ignored"));
+        s.values.push_back(v);
+    }
+    in.leaveArray();
+    return s;
+}
+
+Array<std::byte> encode(const Sample& sample)
+{
+    CborSerializer out;
+    write(out, sample);
+    return out.getBytes();
+}
+
+Array<std::byte> raw(std::initializer_list<int> values)
+{
+    Array<std::byte> bytes;
+    for (int v : values)
+        bytes.push_back(std::byte(v));
+    return bytes;
+}
+
+// One kind of value per key, to read each with every reader.
+Array<std::byte> encodeOneOfEach()
+{
+    CborSerializer out;
+    out.serializeFormatVersion(1);
+    out.writeBool("bool", true);
+    out.writeInt("int", -5);
+    out.writeFloat("float", 2.5);
+    out.writeString("string", "text");
+    out.writeBytes("bytes", raw({ 1, 2 }));
+    out.writeEntityReference("entity", 9);
+    out.beginRecord("record");
+    out.endRecord();
+    out.beginArray("array", 0);
+    out.endArray();
+    return out.getBytes();
+}
+
+} // namespace
+
+class TestCbor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void roundTrip();
+    void repeatedKeysComeBackInOrder();
+    void wrongKindIsAnErrorAndConsumesNothing_data();
+    void wrongKindIsAnErrorAndConsumesNothing();
+    void integerRanges_data();
+    void integerRanges();
+    void missingKeyNamesThePath();
+    void arrayEndsAreErrors();
+    void everyTruncationIsAnError();
+    void corruptStreamsAreErrors_data();
+    void corruptStreamsAreErrors();
+    void randomDamageNeverCrashes();
+    void formatVersionChecks();
+    void writerMisuseStops();
+    void readerMisuseStops();
+};
+
+void TestCbor::roundTrip()
+{
+    const Sample sample;
+    const Array<std::byte> bytes = encode(sample);
+    CborDeserializer in(bytes);
+    QVERIFY(in.getStreamError().empty());
+    const auto back = read(in);
+    QVERIFY2(back.has_value(), back ? "" : back.error().c_str());
+    QVERIFY(*back == sample);
+    QVERIFY(std::signbit(back->negativeZero));
+    // Not a number survives too, but never compares equal.
+    CborSerializer out;
+    out.serializeFormatVersion(1);
+    out.writeFloat("nan", std::numeric_limits<double>::quiet_NaN());
+    CborDeserializer nanIn(out.getBytes());
+    QVERIFY(std::isnan(nanIn.readFloat("nan").value()));
+}
+
+void TestCbor::repeatedKeysComeBackInOrder()
+{
+    CborSerializer out;
+    out.serializeFormatVersion(1);
+    out.writeInt("x", 1);
+    out.writeInt("y", 10);
+    out.writeInt("x", 2);
+    out.writeInt("x", 3);
+    CborDeserializer in(out.getBytes());
+    QCOMPARE(in.readInt("x").value(), 1);
+    QCOMPARE(in.readInt("x").value(), 2);
+    QCOMPARE(in.readInt("y").value(), 10);
+    QVERIFY(!in.hasKey("y"));
+    QVERIFY(in.hasKey("x"));
+    QCOMPARE(in.readInt("x").value(), 3);
+    QVERIFY(!in.hasKey("x"));
+    QVERIFY(!in.readInt("x"));
+}
+
+void TestCbor::wrongKindIsAnErrorAndConsumesNothing_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("stored");
+    for (const char* key : { "bool", "int", "float", "string", "bytes", "entity", "record", "array" })
+        QTest::newRow(key) << key << key;
+}
+
+void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
+{
+    QFETCH(QString, key);
+    const String k = key.toStdString();
+    const Array<std::byte> bytes = encodeOneOfEach();
+    // Every reader but the matching one fails on this key, names the kind found, and leaves the value in place.
+    const std::map<String, std::function<bool(IDeserializer&, String&)>> readers {
+        { "bool",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readBool(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "int",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readInt(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "float",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readFloat(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "string",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readString(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "bytes",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readBytes(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "entity",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.readEntityReference(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "record",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.enterRecord(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+        { "array",
+            [&](IDeserializer& in, String& e) {
+                auto r = in.enterArray(k);
+                e = r ? "" : r.error();
+                return bool(r);
+            } },
+    };
+    for (const auto& [kind, reader] : readers) {
+        CborDeserializer in(bytes);
+        String error;
+        if (kind == k) {
+            QVERIFY2(reader(in, error), error.c_str());
+            continue;
+        }
+        QVERIFY2(!reader(in, error), kind.c_str());
+        QVERIFY2(error.find("\"" + k + "\"") != String::npos, error.c_str());
+        QVERIFY2(error.find(", not ") != String::npos, error.c_str());
+        QVERIFY(in.hasKey(k));
+        QVERIFY2(readers.at(k)(in, error), error.c_str());
+    }
+}
+
+void TestCbor::integerRanges_data()
+{
+    QTest::addColumn<bool>("writeSigned");
+    QTest::addColumn<qlonglong>("signedValue");
+    QTest::addColumn<qulonglong>("unsignedValue");
+    QTest::addColumn<bool>("readsAsInt");
+    QTest::addColumn<bool>("readsAsUInt");
+    QTest::newRow("negative") << true << -1ll << 0ull << true << false;
+    QTest::newRow("zero") << true << 0ll << 0ull << true << true;
+    QTest::newRow("largest signed as unsigned") << false << 0ll << 9223372036854775807ull << true << true;
+    QTest::newRow("above the signed range") << false << 0ll << 9223372036854775808ull << false << true;
+}
+
+void TestCbor::integerRanges()
+{
+    QFETCH(bool, writeSigned);
+    QFETCH(qlonglong, signedValue);
+    QFETCH(qulonglong, unsignedValue);
+    QFETCH(bool, readsAsInt);
+    QFETCH(bool, readsAsUInt);
+    CborSerializer out;
+    out.serializeFormatVersion(1);
+    if (writeSigned)
+        out.writeInt("v", signedValue);
+    else
+        out.writeUInt("v", unsignedValue);
+    const auto bytes = out.getBytes();
+    CborDeserializer a(bytes), b(bytes);
+    const auto asInt = a.readInt("v");
+    const auto asUInt = b.readUInt("v");
+    QCOMPARE(asInt.has_value(), readsAsInt);
+    QCOMPARE(asUInt.has_value(), readsAsUInt);
+    if (asInt)
+        QCOMPARE(qulonglong(*asInt), writeSigned ? qulonglong(signedValue) : unsignedValue);
+    if (asUInt)
+        QCOMPARE(*asUInt, writeSigned ? qulonglong(signedValue) : unsignedValue);
+}
+
+void TestCbor::missingKeyNamesThePath()
+{
+    CborDeserializer in(encode(Sample {}));
+    QVERIFY(in.deserializeFormatVersion());
+    QVERIFY(in.enterRecord("numbers"));
+    const auto missing = in.readFloat("scale");
+    QCOMPARE(QString::fromStdString(missing.error()), QStringLiteral("The stream has no value \"numbers/scale\"."));
+    in.leaveRecord();
+    QVERIFY(!in.enterRecord("nothing"));
+}
+
+void TestCbor::arrayEndsAreErrors()
+{
+    CborDeserializer in(encode(Sample {}));
+    QCOMPARE(in.enterArray("values").value(), std::size_t(3));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(in.hasKey({}));
+        QVERIFY(in.readFloat({}));
+    }
+    QVERIFY(!in.hasKey({}));
+    const auto beyond = in.readFloat({});
+    QCOMPARE(QString::fromStdString(beyond.error()), QStringLiteral("No values are left in value 3 of \"values\"."));
+    in.leaveArray();
+}
+
+void TestCbor::everyTruncationIsAnError()
+{
+    const Array<std::byte> bytes = encode(Sample {});
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        CborDeserializer in(ArrayView<const std::byte>(bytes.data(), length));
+        QVERIFY2(!in.getStreamError().empty(), qPrintable(QString::number(length)));
+        const auto result = read(in);
+        QVERIFY(!result);
+        QCOMPARE(result.error(), in.getStreamError());
+        QVERIFY(!in.hasKey("flag"));
+    }
+}
+
+void TestCbor::corruptStreamsAreErrors_data()
+{
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<QString>("message");
+    const auto bytes = [](std::initializer_list<int> v) {
+        QByteArray a;
+        for (int b : v)
+            a.append(char(b));
+        return a;
+    };
+    QTest::newRow("empty") << QByteArray() << "truncated";
+    QTest::newRow("root is a number") << bytes({ 0x01 }) << "does not start with a record";
+    QTest::newRow("root has a key without value") << bytes({ 0x81, 0x61, 'a' }) << "does not start with a record";
+    QTest::newRow("root key is not a string") << bytes({ 0x82, 0x01, 0x02 }) << "does not start with a record";
+    QTest::newRow("trailing bytes") << bytes({ 0x80, 0x00 }) << "corrupted";
+    QTest::newRow("huge array length") << bytes({ 0x9b, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff })
+                                       << "truncated";
+    QTest::newRow("huge string length") << bytes({ 0x82, 0x61, 'a', 0x7b, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
+        0xff }) << "truncated";
+    QTest::newRow("tag") << bytes({ 0x82, 0x61, 'a', 0xd8, 0x27, 0x01 }) << "corrupted";
+    QTest::newRow("reserved byte") << bytes({ 0x82, 0x61, 'a', 0x1c }) << "corrupted";
+    QByteArray deep(100000, char(0x81));
+    deep.append(char(0x80));
+    QTest::newRow("nested far too deep") << deep << "nested more than 200 levels";
+}
+
+void TestCbor::corruptStreamsAreErrors()
+{
+    QFETCH(QByteArray, stream);
+    QFETCH(QString, message);
+    CborDeserializer in(
+        ArrayView<const std::byte>(reinterpret_cast<const std::byte*>(stream.constData()), std::size_t(stream.size())));
+    QVERIFY2(QString::fromStdString(in.getStreamError()).contains(message), in.getStreamError().c_str());
+    QVERIFY(!in.deserializeFormatVersion());
+    QVERIFY(!in.readBool("a"));
+}
+
+void TestCbor::randomDamageNeverCrashes()
+{
+    // Damaged streams either fail to decode or decode into values of checked kinds: reading must always end cleanly.
+    const Array<std::byte> original = encode(Sample {});
+    std::mt19937 random(1234);
+    int failures = 0;
+    for (int round = 0; round < 3000; ++round) {
+        Array<std::byte> damaged = original;
+        const int edits = 1 + int(random() % 4);
+        for (int e = 0; e < edits; ++e)
+            damaged[random() % damaged.size()] = std::byte(random() & 0xff);
+        CborDeserializer in(damaged);
+        if (!read(in))
+            ++failures;
+    }
+    QVERIFY(failures > 2000);
+}
+
+void TestCbor::formatVersionChecks()
+{
+    // A record without the version pair first.
+    CborSerializer out;
+    out.serializeFormatVersion(3);
+    out.beginRecord("inner");
+    out.writeUInt("@version", 5);
+    out.endRecord();
+    const auto bytes = out.getBytes();
+    CborDeserializer in(bytes);
+    QVERIFY(in.enterRecord("inner"));
+    QVERIFY(!in.deserializeFormatVersion());
+    in.leaveRecord();
+    QCOMPARE(in.deserializeFormatVersion().value(), 3u);
+    // Read once: the pair is used up.
+    QVERIFY(!in.deserializeFormatVersion());
+
+    const auto versionTooLarge
+        = raw({ 0x82, 0x68, '@', 'v', 'e', 'r', 's', 'i', 'o', 'n', 0x1b, 0, 0, 0, 1, 0, 0, 0, 0 });
+    QVERIFY(!CborDeserializer(versionTooLarge).deserializeFormatVersion());
+    const auto noVersion = raw({ 0x82, 0x61, 'a', 0x01 });
+    QCOMPARE(QString::fromStdString(CborDeserializer(noVersion).deserializeFormatVersion().error()),
+        QStringLiteral("The stream has no format version."));
+}
+
+void TestCbor::writerMisuseStops()
+{
+    {
+        CborSerializer out;
+        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt("before the version", 1));
+    }
+    {
+        CborSerializer out;
+        out.serializeFormatVersion(1);
+        QVERIFY_THROWS_EXCEPTION(StopException, out.serializeFormatVersion(2));
+        out.beginArray("a", 2);
+        out.writeInt({}, 1);
+        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
+        out.writeInt({}, 2);
+        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt({}, 3));
+        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
+        out.endArray();
+        out.beginRecord("r");
+        QVERIFY_THROWS_EXCEPTION(StopException, out.getBytes());
+        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
+        out.endRecord();
+        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
+        QVERIFY(!out.getBytes().empty());
+    }
+}
+
+void TestCbor::readerMisuseStops()
+{
+    CborDeserializer in(encode(Sample {}));
+    QVERIFY_THROWS_EXCEPTION(StopException, in.leaveRecord());
+    QVERIFY_THROWS_EXCEPTION(StopException, in.leaveArray());
+    QVERIFY(in.enterRecord("numbers"));
+    QVERIFY_THROWS_EXCEPTION(StopException, in.leaveArray());
+    in.leaveRecord();
+}
+
+QTEST_GUILESS_MAIN(TestCbor)
+#include "tst_Cbor.moc"
