@@ -1,0 +1,210 @@
+#include <MarlixLib/Lib.h>
+#include <MarlixLib/data/EntityReferences.h>
+#include <MarlixLib/io/CborDeserializer.h>
+#include <MarlixLib/io/CborSerializer.h>
+#include <MarlixLib/io/SceneSerializer.h>
+#include <MarlixLib/math/PosRotScaleTm.h>
+
+#include <MarlixTestScene/TestScene.h>
+
+#include <QtTest/QTest>
+
+using namespace Marlix;
+using namespace Marlix::TestScene;
+
+namespace {
+/// A target scene and what it held before a load, to prove a failed load changed nothing.
+struct Guarded
+{
+    EntityGraphTracker scene;
+    Array<EntityHolder<Entity>> members;
+    Array<EntityHolder<Entity>> copies;
+    int notifications = 0;
+    CallbackLifetime lifetime;
+
+    Guarded()
+    {
+        auto material = materialClass().create();
+        material->setPropertyValue("name", String("Existing"));
+        scene.addEntity(material);
+        auto mesh = meshClass().create();
+        mesh->setPropertyValue("material", material);
+        scene.addEntity(mesh);
+        for (const auto& entity : scene.getEntities()) {
+            members.push_back(entity);
+            copies.push_back(entity->clone());
+        }
+        lifetime = scene.addObserver([this](auto, auto) { ++notifications; });
+    }
+
+    bool isUnchanged() const
+    {
+        if (scene.getEntities() != members || notifications != 0)
+            return false;
+        for (std::size_t i = 0; i < members.size(); ++i)
+            if (!members[i]->hasEqualValues(*copies[i]))
+                return false;
+        return true;
+    }
+};
+} // namespace
+
+class TestSceneSerializer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        Lib::startup();
+        registerTypes();
+        populate(source);
+        bytes = SceneSerializer::saveToBytes(source);
+    }
+    void cleanupTestCase()
+    {
+        unregisterTypes();
+        Lib::shutdown();
+    }
+
+    void loadsBackEqualWithReferencesIntact();
+    void largeSceneRoundTrip();
+    void everyTruncationFailsAndChangesNothing();
+    void everyCorruptionFailsAndChangesNothing_data();
+    void everyCorruptionFailsAndChangesNothing();
+    void badStreams_data();
+    void badStreams();
+
+private:
+    EntityGraphTracker source;
+    Array<std::byte> bytes;
+};
+
+void TestSceneSerializer::loadsBackEqualWithReferencesIntact()
+{
+    EntityGraphTracker loaded;
+    int notifications = 0;
+    auto lifetime = loaded.addObserver([&](auto added, auto removed) {
+        ++notifications;
+        QCOMPARE(added.size(), source.size());
+        QCOMPARE(removed.size(), std::size_t(0));
+    });
+    const auto result = SceneSerializer::loadFromBytes(loaded, bytes);
+    QVERIFY2(result, result ? "" : result.error().c_str());
+    QCOMPARE(notifications, 1);
+    QVERIFY(loaded.isEquivalentTo(source));
+    for (std::size_t i = 0; i < source.size(); ++i)
+        QVERIFY(loaded.getEntities()[i]->getId() != source.getEntities()[i]->getId());
+    // References point at the loaded entities themselves, not at copies or at the source scene.
+    for (const auto& entity : loaded.getEntities())
+        for (const auto& referenced : getReferencedEntities(*entity))
+            QCOMPARE(loaded.findEntity(referenced->getId()), referenced);
+    const auto group = loaded.getEntities().back();
+    const auto& children = group->getPropertyValue<Array<EntityHolder<Entity>>>("children");
+    QCOMPARE(children.size(), std::size_t(2));
+    QCOMPARE(children[1]->getPropertyValue<EntityHolder<Entity>>("materialOverride")->getPropertyValue<String>("name"),
+        String("Glass"));
+    QCOMPARE(children[1]->getPropertyValue<PosRotScaleTm>("transform").rotation.z, 1.5707963267948966);
+    QCOMPARE(loaded.getEntities()[2]->getPropertyValue<bool>("doubleSided"), true);
+}
+
+void TestSceneSerializer::largeSceneRoundTrip()
+{
+    EntityGraphTracker large;
+    populateLarge(large, 2000, 7);
+    const auto stream = SceneSerializer::saveToBytes(large);
+    EntityGraphTracker loaded;
+    QVERIFY(SceneSerializer::loadFromBytes(loaded, stream));
+    QVERIFY(loaded.isEquivalentTo(large));
+    // A loaded scene saves and loads again to the same scene.
+    EntityGraphTracker again;
+    QVERIFY(SceneSerializer::loadFromBytes(again, SceneSerializer::saveToBytes(loaded)));
+    QVERIFY(again.isEquivalentTo(large));
+}
+
+void TestSceneSerializer::everyTruncationFailsAndChangesNothing()
+{
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        Guarded target;
+        const auto result = SceneSerializer::loadFromBytes(target.scene, ArrayView<const std::byte>(bytes.data(), length));
+        QVERIFY2(!result, qPrintable(QString("truncation to %1 bytes loaded").arg(length)));
+        QVERIFY(!result.error().empty());
+        QVERIFY2(target.isUnchanged(), qPrintable(QString("truncation to %1 bytes changed the scene").arg(length)));
+    }
+}
+
+void TestSceneSerializer::everyCorruptionFailsAndChangesNothing_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::newRow("lowest bit") << 0x01;
+    QTest::newRow("highest bit") << 0x80;
+    QTest::newRow("every bit") << 0xff;
+    QTest::newRow("middle bits") << 0x18;
+}
+
+void TestSceneSerializer::everyCorruptionFailsAndChangesNothing()
+{
+    QFETCH(int, mask);
+    for (std::size_t position = 0; position < bytes.size(); ++position) {
+        Array<std::byte> damaged = bytes;
+        damaged[position] ^= std::byte(mask);
+        Guarded target;
+        const auto result = SceneSerializer::loadFromBytes(target.scene, damaged);
+        QVERIFY2(!result, qPrintable(QString("damage at byte %1 loaded").arg(position)));
+        QVERIFY2(target.isUnchanged(), qPrintable(QString("damage at byte %1 changed the scene").arg(position)));
+    }
+}
+
+void TestSceneSerializer::badStreams_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("future version") << 0 << "Unknown scene format version 2";
+    QTest::newRow("unknown class") << 1 << "unknown class \"Spaceship\"";
+    QTest::newRow("dangling reference") << 2 << "does not hold";
+    QTest::newRow("repeated identity") << 3 << "zero or repeated";
+    QTest::newRow("reference of a wrong class") << 4 << "not a Material";
+    QTest::newRow("empty stream") << 5 << "corrupted";
+}
+
+void TestSceneSerializer::badStreams()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, message);
+    CborSerializer out;
+    out.serializeFormatVersion(kind == 0 ? 2 : 1);
+    out.beginRecord("scene");
+    out.beginArray("classes", 2);
+    out.writeString("class", kind == 1 ? "Spaceship" : "Mesh");
+    out.writeString("class", "Mesh");
+    out.endArray();
+    out.beginArray("ids", 2);
+    out.writeUInt("id", 10);
+    out.writeUInt("id", kind == 3 ? 10 : 11);
+    out.endArray();
+    out.beginArray("entities", 2);
+    for (int i = 0; i < 2; ++i) {
+        out.beginRecord("entity");
+        out.writeString("name", "m");
+        out.writeBool("visible", true);
+        out.writeUInt("vertexCount", 3);
+        out.beginArray("resolution", 2);
+        out.writeInt("c", 1);
+        out.writeInt("c", 2);
+        out.endArray();
+        out.writeEntityReference("material", kind == 2 ? 99 : kind == 4 ? 11 : 0);
+        out.endRecord();
+    }
+    out.endArray();
+    out.writeUInt("checksum", 0);
+    out.endRecord();
+    const auto stream = kind == 5 ? Array<std::byte> {} : out.getBytes();
+    Guarded target;
+    const auto result = SceneSerializer::loadFromBytes(target.scene, stream);
+    QVERIFY(!result);
+    QVERIFY2(QString::fromStdString(result.error()).contains(message), result.error().c_str());
+    QVERIFY(target.isUnchanged());
+}
+
+QTEST_GUILESS_MAIN(TestSceneSerializer)
+#include "tst_SceneSerializer.moc"

@@ -1,0 +1,300 @@
+#include <MarlixLib/Lib.h>
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLib/math/PosRotScaleTm.h>
+#include <MarlixLib/undo/UndoManager.h>
+
+#include <MarlixTestScene/TestScene.h>
+
+#include <QtTest/QTest>
+
+using namespace Marlix;
+using namespace Marlix::TestScene;
+
+class TestUndoManager : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { Lib::startup(); }
+    void cleanupTestCase() { Lib::shutdown(); }
+    void init();
+
+    void writesOutsideAnActionAreNotUndoable();
+    void twoActionsAreTwoStepsWithLabels();
+    void gestureIsOneStep();
+    void revertRestoresEveryValueExactly();
+    void nestedActionsBelongToTheOuter_data();
+    void nestedActionsBelongToTheOuter();
+    void destroyedOpenHolderReverts();
+    void newActionClearsRedo();
+    void emptyOrUnchangingActionLeavesNoTrace();
+    void limitDropsOldestSteps();
+    void undoWhileAnActionIsOpenThrows();
+    void sceneMembershipIsUndone();
+    void undoAfterTheManagerIsGoneIsHarmless();
+
+private:
+    EntityHolder<Entity> material;
+    EntityHolder<Entity> instance;
+};
+
+void TestUndoManager::init()
+{
+    material = materialClass().create();
+    instance = instanceClass().create();
+}
+
+void TestUndoManager::writesOutsideAnActionAreNotUndoable()
+{
+    UndoManager manager;
+    material->setPropertyValue("roughness", 0.1);
+    material->setPropertyValue("roughness", 0.2);
+    QVERIFY(!manager.canUndo());
+    QVERIFY_THROWS_EXCEPTION(Exception, manager.undo());
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.2);
+}
+
+void TestUndoManager::twoActionsAreTwoStepsWithLabels()
+{
+    UndoManager manager;
+    Array<UndoEvent> events;
+    auto lifetime = manager.addObserver([&](UndoEvent e) { events.push_back(e); });
+    {
+        auto action = manager.createAction("Update of roughness", ActionFlag::UserEdit);
+        material->setPropertyValue("roughness", 0.9);
+        action.commit();
+    }
+    {
+        auto action = manager.createAction("Update of name");
+        material->setPropertyValue("name", String("Oak"));
+        action.commit();
+    }
+    QCOMPARE(manager.getUndoLabels(), (Array<String> { "Update of name", "Update of roughness" }));
+    manager.undo();
+    QCOMPARE(material->getPropertyValue<String>("name"), String());
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.9);
+    QCOMPARE(manager.getUndoLabel(), String("Update of roughness"));
+    QCOMPARE(manager.getRedoLabel(), String("Update of name"));
+    manager.undo();
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.5);
+    QVERIFY(!manager.canUndo());
+    manager.redo();
+    manager.redo();
+    QCOMPARE(material->getPropertyValue<String>("name"), String("Oak"));
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.9);
+    QCOMPARE(events, (Array<UndoEvent> { UndoEvent::StepAdded, UndoEvent::StepAdded, UndoEvent::Undone, UndoEvent::Undone,
+                         UndoEvent::Redone, UndoEvent::Redone }));
+}
+
+void TestUndoManager::gestureIsOneStep()
+{
+    UndoManager manager;
+    int published = 0;
+    auto lifetime = manager.addObserver([&](UndoEvent e) { published += e == UndoEvent::Published; });
+    Array<double> observed;
+    auto observer = material->getProperty("roughness").addObserver(
+        [&](const ObservedProperty& p) { observed.push_back(p.getObject().getPropertyValue<double>("roughness")); });
+    auto action = manager.createAction("Drag roughness", ActionFlag::UserEdit);
+    for (int i = 1; i <= 100; ++i) {
+        material->setPropertyValue("roughness", i / 100.0);
+        action.publish();
+    }
+    action.commit();
+    QCOMPARE(published, 100);
+    QCOMPARE(observed.size(), std::size_t(100));
+    QCOMPARE(manager.getUndoCount(), std::size_t(1));
+    manager.undo();
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.5);
+    QCOMPARE(observed.back(), 0.5);
+    manager.redo();
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 1.0);
+}
+
+void TestUndoManager::revertRestoresEveryValueExactly()
+{
+    UndoManager manager;
+    auto before = instance->clone();
+    auto other = materialClass().create();
+    auto mesh = meshClass().create();
+    int notifications = 0;
+    auto lifetime = instance->addObserver([&](const ObservedProperty&) { ++notifications; });
+    auto action = manager.createAction("Many");
+    instance->setPropertyValue("transform.position", Pos { 0.1, 0.2, 0.3 });
+    instance->setPropertyValue("transform.rotation", Vector3 { 1e-300, -0.0, 3.0 });
+    instance->setPropertyValue("materialOverride", other);
+    instance->setPropertyValue("mesh", mesh);
+    instance->setPropertyValue("children", Array<EntityHolder<Entity>> { other, mesh });
+    instance->setPropertyValue("name", String("changed"));
+    instance->setPropertyValue("visible", false);
+    QVERIFY(!instance->hasEqualValues(*before));
+    notifications = 0;
+    action.revert();
+    QVERIFY(!action.isOpen());
+    QVERIFY(instance->hasEqualValues(*before));
+    QVERIFY(notifications >= 6);
+    QVERIFY(!manager.canUndo());
+}
+
+void TestUndoManager::nestedActionsBelongToTheOuter_data()
+{
+    QTest::addColumn<bool>("innerCommits");
+    QTest::addColumn<bool>("outerCommits");
+    QTest::newRow("both commit") << true << true;
+    QTest::newRow("inner reverts") << false << true;
+    QTest::newRow("outer reverts") << true << false;
+}
+
+void TestUndoManager::nestedActionsBelongToTheOuter()
+{
+    QFETCH(bool, innerCommits);
+    QFETCH(bool, outerCommits);
+    UndoManager manager;
+    auto outer = manager.createAction("Outer");
+    material->setPropertyValue("roughness", 0.1);
+    {
+        auto inner = manager.createAction("Inner");
+        material->setPropertyValue("roughness", 0.2);
+        material->setPropertyValue("opacity", 0.5f);
+        if (innerCommits)
+            inner.commit();
+        else
+            inner.revert();
+    }
+    QCOMPARE(manager.getUndoCount(), std::size_t(0));
+    QCOMPARE(material->getPropertyValue<double>("roughness"), innerCommits ? 0.2 : 0.1);
+    QCOMPARE(material->getPropertyValue<float>("opacity"), innerCommits ? 0.5f : 1.0f);
+    if (outerCommits)
+        outer.commit();
+    else
+        outer.revert();
+    QCOMPARE(manager.getUndoCount(), std::size_t(outerCommits ? 1 : 0));
+    if (outerCommits) {
+        QCOMPARE(manager.getUndoLabel(), String("Outer"));
+        manager.undo();
+    }
+    QCOMPARE(material->getPropertyValue<double>("roughness"), 0.5);
+    QCOMPARE(material->getPropertyValue<float>("opacity"), 1.0f);
+    if (outerCommits) {
+        manager.redo();
+        QCOMPARE(material->getPropertyValue<double>("roughness"), innerCommits ? 0.2 : 0.1);
+        QCOMPARE(material->getPropertyValue<float>("opacity"), innerCommits ? 0.5f : 1.0f);
+    }
+}
+
+void TestUndoManager::destroyedOpenHolderReverts()
+{
+    UndoManager manager;
+    {
+        auto action = manager.createAction("Abandoned");
+        material->setPropertyValue("layers", std::int32_t(7));
+        auto moved = std::move(action);
+        QVERIFY(!action.isOpen());
+        QVERIFY(moved.isOpen());
+    }
+    QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 1);
+    QVERIFY(!manager.canUndo());
+    // Mutations after the holder is gone are no longer recorded anywhere.
+    material->setPropertyValue("layers", std::int32_t(3));
+    QVERIFY(!manager.canUndo());
+}
+
+void TestUndoManager::newActionClearsRedo()
+{
+    UndoManager manager;
+    for (double value : { 0.1, 0.2 }) {
+        auto action = manager.createAction("Set " + std::to_string(value));
+        material->setPropertyValue("roughness", value);
+        action.commit();
+    }
+    manager.undo();
+    QVERIFY(manager.canRedo());
+    auto action = manager.createAction("Other");
+    material->setPropertyValue("opacity", 0.25f);
+    action.commit();
+    QVERIFY(!manager.canRedo());
+    QCOMPARE(manager.getUndoLabels(), (Array<String> { "Other", "Set 0.100000" }));
+}
+
+void TestUndoManager::emptyOrUnchangingActionLeavesNoTrace()
+{
+    UndoManager manager;
+    manager.createAction("Nothing").commit();
+    {
+        auto action = manager.createAction("Back and forth");
+        material->setPropertyValue("roughness", 0.9);
+        material->setPropertyValue("roughness", 0.5);
+        action.commit();
+    }
+    QVERIFY(!manager.canUndo());
+}
+
+void TestUndoManager::limitDropsOldestSteps()
+{
+    UndoManager manager(3);
+    for (int i = 1; i <= 5; ++i) {
+        auto action = manager.createAction("Step " + std::to_string(i));
+        material->setPropertyValue("layers", std::int32_t(i));
+        action.commit();
+    }
+    QCOMPARE(manager.getUndoLabels(), (Array<String> { "Step 5", "Step 4", "Step 3" }));
+    while (manager.canUndo())
+        manager.undo();
+    QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 2);
+    manager.setLimit(1);
+    QCOMPARE(manager.getRedoCount() + manager.getUndoCount(), std::size_t(1));
+}
+
+void TestUndoManager::undoWhileAnActionIsOpenThrows()
+{
+    UndoManager manager;
+    {
+        auto action = manager.createAction("First");
+        material->setPropertyValue("layers", std::int32_t(4));
+        action.commit();
+    }
+    auto open = manager.createAction("Open");
+    QVERIFY_THROWS_EXCEPTION(Exception, manager.undo());
+    QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 4);
+    open.revert();
+    manager.undo();
+    QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 1);
+}
+
+void TestUndoManager::sceneMembershipIsUndone()
+{
+    UndoManager manager;
+    EntityGraphTracker scene;
+    populate(scene);
+    const std::size_t count = scene.size();
+    auto removed = scene.getEntities()[1];
+    {
+        auto action = manager.createAction("Edit scene");
+        scene.addEntity(material);
+        scene.removeEntity(*removed);
+        material->setPropertyValue("name", String("New"));
+        action.commit();
+    }
+    QCOMPARE(scene.size(), count);
+    manager.undo();
+    QCOMPARE(scene.size(), count);
+    QVERIFY(!scene.contains(*material));
+    QCOMPARE(scene.getEntities()[1], removed);
+    QCOMPARE(material->getPropertyValue<String>("name"), String());
+    manager.redo();
+    QVERIFY(scene.contains(*material));
+    QVERIFY(!scene.contains(*removed));
+}
+
+void TestUndoManager::undoAfterTheManagerIsGoneIsHarmless()
+{
+    auto manager = std::make_unique<UndoManager>();
+    auto action = manager->createAction("Orphan");
+    material->setPropertyValue("layers", std::int32_t(9));
+    manager.reset();
+    action.commit();
+    QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 9);
+}
+
+QTEST_GUILESS_MAIN(TestUndoManager)
+#include "tst_UndoManager.moc"
