@@ -1,14 +1,12 @@
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
 
 #include <QAbstractSpinBox>
-#include <QGuiApplication>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPainterPath>
-#include <QScreen>
 #include <QStyleFactory>
 #include <QStyleOption>
-#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -56,19 +54,6 @@ constexpr double BRANCH_ARROW_HEIGHT = 4.0;
 constexpr double LINE_EDIT_PADDING = 2.0;
 constexpr int TOOLTIP_MAXIMUM_WIDTH = 300;
 
-int dip(double value, const QWidget* widget)
-{
-    QScreen* screen = nullptr;
-    if (widget) {
-        if (const QWidget* window = widget->window(); window && window->windowHandle())
-            screen = window->windowHandle()->screen();
-    }
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    const double factor = screen ? screen->logicalDotsPerInch() / 96.0 : 1.0;
-    return static_cast<int>(std::lround(value * factor));
-}
-
 QPainterPath roundedPath(const QRectF& rect, double radius)
 {
     QPainterPath path;
@@ -77,8 +62,8 @@ QPainterPath roundedPath(const QRectF& rect, double radius)
 }
 
 // A triangle pointing up, down, left or right, centred in `rect`.
-void drawArrow(QPainter* painter, const QRectF& rect, Qt::ArrowType direction, double width, double height,
-               const QColor& color)
+void drawArrow(
+    QPainter* painter, const QRectF& rect, Qt::ArrowType direction, double width, double height, const QColor& color)
 {
     const QPointF c = rect.center();
     const double w = width / 2.0;
@@ -123,7 +108,6 @@ unsigned int controllerState(const QWidget* widget)
     return ok ? bits : 0;
 }
 
-
 } // namespace
 
 MarlixOriginalStyle::MarlixOriginalStyle()
@@ -159,12 +143,13 @@ void MarlixOriginalStyle::polish(QPalette& palette)
     palette.setColor(QPalette::All, QPalette::AlternateBase, window.lighter(ALTERNATE_BASE_LIGHTER));
 }
 
-void MarlixOriginalStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                                        const QWidget* widget) const
+void MarlixOriginalStyle::drawPrimitive(
+    PrimitiveElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     switch (element) {
     case PE_PanelButtonTool:
-        if (isFlatButton(widget) || (widget && !widget->isEnabled() && widget->inherits("Marlix::Widgets::ValuePicker"))) {
+        if (isFlatButton(widget)
+            || (widget && !widget->isEnabled() && widget->inherits("Marlix::Widgets::ValuePicker"))) {
             MarlixStyle::drawPrimitive(element, option, painter, widget);
             return;
         }
@@ -187,7 +172,7 @@ void MarlixOriginalStyle::drawPrimitive(PrimitiveElement element, const QStyleOp
             painter->save();
             painter->setRenderHint(QPainter::Antialiasing, true);
             painter->fillPath(roundedPath(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), CORNER_RADIUS),
-                              QColor::fromRgb(CONTROL_COLOR));
+                QColor::fromRgb(CONTROL_COLOR));
             painter->restore();
             drawFrame(option->rect, option, painter, widget);
             drawAnimationOverlay(option->rect, option, painter, widget);
@@ -225,7 +210,7 @@ void MarlixOriginalStyle::drawPrimitive(PrimitiveElement element, const QStyleOp
             painter->setRenderHint(QPainter::Antialiasing, true);
             painter->setPen(QColor::fromRgb(GROUP_OUTLINE_COLOR));
             painter->setBrush(QColor::fromRgb(GROUP_FILL_COLOR));
-            const double radius = dip(3, widget);
+            const double radius = getDeviceIndependentPixels(3, widget);
             painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
         }
         painter->restore();
@@ -236,8 +221,8 @@ void MarlixOriginalStyle::drawPrimitive(PrimitiveElement element, const QStyleOp
     }
 }
 
-void MarlixOriginalStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-                                      const QWidget* widget) const
+void MarlixOriginalStyle::drawControl(
+    ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     MarlixStyle::drawControl(element, option, painter, widget);
     switch (element) {
@@ -251,8 +236,8 @@ void MarlixOriginalStyle::drawControl(ControlElement element, const QStyleOption
     }
 }
 
-void MarlixOriginalStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
-                                             QPainter* painter, const QWidget* widget) const
+void MarlixOriginalStyle::drawComplexControl(
+    ComplexControl control, const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const
 {
     switch (control) {
     case CC_SpinBox:
@@ -293,22 +278,23 @@ QRect MarlixOriginalStyle::subElementRect(SubElement element, const QStyleOption
     // Text inside a rounded field keeps clear of the corners.
     if (element == SE_LineEditContents) {
         if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option); frame && frame->lineWidth > 0) {
-            const int padding = dip(LINE_EDIT_PADDING, widget);
+            const int padding = getDeviceIndependentPixels(LINE_EDIT_PADDING, widget);
             rect.adjust(padding, 0, -padding, 0);
         }
     }
     return rect;
 }
 
-QRect MarlixOriginalStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
-                                          SubControl subControl, const QWidget* widget) const
+QRect MarlixOriginalStyle::subControlRect(
+    ComplexControl control, const QStyleOptionComplex* option, SubControl subControl, const QWidget* widget) const
 {
     if (control == CC_SpinBox) {
         if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option)) {
             const QRect& r = spin->rect;
             const int frame = spin->frame ? 1 : 0;
-            const int buttonWidth
-                = spin->buttonSymbols == QAbstractSpinBox::NoButtons ? 0 : dip(SPIN_BUTTON_WIDTH, widget);
+            const int buttonWidth = spin->buttonSymbols == QAbstractSpinBox::NoButtons
+                ? 0
+                : getDeviceIndependentPixels(SPIN_BUTTON_WIDTH, widget);
             const int inner = r.height() - 2 * frame;
             const int upHeight = inner / 2;
             const int buttonLeft = r.right() - frame - buttonWidth + 1;
@@ -330,14 +316,15 @@ QRect MarlixOriginalStyle::subControlRect(ComplexControl control, const QStyleOp
     return MarlixStyle::subControlRect(control, option, subControl, widget);
 }
 
-QSize MarlixOriginalStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                                            const QWidget* widget) const
+QSize MarlixOriginalStyle::sizeFromContents(
+    ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const
 {
     if (type == CT_SpinBox) {
         if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option)) {
             const int frame = spin->frame ? 1 : 0;
-            const int buttonWidth
-                = spin->buttonSymbols == QAbstractSpinBox::NoButtons ? 0 : dip(SPIN_BUTTON_WIDTH, widget);
+            const int buttonWidth = spin->buttonSymbols == QAbstractSpinBox::NoButtons
+                ? 0
+                : getDeviceIndependentPixels(SPIN_BUTTON_WIDTH, widget);
             const QSize own(size.width() + buttonWidth + 2 * frame + 1, size.height() + 2 * frame + 2);
             return adjustContentsSize(type, option, own, widget);
         }
@@ -350,14 +337,14 @@ int MarlixOriginalStyle::pixelMetric(PixelMetric metric, const QStyleOption* opt
     if (static_cast<unsigned int>(metric) == PM_ToolTipMaximumWidth)
         return TOOLTIP_MAXIMUM_WIDTH;
     if (metric == PM_SliderThickness && widget && widget->inherits("Marlix::Widgets::GradientDisplay"))
-        return dip(GRADIENT_DISPLAY_THICKNESS, widget);
+        return getDeviceIndependentPixels(GRADIENT_DISPLAY_THICKNESS, widget);
     if (metric == PM_SpinBoxFrameWidth)
         return 1;
     return MarlixStyle::pixelMetric(metric, option, widget);
 }
 
-int MarlixOriginalStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                                   QStyleHintReturn* returnData) const
+int MarlixOriginalStyle::styleHint(
+    StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returnData) const
 {
     switch (static_cast<unsigned int>(hint)) {
     case SH_UnifyLabelColumnWidth:
@@ -375,8 +362,8 @@ int MarlixOriginalStyle::styleHint(StyleHint hint, const QStyleOption* option, c
     return MarlixStyle::styleHint(hint, option, widget, returnData);
 }
 
-void MarlixOriginalStyle::drawFrame(const QRect& rect, const QStyleOption* option, QPainter* painter,
-                                    const QWidget* widget) const
+void MarlixOriginalStyle::drawFrame(
+    const QRect& rect, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     const bool enabled = option->state & State_Enabled;
     QColor color = QColor::fromRgb(FIELD_OUTLINE_COLOR);
@@ -388,13 +375,13 @@ void MarlixOriginalStyle::drawFrame(const QRect& rect, const QStyleOption* optio
     painter->setRenderHint(QPainter::Antialiasing, true);
     painter->setPen(QPen(color, 1));
     painter->setBrush(Qt::NoBrush);
-    const double radius = std::max(1, dip(CORNER_RADIUS, widget));
+    const double radius = std::max(1, getDeviceIndependentPixels(CORNER_RADIUS, widget));
     painter->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     painter->restore();
 }
 
-void MarlixOriginalStyle::drawAnimationOverlay(const QRect& rect, const QStyleOption*, QPainter* painter,
-                                               const QWidget* widget) const
+void MarlixOriginalStyle::drawAnimationOverlay(
+    const QRect& rect, const QStyleOption*, QPainter* painter, const QWidget* widget) const
 {
     const unsigned int state = controllerState(widget);
     if (state == 0)
@@ -410,7 +397,7 @@ void MarlixOriginalStyle::drawAnimationOverlay(const QRect& rect, const QStyleOp
         // Merely controlled is the quiet state: an outline; a value that differs here is filled.
         filled = false;
     }
-    const double size = std::max(3, dip(OVERLAY_MARKER_SIZE, widget));
+    const double size = std::max(3, getDeviceIndependentPixels(OVERLAY_MARKER_SIZE, widget));
     const QPointF corner = QRectF(rect).topLeft() + QPointF(1.0, 1.0);
     QPolygonF tag;
     tag << corner << corner + QPointF(size, 0.0) << corner + QPointF(0.0, size);
@@ -428,12 +415,11 @@ void MarlixOriginalStyle::drawAnimationOverlay(const QRect& rect, const QStyleOp
     painter->restore();
 }
 
-void MarlixOriginalStyle::drawSpinBox(const QStyleOptionSpinBox* option, QPainter* painter,
-                                      const QWidget* widget) const
+void MarlixOriginalStyle::drawSpinBox(const QStyleOptionSpinBox* option, QPainter* painter, const QWidget* widget) const
 {
     const bool enabled = option->state & State_Enabled;
     const QRectF field = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
-    const QPainterPath fieldPath = roundedPath(field, std::max(1, dip(CORNER_RADIUS, widget)));
+    const QPainterPath fieldPath = roundedPath(field, std::max(1, getDeviceIndependentPixels(CORNER_RADIUS, widget)));
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, true);
     painter->fillPath(fieldPath, QColor::fromRgb(CONTROL_COLOR));
@@ -453,14 +439,15 @@ void MarlixOriginalStyle::drawSpinBox(const QStyleOptionSpinBox* option, QPainte
                                              : QColor::fromRgb(DISABLED_TEXT_COLOR);
             const bool plusMinus = option->buttonSymbols == QAbstractSpinBox::PlusMinus;
             if (plusMinus) {
-                const double half = dip(ARROW_WIDTH, widget) / 2.0;
+                const double half = getDeviceIndependentPixels(ARROW_WIDTH, widget) / 2.0;
                 const QPointF c = QRectF(button).center();
                 painter->setPen(QPen(color, 1.5));
                 painter->drawLine(QPointF(c.x() - half, c.y()), QPointF(c.x() + half, c.y()));
                 if (arrow == Qt::UpArrow)
                     painter->drawLine(QPointF(c.x(), c.y() - half), QPointF(c.x(), c.y() + half));
             } else {
-                drawArrow(painter, QRectF(button), arrow, dip(ARROW_WIDTH, widget), dip(ARROW_HEIGHT, widget), color);
+                drawArrow(painter, QRectF(button), arrow, getDeviceIndependentPixels(ARROW_WIDTH, widget),
+                    getDeviceIndependentPixels(ARROW_HEIGHT, widget), color);
             }
         };
         drawButton(SC_SpinBoxUp, QAbstractSpinBox::StepUpEnabled, Qt::UpArrow);
@@ -498,7 +485,7 @@ void MarlixOriginalStyle::drawSlider(const QStyleOptionSlider* option, QPainter*
 
     const bool horizontal = option->orientation == Qt::Horizontal;
     const QRect groove = subControlRect(CC_Slider, option, SC_SliderGroove, widget);
-    const double thickness = std::max(2, dip(TRACK_THICKNESS, widget));
+    const double thickness = std::max(2, getDeviceIndependentPixels(TRACK_THICKNESS, widget));
     const QPointF handleCenter = QRectF(handle).center();
     if (option->subControls & SC_SliderGroove) {
         const QRectF track = horizontal
@@ -524,14 +511,14 @@ void MarlixOriginalStyle::drawSlider(const QStyleOptionSlider* option, QPainter*
         const int length = proxy()->pixelMetric(PM_SliderLength, option, widget);
         const int available = (horizontal ? groove.width() : groove.height()) - length;
         const int interval = option->tickInterval > 0 ? option->tickInterval : std::max(1, option->pageStep);
-        const double tick = dip(TICK_LENGTH, widget);
+        const double tick = getDeviceIndependentPixels(TICK_LENGTH, widget);
         QColor tickColor = option->palette.color(QPalette::WindowText);
         tickColor.setAlpha(110);
         painter->setPen(QPen(tickColor, 1.0));
         painter->setRenderHint(QPainter::Antialiasing, false);
         for (qint64 value = option->minimum; value <= option->maximum; value += interval) {
             const int pos = sliderPositionFromValue(option->minimum, option->maximum, static_cast<int>(value),
-                                                    available, option->upsideDown)
+                                available, option->upsideDown)
                 + length / 2;
             if (horizontal) {
                 const int x = groove.left() + pos;
@@ -551,7 +538,8 @@ void MarlixOriginalStyle::drawSlider(const QStyleOptionSlider* option, QPainter*
     }
 
     if (option->subControls & SC_SliderHandle) {
-        const bool hovered = enabled && (option->activeSubControls & SC_SliderHandle) && (option->state & State_MouseOver);
+        const bool hovered
+            = enabled && (option->activeSubControls & SC_SliderHandle) && (option->state & State_MouseOver);
         const bool pressed = enabled && (option->state & State_Sunken);
         const double diameter = std::max(4, std::min(handle.width(), handle.height()) - 2);
         const QRectF knob(handleCenter.x() - diameter / 2.0, handleCenter.y() - diameter / 2.0, diameter, diameter);
@@ -572,8 +560,8 @@ void MarlixOriginalStyle::drawSlider(const QStyleOptionSlider* option, QPainter*
     painter->restore();
 }
 
-void MarlixOriginalStyle::drawGroupBox(const QStyleOptionGroupBox* option, QPainter* painter,
-                                       const QWidget* widget) const
+void MarlixOriginalStyle::drawGroupBox(
+    const QStyleOptionGroupBox* option, QPainter* painter, const QWidget* widget) const
 {
     if (option->subControls & SC_GroupBoxFrame) {
         QStyleOptionFrame frame;
@@ -593,7 +581,7 @@ void MarlixOriginalStyle::drawGroupBox(const QStyleOptionGroupBox* option, QPain
         if (!proxy()->styleHint(SH_UnderlineShortcut, option, widget))
             alignment |= Qt::TextHideMnemonic;
         proxy()->drawItemText(painter, label, Qt::TextShowMnemonic | Qt::AlignVCenter | alignment, palette,
-                              option->state & State_Enabled, option->text, QPalette::WindowText);
+            option->state & State_Enabled, option->text, QPalette::WindowText);
     }
     if (option->subControls & SC_GroupBoxCheckBox) {
         QStyleOptionButton box;
@@ -603,8 +591,8 @@ void MarlixOriginalStyle::drawGroupBox(const QStyleOptionGroupBox* option, QPain
     }
 }
 
-void MarlixOriginalStyle::drawToolButtonPanel(const QStyleOption* option, QPainter* painter,
-                                              const QWidget* widget) const
+void MarlixOriginalStyle::drawToolButtonPanel(
+    const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     const bool enabled = option->state & State_Enabled;
     const bool sunken = option->state & (State_Sunken | State_On);
@@ -630,7 +618,7 @@ void MarlixOriginalStyle::drawToolButtonPanel(const QStyleOption* option, QPaint
     painter->setRenderHint(QPainter::Antialiasing, true);
     painter->setPen(QPen(outline, 1.0));
     painter->setBrush(fill);
-    const double radius = std::max(1, dip(CORNER_RADIUS, widget));
+    const double radius = std::max(1, getDeviceIndependentPixels(CORNER_RADIUS, widget));
     painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     painter->restore();
 }
@@ -645,7 +633,8 @@ void MarlixOriginalStyle::drawBranchArrow(const QStyleOption* option, QPainter* 
     const Qt::ArrowType direction = (option->state & State_Open)
         ? Qt::DownArrow
         : (option->direction == Qt::RightToLeft ? Qt::LeftArrow : Qt::RightArrow);
-    drawArrow(painter, QRectF(option->rect), direction, dip(BRANCH_ARROW_WIDTH, widget), dip(BRANCH_ARROW_HEIGHT, widget), color);
+    drawArrow(painter, QRectF(option->rect), direction, getDeviceIndependentPixels(BRANCH_ARROW_WIDTH, widget),
+        getDeviceIndependentPixels(BRANCH_ARROW_HEIGHT, widget), color);
     painter->restore();
 }
 

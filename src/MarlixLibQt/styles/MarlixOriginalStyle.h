@@ -24,27 +24,27 @@ public:
     using MarlixStyle::polish;
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                       const QWidget* widget = nullptr) const override;
+        const QWidget* widget = nullptr) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-                     const QWidget* widget = nullptr) const override;
+        const QWidget* widget = nullptr) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
-                            const QWidget* widget = nullptr) const override;
+        const QWidget* widget = nullptr) const override;
     QRect subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const override;
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl subControl,
-                         const QWidget* widget) const override;
-    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                           const QWidget* widget) const override;
-    int pixelMetric(PixelMetric metric, const QStyleOption* option = nullptr,
-                    const QWidget* widget = nullptr) const override;
+        const QWidget* widget) const override;
+    QSize sizeFromContents(
+        ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const override;
+    int pixelMetric(
+        PixelMetric metric, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
-                  QStyleHintReturn* returnData = nullptr) const override;
+        QStyleHintReturn* returnData = nullptr) const override;
 
 protected:
     /// The outline of a field or panel in `rect`: highlighted with focus, lighter under the mouse.
     void drawFrame(const QRect& rect, const QStyleOption* option, QPainter* painter, const QWidget* widget) const;
     /// The marker of the animation or variant state of the widget's property ("Zorva.PropertyControllerState").
-    virtual void drawAnimationOverlay(const QRect& rect, const QStyleOption* option, QPainter* painter,
-                                      const QWidget* widget) const;
+    virtual void drawAnimationOverlay(
+        const QRect& rect, const QStyleOption* option, QPainter* painter, const QWidget* widget) const;
 
 private:
     void drawSpinBox(const QStyleOptionSpinBox* option, QPainter* painter, const QWidget* widget) const;
