@@ -1,7 +1,6 @@
+#include <MarlixLib/base/Exception.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
-
-#include <MarlixLib/base/Exception.h>
 
 #include <QApplication>
 #include <QGroupBox>
@@ -68,8 +67,8 @@ QLabel* visibleToolTipLabel()
     return nullptr;
 }
 
-const QString LONG_TOOLTIP = QStringLiteral(
-    "Moves every selected key by the same amount, so the shape between the keys is kept.");
+const QString LONG_TOOLTIP
+    = QStringLiteral("Moves every selected key by the same amount, so the shape between the keys is kept.");
 const QString SHORT_TOOLTIP = QStringLiteral("Reset to default");
 
 } // namespace
@@ -112,7 +111,8 @@ void tst_Style::styleHints_data()
     QTest::addColumn<int>("hint");
     QTest::addColumn<int>("expected");
 
-    const struct {
+    const struct
+    {
         const char* name;
         unsigned int hint;
         int plain;
@@ -150,12 +150,12 @@ void tst_Style::customPixelMetrics_data()
     QTest::addColumn<int>("metric");
     QTest::addColumn<int>("expected");
 
-    QTest::newRow("MarlixStyle, tooltip maximum width") << QStringLiteral("MarlixStyle")
-                                                         << int(MarlixStyle::PM_ToolTipMaximumWidth) << 0;
+    QTest::newRow("MarlixStyle, tooltip maximum width")
+        << QStringLiteral("MarlixStyle") << int(MarlixStyle::PM_ToolTipMaximumWidth) << 0;
     QTest::newRow("MarlixOriginalStyle, tooltip maximum width")
         << QStringLiteral("MarlixOriginalStyle") << int(MarlixStyle::PM_ToolTipMaximumWidth) << 300;
-    QTest::newRow("MarlixStyle, tooltip padding") << QStringLiteral("MarlixStyle")
-                                                   << int(MarlixStyle::PM_ToolTipPadding) << 1;
+    QTest::newRow("MarlixStyle, tooltip padding")
+        << QStringLiteral("MarlixStyle") << int(MarlixStyle::PM_ToolTipPadding) << 1;
     QTest::newRow("MarlixOriginalStyle, tooltip padding")
         << QStringLiteral("MarlixOriginalStyle") << int(MarlixStyle::PM_ToolTipPadding) << 1;
     QTest::newRow("MarlixStyle, tooltip format columns")
@@ -214,7 +214,7 @@ void tst_Style::toolTipFrameIsOneWiderThanBase()
     QFETCH(QString, style);
     const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("fusion")));
     QCOMPARE(makeStyle(style)->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth),
-             fusion->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth) + 1);
+        fusion->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth) + 1);
 }
 
 void tst_Style::sliderMetricsOfColourWidgets_data()
@@ -227,18 +227,17 @@ void tst_Style::sliderMetricsOfColourWidgets_data()
     for (const char* style : { "MarlixStyle", "MarlixOriginalStyle" }) {
         QTest::addRow("%s, colour slider length", style)
             << QString::fromLatin1(style) << QStringLiteral("ColorSlider") << int(QStyle::PM_SliderLength) << 6;
-        QTest::addRow("%s, colour slider thickness", style) << QString::fromLatin1(style)
-                                                             << QStringLiteral("ColorSlider")
-                                                             << int(QStyle::PM_SliderThickness) << 16777215;
+        QTest::addRow("%s, colour slider thickness", style)
+            << QString::fromLatin1(style) << QStringLiteral("ColorSlider") << int(QStyle::PM_SliderThickness)
+            << 16777215;
         QTest::addRow("%s, plain widget slider length", style)
             << QString::fromLatin1(style) << QStringLiteral("QWidget") << int(QStyle::PM_SliderLength) << -1;
     }
     QTest::newRow("MarlixStyle, gradient display thickness")
-        << QStringLiteral("MarlixStyle") << QStringLiteral("GradientDisplay") << int(QStyle::PM_SliderThickness)
-        << -1;
+        << QStringLiteral("MarlixStyle") << QStringLiteral("GradientDisplay") << int(QStyle::PM_SliderThickness) << -1;
     QTest::newRow("MarlixOriginalStyle, gradient display thickness")
-        << QStringLiteral("MarlixOriginalStyle") << QStringLiteral("GradientDisplay")
-        << int(QStyle::PM_SliderThickness) << 40;
+        << QStringLiteral("MarlixOriginalStyle") << QStringLiteral("GradientDisplay") << int(QStyle::PM_SliderThickness)
+        << 40;
 }
 
 void tst_Style::sliderMetricsOfColourWidgets()
@@ -277,8 +276,7 @@ void tst_Style::colorSliderHandleIsCentredOnPosition()
     QCOMPARE(handle.width(), 6);
     QCOMPARE(handle.height(), 24);
     QCOMPARE(handle.left() + handle.width() / 2, 50);
-    QCOMPARE(style.hitTestComplexControl(QStyle::CC_Slider, &option, QPoint(50, 12), &slider),
-             QStyle::SC_SliderHandle);
+    QCOMPARE(style.hitTestComplexControl(QStyle::CC_Slider, &option, QPoint(50, 12), &slider), QStyle::SC_SliderHandle);
 }
 
 void tst_Style::originalPalette_data()
