@@ -387,30 +387,20 @@ void MarlixOriginalStyle::drawAnimationOverlay(
     if (state == 0)
         return;
     QColor color = QColor::fromRgb(OTHER_STATE_COLOR);
-    bool filled = true;
     if (state & ControllerStateOverridden)
         color = QColor::fromRgb(OVERRIDDEN_COLOR);
     else if (state & ControllerStateMixed)
         color = QColor::fromRgb(MIXED_COLOR);
-    else if (state & ControllerStateControlled) {
+    else if (state & ControllerStateControlled)
         color = QColor::fromRgb(CONTROLLED_COLOR);
-        // Merely controlled is the quiet state: an outline; a value that differs here is filled.
-        filled = false;
-    }
+    // A corner tag, like a note on a spreadsheet cell: visible on any field, covering none of its text.
     const double size = std::max(3, getDeviceIndependentPixels(OVERLAY_MARKER_SIZE, widget));
     const QPointF corner = QRectF(rect).topLeft() + QPointF(1.0, 1.0);
-    QPolygonF tag;
-    tag << corner << corner + QPointF(size, 0.0) << corner + QPointF(0.0, size);
+    const QPolygonF tag({ corner, corner + QPointF(size, 0.0), corner + QPointF(0.0, size) });
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, true);
-    if (filled) {
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(color);
-    } else {
-        painter->setPen(QPen(color, 1.0));
-        painter->setBrush(Qt::NoBrush);
-        tag.translate(0.5, 0.5);
-    }
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(color);
     painter->drawPolygon(tag);
     painter->restore();
 }

@@ -358,9 +358,13 @@ void MarlixStyle::drawBranchLines(const QStyleOption* option, QPainter* painter)
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setPen(QPen(color, 1));
+    // Lines stop short of the expand arrow that the base style draws in the middle.
+    const int gap = (option->state & State_Children) ? std::max(1, std::min(r.width(), r.height()) / 4) : 0;
     if (option->state & State_Item) {
-        painter->drawLine(midX, midY, r.right(), midY);
-        painter->drawLine(midX, r.top(), midX, (option->state & State_Sibling) ? r.bottom() : midY);
+        painter->drawLine(midX + gap, midY, r.right(), midY);
+        painter->drawLine(midX, r.top(), midX, midY - gap);
+        if (option->state & State_Sibling)
+            painter->drawLine(midX, midY + gap, midX, r.bottom());
     } else if (option->state & State_Sibling) {
         painter->drawLine(midX, r.top(), midX, r.bottom());
     }

@@ -304,6 +304,7 @@ void tst_StyleDrawing::animationOverlayMarksControlledFields_data()
     QTest::newRow("overridden wins over controlled")
         << QVariant(unsigned(MarlixStyle::ControllerStateOverridden | MarlixStyle::ControllerStateControlled))
         << QColor(0xe6a23c);
+    QTest::newRow("controlled") << QVariant(unsigned(MarlixStyle::ControllerStateControlled)) << QColor(0x3fb6a8);
     QTest::newRow("mixed") << QVariant(unsigned(MarlixStyle::ControllerStateMixed)) << QColor(0xc06bd0);
     QTest::newRow("unknown bit") << QVariant(0x100u) << QColor(0x9a9a9a);
 }

@@ -59,8 +59,7 @@ void tst_StylePlugin::createsStyles()
     QVERIFY(style);
     QVERIFY(qobject_cast<Marlix::MarlixStyle*>(style.get()));
     QCOMPARE(qobject_cast<Marlix::MarlixOriginalStyle*>(style.get()) != nullptr, original);
-    QCOMPARE(style->pixelMetric(QStyle::PixelMetric(Marlix::MarlixStyle::PM_ToolTipMaximumWidth)),
-             toolTipMaximumWidth);
+    QCOMPARE(style->pixelMetric(QStyle::PixelMetric(Marlix::MarlixStyle::PM_ToolTipMaximumWidth)), toolTipMaximumWidth);
 }
 
 int main(int argc, char** argv)
