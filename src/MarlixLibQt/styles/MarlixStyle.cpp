@@ -359,7 +359,7 @@ void MarlixStyle::drawBranchLines(const QStyleOption* option, QPainter* painter)
     painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setPen(QPen(color, 1));
     // Lines stop short of the expand arrow that the base style draws in the middle.
-    const int gap = (option->state & State_Children) ? std::max(1, std::min(r.width(), r.height()) / 4) : 0;
+    const int gap = (option->state & State_Children) ? std::max(2, std::min(r.width(), r.height()) / 2 - 1) : 0;
     if (option->state & State_Item) {
         painter->drawLine(midX + gap, midY, r.right(), midY);
         painter->drawLine(midX, r.top(), midX, midY - gap);
