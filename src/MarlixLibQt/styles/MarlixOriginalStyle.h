@@ -3,6 +3,8 @@
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
 
+#include <QColor>
+
 class QStyleOptionGroupBox;
 class QStyleOptionSlider;
 class QStyleOptionSpinBox;
@@ -16,6 +18,14 @@ class MARLIXLIBQT_EXPORT MarlixOriginalStyle : public MarlixStyle
     Q_OBJECT
 
 public:
+    /// The palette's window and text colours.
+    static constexpr QRgb WINDOW_COLOR = 0xff444444;
+    static constexpr QRgb TEXT_COLOR = 0xffc8c8c8;
+    static constexpr QRgb DISABLED_TEXT_COLOR = 0xff6e6e6e;
+    static constexpr QRgb HIGHLIGHT_COLOR = 0xff4e7dba;
+    /// Fields, tracks and sunken panels are filled with the control colour "333333".
+    static constexpr QRgb CONTROL_COLOR = 0xff333333;
+
     MarlixOriginalStyle();
     ~MarlixOriginalStyle() override;
 
