@@ -11,7 +11,6 @@
 #include <QStyleOption>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Marlix {
 
