@@ -2,14 +2,27 @@
 
 #include <MarlixLibQt/MarlixLibQtExport.h>
 
+#include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Flags.h>
+#include <MarlixLib/color/Rgb.h>
+#include <MarlixLib/color/RgbBytes.h>
+#include <MarlixLib/image/BitmapImpl.h>
 
+#include <QByteArray>
+#include <QImage>
+#include <QList>
+#include <QPixmap>
 #include <QPoint>
 #include <QSize>
+#include <QString>
 
+#include <cstddef>
 #include <cstdint>
 
+class QLayout;
+class QPainter;
 class QScreen;
+class QStyle;
 class QWidget;
 
 namespace Marlix {
@@ -38,5 +51,66 @@ MARLIXLIBQT_EXPORT int getDeviceIndependentPixels(double value, const QWidget* w
 /// Both coordinates through getDeviceIndependentPixels.
 MARLIXLIBQT_EXPORT QPoint scaleByDpi(const QPoint& point, const QWidget* widget);
 MARLIXLIBQT_EXPORT QSize scaleByDpi(const QSize& size, const QWidget* widget);
+
+/// Moves a window so that its frame is centred on the available area of its screen.
+MARLIXLIBQT_EXPORT void centerOnScreen(QWidget& window);
+/// Moves a window so that it is centred on the mouse cursor, kept inside the available area of the cursor's screen
+/// (the window's own screen when the cursor is on none).
+MARLIXLIBQT_EXPORT void centerOnMouse(QWidget* window);
+
+MARLIXLIBQT_EXPORT QString toQt(StringView text);
+MARLIXLIBQT_EXPORT String fromQt(const QString& text);
+MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const StringView> texts);
+MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const String> texts);
+MARLIXLIBQT_EXPORT Stack<String> fromQt(const QList<QString>& texts);
+MARLIXLIBQT_EXPORT QByteArray toQt(ArrayView<const std::byte> bytes);
+MARLIXLIBQT_EXPORT Array<std::byte> fromQt(const QByteArray& bytes);
+
+/// A grey image; values are clamped to [0, 1].
+MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<float>& bitmap);
+MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<RgbBytes>& bitmap);
+/// Keeps the straight alpha of the bitmap (QImage::Format_RGBA8888).
+MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<RgbaBytes>& bitmap);
+/// Linear colours to an 8-bit image with straight alpha; `toDisplay` applies the display power law (1 / 2.2) first,
+/// otherwise the components are taken as they are. Components are clamped to [0, 1].
+MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<Rgb>& bitmap, bool toDisplay);
+
+/// A rich-text tooltip: a bold title line, the text line by line, and an optional shortcut line. A text that already
+/// went through formatToolTip comes out unchanged.
+MARLIXLIBQT_EXPORT QString formatToolTip(const QString& title, const QString& text, const QString& shortcut = {});
+/// The tooltip text as the user would see it over `widget`, as an image (for help pages and drag previews).
+MARLIXLIBQT_EXPORT QPixmap renderToolTipToPixmap(const QString& toolTip, const QWidget& widget);
+
+/// A sentence for the user: trimmed, first letter upper case, closed by a period; "%1" is replaced by `value`
+/// (or ": value" is appended when there is no placeholder).
+MARLIXLIBQT_EXPORT QString formatUiMessage(StringView message, Optional<double> value = {});
+/// The text between typographic double quotes (U+201C and U+201D).
+MARLIXLIBQT_EXPORT QString getQuoted(const QString& text);
+/// Every word starts upper case, except short joining words inside the text ("Depth of Field").
+MARLIXLIBQT_EXPORT QString toTitleCase(const QString& text);
+/// "lightIntensity" and "light_intensity" become "Light intensity"; acronyms and numbers stay ("Base URL 2").
+MARLIXLIBQT_EXPORT QString propertyNameToReadableName(QString name);
+
+/// Removes and deletes every item of the layout, with the widgets and nested layouts in it. Do not call it from a
+/// handler of a widget inside the layout.
+MARLIXLIBQT_EXPORT void clearLayout(QLayout* layout);
+/// The same for `count` items from index `first`; a range outside the layout stops without changing it.
+MARLIXLIBQT_EXPORT void clearLayout(QLayout* layout, int first, int count);
+/// Makes `child` the only content of `parent`, filling it without margins; returns `child`.
+MARLIXLIBQT_EXPORT QWidget* addSingleWidget(QWidget* parent, QWidget* child);
+/// Unpolishes and polishes a widget and all its descendants with `style` (the widget's own when null).
+MARLIXLIBQT_EXPORT void forcePolishStyleRecursive(QWidget* widget, QStyle* style);
+
+/// True when a widget's painter draws somewhere else than the widget's window, as QWidget::grab and render do.
+MARLIXLIBQT_EXPORT bool isPainterRedirected(const QPainter& painter);
+/// The mouse buttons that are down now, also when this application has not seen the press.
+MARLIXLIBQT_EXPORT Qt::MouseButtons queryMouseButtons();
+
+/// A native window of the windowing system (an HWND on Windows, a window number elsewhere).
+using WindowHandle = void*;
+/// The native handle of a Qt window id (QWidget::winId).
+MARLIXLIBQT_EXPORT WindowHandle getNativeHandleFromQt(std::uint64_t winId);
+/// Makes `owner` the owner of `window`: the window stays above it and is minimised with it.
+MARLIXLIBQT_EXPORT void setOwnerFromNativeHandleQt(WindowHandle window, WindowHandle owner);
 
 } // namespace Marlix

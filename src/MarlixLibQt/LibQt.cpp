@@ -1,0 +1,481 @@
+#include <MarlixLibQt/LibQt.h>
+
+#include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+
+#include <MarlixLib/Lib.h>
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/data/TypeDatabase.h>
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QFile>
+#include <QFont>
+#include <QKeyEvent>
+#include <QLoggingCategory>
+#include <QMetaType>
+#include <QOpenGLContext>
+#include <QSurfaceFormat>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+#include <atomic>
+#include <filesystem>
+#include <mutex>
+
+namespace Marlix::LibQt {
+
+namespace {
+
+Q_LOGGING_CATEGORY(libQtLog, "marlix.libqt")
+
+constexpr double APPLICATION_FONT_POINT_SIZE = 9.0;
+constexpr qint64 STARTUP_TIME_LIMIT_MS = 1000;
+constexpr const char* PLUGIN_FOLDER_NAME = "QtPlugins";
+constexpr Qt::KeyboardModifiers MODIFIER_KEYS
+    = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier | Qt::GroupSwitchModifier;
+
+/// Reports a step that took longer than it should, so slow start-ups show up in the log of the host.
+class ScopedTimer
+{
+public:
+    ScopedTimer(const char* name, qint64 limitMs)
+        : name(name)
+        , limitMs(limitMs)
+    {
+        timer.start();
+    }
+    ~ScopedTimer()
+    {
+        if (const qint64 elapsed = timer.elapsed(); elapsed > limitMs)
+            qCWarning(libQtLog, "%s took %lld ms (more than %lld ms)", name, elapsed, limitMs);
+    }
+    ScopedTimer(const ScopedTimer&) = delete;
+    ScopedTimer& operator=(const ScopedTimer&) = delete;
+
+private:
+    const char* name;
+    qint64 limitMs;
+    QElapsedTimer timer;
+};
+
+/// The command line of an application the library creates: Qt keeps referring to it, so it lives as long as the
+/// application.
+struct ApplicationArguments
+{
+    Stack<QByteArray> texts;
+    Array<char*> pointers;
+    int count = 0;
+
+    void add(QByteArray text)
+    {
+        texts.push_back(std::move(text));
+        pointers.clear();
+        for (QByteArray& t : texts)
+            pointers.push_back(t.data());
+        pointers.push_back(nullptr);
+        count = int(texts.size());
+    }
+};
+
+CallbackList<QFlags<Qt::KeyboardModifier>>& modifierObservers()
+{
+    static CallbackList<QFlags<Qt::KeyboardModifier>> observers;
+    return observers;
+}
+
+// Only touched on the GUI thread, where the modifier events arrive.
+Qt::KeyboardModifiers lastModifiers;
+
+void publishModifiers(Qt::KeyboardModifiers modifiers)
+{
+    modifiers &= MODIFIER_KEYS;
+    if (modifiers == lastModifiers)
+        return;
+    lastModifiers = modifiers;
+    // An exception must not unwind through Qt's event delivery or the system's message dispatch.
+    try {
+        modifierObservers().call(modifiers);
+    } catch (const std::exception& error) {
+        qCWarning(libQtLog, "A modifier keys observer failed: %s", error.what());
+    } catch (...) {
+        qCWarning(libQtLog, "A modifier keys observer failed");
+    }
+}
+
+#ifdef Q_OS_WIN
+HHOOK messageHook = nullptr;
+
+Qt::KeyboardModifiers queryWindowsModifiers()
+{
+    Qt::KeyboardModifiers modifiers;
+    if (GetKeyState(VK_SHIFT) < 0)
+        modifiers |= Qt::ShiftModifier;
+    if (GetKeyState(VK_CONTROL) < 0)
+        modifiers |= Qt::ControlModifier;
+    if (GetKeyState(VK_MENU) < 0)
+        modifiers |= Qt::AltModifier;
+    if (GetKeyState(VK_LWIN) < 0 || GetKeyState(VK_RWIN) < 0)
+        modifiers |= Qt::MetaModifier;
+    return modifiers;
+}
+
+// Sees every message the GUI thread takes from its queue, also those a native child window or a modal system dialog
+// handles without Qt.
+LRESULT CALLBACK getMessageHook(int code, WPARAM wParam, LPARAM lParam)
+{
+    if (code == HC_ACTION && wParam == PM_REMOVE) {
+        switch (reinterpret_cast<const MSG*>(lParam)->message) {
+        case WM_KEYDOWN:
+        case WM_KEYUP:
+        case WM_SYSKEYDOWN:
+        case WM_SYSKEYUP:
+        case WM_ACTIVATEAPP:
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+            publishModifiers(queryWindowsModifiers());
+            break;
+        default:
+            break;
+        }
+    }
+    return CallNextHookEx(messageHook, code, wParam, lParam);
+}
+#else
+/// Feeds the modifier observers from the application's own input: key events tell which modifier went down or up;
+/// focus and activation changes ask the platform, since keys may have changed while another application had them.
+class ModifierKeysFilter final : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            publishModifiers(modifiersAfter(*static_cast<const QKeyEvent*>(event)));
+            break;
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::Wheel:
+            publishModifiers(static_cast<const QInputEvent*>(event)->modifiers());
+            break;
+        case QEvent::ApplicationStateChange:
+        case QEvent::WindowActivate:
+        case QEvent::WindowDeactivate:
+        case QEvent::FocusIn:
+            publishModifiers(QGuiApplication::queryKeyboardModifiers());
+            break;
+        default:
+            break;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    // Platforms differ in whether the event of a modifier key carries the state before or after it: the key decides.
+    static Qt::KeyboardModifiers modifiersAfter(const QKeyEvent& event)
+    {
+        Qt::KeyboardModifiers modifiers = event.modifiers();
+        Qt::KeyboardModifier own = Qt::NoModifier;
+        switch (event.key()) {
+        case Qt::Key_Shift:
+            own = Qt::ShiftModifier;
+            break;
+        case Qt::Key_Control:
+            own = Qt::ControlModifier;
+            break;
+        case Qt::Key_Alt:
+            own = Qt::AltModifier;
+            break;
+        case Qt::Key_Meta:
+            own = Qt::MetaModifier;
+            break;
+        case Qt::Key_AltGr:
+            own = Qt::GroupSwitchModifier;
+            break;
+        default:
+            return modifiers;
+        }
+        modifiers.setFlag(own, event.type() == QEvent::KeyPress);
+        return modifiers;
+    }
+};
+#endif
+
+struct State
+{
+    std::atomic<std::int32_t> startCount { 0 };
+    bool starting = false;
+    bool coreStarted = false;
+    bool typesRegistered = false;
+    UniquePtr<ApplicationArguments> arguments;
+    UniquePtr<QCoreApplication> ownedApplication;
+#ifndef Q_OS_WIN
+    UniquePtr<ModifierKeysFilter> modifierFilter;
+#endif
+};
+
+State& state()
+{
+    static State s;
+    return s;
+}
+
+std::atomic<bool> eventLoopRunning { false };
+
+Io::Path currentExecutablePath()
+{
+#ifdef Q_OS_WIN
+    wchar_t buffer[32768];
+    const DWORD length = GetModuleFileNameW(nullptr, buffer, DWORD(std::size(buffer)));
+    if (length > 0 && length < std::size(buffer))
+        return Io::Path(std::wstring(buffer, length));
+#else
+    std::error_code error;
+    if (Io::Path path = std::filesystem::read_symlink("/proc/self/exe", error); !error)
+        return path;
+#endif
+    return Io::Path("marlix");
+}
+
+// The folder of this library's binary: its own Qt plug-ins are installed beside it.
+Io::Path libraryFolder()
+{
+#ifdef Q_OS_WIN
+    HMODULE module = nullptr;
+    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           reinterpret_cast<LPCWSTR>(&libraryFolder), &module)) {
+        wchar_t buffer[32768];
+        const DWORD length = GetModuleFileNameW(module, buffer, DWORD(std::size(buffer)));
+        if (length > 0 && length < std::size(buffer))
+            return Io::Path(std::wstring(buffer, length)).parent_path();
+    }
+#else
+    Dl_info info {};
+    if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) && info.dli_fname)
+        return Io::Path(info.dli_fname).parent_path();
+#endif
+    return {};
+}
+
+QString pathToQt(const Io::Path& path)
+{
+    const std::u8string text = path.u8string();
+    return QString::fromUtf8(reinterpret_cast<const char*>(text.data()), qsizetype(text.size()));
+}
+
+void installModifierTracking()
+{
+    lastModifiers = QGuiApplication::queryKeyboardModifiers() & MODIFIER_KEYS;
+#ifdef Q_OS_WIN
+    if (!messageHook)
+        messageHook = SetWindowsHookExW(WH_GETMESSAGE, getMessageHook, nullptr, GetCurrentThreadId());
+    if (!messageHook)
+        qCWarning(libQtLog, "The modifier keys hook could not be installed (error %lu)", GetLastError());
+#else
+    State& s = state();
+    if (!s.modifierFilter) {
+        s.modifierFilter = std::make_unique<ModifierKeysFilter>();
+        QCoreApplication::instance()->installEventFilter(s.modifierFilter.get());
+    }
+#endif
+}
+
+void removeModifierTracking()
+{
+#ifdef Q_OS_WIN
+    if (messageHook)
+        UnhookWindowsHookEx(std::exchange(messageHook, nullptr));
+#else
+    State& s = state();
+    if (s.modifierFilter) {
+        if (QCoreApplication* application = QCoreApplication::instance())
+            application->removeEventFilter(s.modifierFilter.get());
+        s.modifierFilter.reset();
+    }
+#endif
+    lastModifiers = {};
+}
+
+void createApplication(const String& applicationName, ApplicationType type, Flags<Attribute> attributes,
+                       const Optional<Io::Path>& executablePath)
+{
+    State& s = state();
+    auto arguments = std::make_unique<ApplicationArguments>();
+    arguments->add(QFile::encodeName(pathToQt(executablePath.value_or(currentExecutablePath()))));
+    if (type == ApplicationType::Gui) {
+        QCoreApplication::setAttribute(Qt::AA_PluginApplication, !attributes.has(Attribute::StandaloneApplication));
+        QCoreApplication::setAttribute(attributes.has(Attribute::SoftwareOpenGl) ? Qt::AA_UseSoftwareOpenGL
+                                                                                 : Qt::AA_UseDesktopOpenGL);
+        const Io::Path plugins = libraryFolder() / PLUGIN_FOLDER_NAME;
+        std::error_code error;
+        if (!plugins.parent_path().empty() && std::filesystem::is_directory(plugins, error)) {
+            const QString folder = pathToQt(plugins);
+            QCoreApplication::addLibraryPath(folder);
+            arguments->add(QByteArrayLiteral("-platformpluginpath"));
+            arguments->add(QFile::encodeName(folder));
+        }
+        QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
+        s.ownedApplication = std::make_unique<QApplication>(arguments->count, arguments->pointers.data());
+        if (!attributes.has(Attribute::KeepPlatformStyle))
+            QApplication::setStyle(new MarlixOriginalStyle);
+        if (!attributes.has(Attribute::KeepPlatformFont)) {
+            QFont font = QApplication::font();
+            font.setPointSizeF(APPLICATION_FONT_POINT_SIZE);
+            QApplication::setFont(font);
+        }
+    } else {
+        s.ownedApplication = std::make_unique<QCoreApplication>(arguments->count, arguments->pointers.data());
+    }
+    s.arguments = std::move(arguments);
+    QCoreApplication::setOrganizationName(QString::fromLatin1(ORGANIZATION_NAME));
+    QCoreApplication::setApplicationName(toQt(applicationName));
+}
+
+void lastStop()
+{
+    State& s = state();
+    removeModifierTracking();
+    if (s.ownedApplication) {
+        s.ownedApplication.reset(); // takes the style with it
+        s.arguments.reset();
+    }
+    if (std::exchange(s.typesRegistered, false))
+        unregisterDataTypes();
+    if (std::exchange(s.coreStarted, false))
+        Lib::shutdown();
+}
+
+void firstStart(const String& applicationName, ApplicationType type, Flags<Attribute> attributes,
+                const Optional<Io::Path>& executablePath)
+{
+    State& s = state();
+    try {
+        Lib::startup();
+        s.coreStarted = true;
+        // A host that registered the library's types itself keeps that registration.
+        if (!TypeDatabase::instance().isModuleRegistered(getDataTypesRecord().getModuleName())) {
+            registerDataTypes();
+            s.typesRegistered = true;
+        }
+        if (!QCoreApplication::instance())
+            createApplication(applicationName, type, attributes, executablePath);
+        if (qobject_cast<QGuiApplication*>(QCoreApplication::instance())
+            && !attributes.has(Attribute::NoModifierKeysTracking))
+            installModifierTracking();
+        qRegisterMetaType<String>("String");
+    } catch (...) {
+        lastStop(); // a failed start leaves nothing behind
+        throw;
+    }
+}
+
+} // namespace
+
+void startup(const String& applicationName, ApplicationType type, Flags<Attribute> attributes,
+             Optional<Io::Path> executablePath)
+{
+    const ScopedTimer timer("Marlix::LibQt::startup", STARTUP_TIME_LIMIT_MS);
+    State& s = state();
+    if (s.starting)
+        Detail::throwStopException("LibQt", __LINE__); // called again from inside its own first start
+    s.starting = true;
+    try {
+        if (s.startCount.load() == 0)
+            firstStart(applicationName, type, attributes, executablePath);
+    } catch (...) {
+        s.starting = false;
+        throw;
+    }
+    s.startCount.fetch_add(1);
+    s.starting = false;
+}
+
+void shutdown()
+{
+    State& s = state();
+    if (s.startCount.load() <= 0 || s.starting)
+        Detail::throwStopException("LibQt", __LINE__);
+    if (s.startCount.load() == 1)
+        lastStop();
+    s.startCount.fetch_sub(1);
+}
+
+bool isStarted()
+{
+    return state().startCount.load() > 0;
+}
+
+int runEventLoop()
+{
+    if (!QCoreApplication::instance())
+        Detail::throwStopException("LibQt", __LINE__);
+    struct RunningFlag
+    {
+        RunningFlag() { eventLoopRunning.exchange(true); }
+        ~RunningFlag() { eventLoopRunning.exchange(false); }
+    } running;
+    return QCoreApplication::exec();
+}
+
+bool isEventLoopRunning()
+{
+    return eventLoopRunning.load();
+}
+
+bool hasOpenGl()
+{
+    static std::mutex mutex;
+    static Optional<bool> available;
+    const std::lock_guard lock(mutex);
+    if (available)
+        return *available;
+    // Without a GUI application there is nothing to probe yet; the answer is not kept, so a later call probes.
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        return false;
+    QOpenGLContext context;
+    available = context.create();
+    return *available;
+}
+
+void setDefaultOpenGlParameters(int samples, int stencilBufferSize)
+{
+    if (samples < 0 || stencilBufferSize < 0)
+        throw Exception("The multisample count and the stencil buffer size cannot be negative.");
+    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+    format.setSamples(samples);
+    format.setStencilBufferSize(stencilBufferSize);
+    QSurfaceFormat::setDefaultFormat(format);
+}
+
+const TypeModuleRecord& getDataTypesRecord()
+{
+    // The library's editors add the value types they bring here.
+    static const TypeModuleRecord record("MarlixLibQt");
+    return record;
+}
+
+void registerDataTypes()
+{
+    TypeDatabase::instance().registerModuleTypes(getDataTypesRecord());
+}
+
+void unregisterDataTypes()
+{
+    TypeDatabase::instance().unregisterModuleTypes(getDataTypesRecord());
+}
+
+CallbackLifetime addModifierKeysObserver(Function<void(QFlags<Qt::KeyboardModifier>)> observer)
+{
+    if (!observer)
+        Detail::throwStopException("LibQt", __LINE__);
+    return modifierObservers().add(std::move(observer));
+}
+
+} // namespace Marlix::LibQt
