@@ -1,20 +1,16 @@
-#include <MarlixLibQt/styles/MarlixStyle.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/styles/MarlixStyle.h>
 
 #include <QApplication>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QMetaMethod>
 #include <QPainter>
-#include <QScreen>
 #include <QStyleOption>
-#include <QWindow>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Marlix {
 
@@ -26,19 +22,6 @@ constexpr int ROW_HEIGHT_EXTRA = 9;
 constexpr int TOOLTIP_PADDING = 1;
 constexpr int TOOLTIP_FORMAT_COLUMNS = 40;
 constexpr int DRAG_HOVER_OUTLINE_WIDTH = 2;
-
-int dip(double value, const QWidget* widget)
-{
-    QScreen* screen = nullptr;
-    if (widget) {
-        if (const QWidget* window = widget->window(); window && window->windowHandle())
-            screen = window->windowHandle()->screen();
-    }
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    const double factor = screen ? screen->logicalDotsPerInch() / 96.0 : 1.0;
-    return static_cast<int>(std::lround(value * factor));
-}
 
 bool isColorSlider(const QWidget* widget)
 {
@@ -105,8 +88,8 @@ void MarlixStyle::unpolish(QApplication* application)
     QProxyStyle::unpolish(application);
 }
 
-void MarlixStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                                const QWidget* widget) const
+void MarlixStyle::drawPrimitive(
+    PrimitiveElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     switch (element) {
     case PE_PanelButtonTool:
@@ -148,8 +131,8 @@ void MarlixStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
     }
 }
 
-void MarlixStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
-                                     const QWidget* widget) const
+void MarlixStyle::drawComplexControl(
+    ComplexControl control, const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const
 {
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (control == CC_SpinBox || control == CC_ComboBox)
@@ -157,7 +140,7 @@ void MarlixStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
 }
 
 void MarlixStyle::drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette, bool enabled,
-                               const QString& text, QPalette::ColorRole textRole) const
+    const QString& text, QPalette::ColorRole textRole) const
 {
     const QWidget* widget = paintedWidget(painter);
     if (!widget || text.isEmpty()) {
@@ -176,8 +159,8 @@ void MarlixStyle::drawItemText(QPainter* painter, const QRect& rect, int flags, 
     QProxyStyle::drawItemText(painter, rect, flags, palette, enabled, text, textRole);
 }
 
-QRect MarlixStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl subControl,
-                                  const QWidget* widget) const
+QRect MarlixStyle::subControlRect(
+    ComplexControl control, const QStyleOptionComplex* option, SubControl subControl, const QWidget* widget) const
 {
     // A colour slider's handle marks the exact colour under it: centred on the position, as tall as the slider.
     if (control == CC_Slider && isColorSlider(widget)) {
@@ -189,8 +172,8 @@ QRect MarlixStyle::subControlRect(ComplexControl control, const QStyleOptionComp
                 const int length = proxy()->pixelMetric(PM_SliderLength, option, widget);
                 const bool horizontal = slider->orientation == Qt::Horizontal;
                 const int span = horizontal ? r.width() : r.height();
-                const int pos = sliderPositionFromValue(slider->minimum, slider->maximum, slider->sliderPosition,
-                                                        span, slider->upsideDown);
+                const int pos = sliderPositionFromValue(
+                    slider->minimum, slider->maximum, slider->sliderPosition, span, slider->upsideDown);
                 return horizontal ? QRect(r.x() + pos - length / 2, r.y(), length, r.height())
                                   : QRect(r.x(), r.y() + pos - length / 2, r.width(), length);
             }
@@ -199,14 +182,14 @@ QRect MarlixStyle::subControlRect(ComplexControl control, const QStyleOptionComp
     return QProxyStyle::subControlRect(control, option, subControl, widget);
 }
 
-QSize MarlixStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                                    const QWidget* widget) const
+QSize MarlixStyle::sizeFromContents(
+    ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const
 {
     return adjustContentsSize(type, option, QProxyStyle::sizeFromContents(type, option, size, widget), widget);
 }
 
-QSize MarlixStyle::adjustContentsSize(ContentsType type, const QStyleOption* option, const QSize& size,
-                                      const QWidget* widget) const
+QSize MarlixStyle::adjustContentsSize(
+    ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const
 {
     switch (type) {
     case CT_LineEdit:
@@ -247,7 +230,7 @@ int MarlixStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, con
         return QProxyStyle::pixelMetric(metric, option, widget) + 1;
     case PM_SliderLength:
         if (isColorSlider(widget))
-            return dip(COLOR_SLIDER_HANDLE_LENGTH, widget);
+            return getDeviceIndependentPixels(COLOR_SLIDER_HANDLE_LENGTH, widget);
         break;
     case PM_SliderThickness:
         if (isColorSlider(widget))
@@ -259,8 +242,8 @@ int MarlixStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, con
     return QProxyStyle::pixelMetric(metric, option, widget);
 }
 
-int MarlixStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                           QStyleHintReturn* returnData) const
+int MarlixStyle::styleHint(
+    StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returnData) const
 {
     switch (static_cast<unsigned int>(hint)) {
     case SH_UnifyLabelColumnWidth:
@@ -298,7 +281,8 @@ bool MarlixStyle::eventFilter(QObject* object, QEvent* event)
     if (event->type() == QEvent::Resize && object->isWidgetType() && object->inherits("QTipLabel")
         && toolTipResizeDepth.load() == 0) {
         // Resizing the label sends another resize event to this filter; the counter cuts that loop.
-        struct Guard {
+        struct Guard
+        {
             std::atomic<int>& depth;
             explicit Guard(std::atomic<int>& d)
                 : depth(d)
@@ -347,12 +331,12 @@ bool MarlixStyle::isPropertySheetItem(const QWidget* widget)
     return cornerWidgetOf(parent) != widget;
 }
 
-void MarlixStyle::drawDragHoveredOutline(const QRect& rect, const QStyleOption* option, QPainter* painter,
-                                         const QWidget* widget) const
+void MarlixStyle::drawDragHoveredOutline(
+    const QRect& rect, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
 {
     if (!isDragHovered(widget))
         return;
-    const int width = std::max(1, dip(DRAG_HOVER_OUTLINE_WIDTH, widget));
+    const int width = std::max(1, getDeviceIndependentPixels(DRAG_HOVER_OUTLINE_WIDTH, widget));
     painter->save();
     QPen pen(option->palette.color(QPalette::Active, QPalette::Highlight), width);
     pen.setJoinStyle(Qt::MiterJoin);
@@ -373,9 +357,13 @@ void MarlixStyle::drawBranchLines(const QStyleOption* option, QPainter* painter)
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setPen(QPen(color, 1));
+    // Lines stop short of the expand arrow that the base style draws in the middle.
+    const int gap = (option->state & State_Children) ? std::max(2, std::min(r.width(), r.height()) / 2 - 1) : 0;
     if (option->state & State_Item) {
-        painter->drawLine(midX, midY, r.right(), midY);
-        painter->drawLine(midX, r.top(), midX, (option->state & State_Sibling) ? r.bottom() : midY);
+        painter->drawLine(midX + gap, midY, r.right(), midY);
+        painter->drawLine(midX, r.top(), midX, midY - gap);
+        if (option->state & State_Sibling)
+            painter->drawLine(midX, midY + gap, midX, r.bottom());
     } else if (option->state & State_Sibling) {
         painter->drawLine(midX, r.top(), midX, r.bottom());
     }

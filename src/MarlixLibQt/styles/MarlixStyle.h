@@ -17,7 +17,8 @@ class MARLIXLIBQT_EXPORT MarlixStyle : public QProxyStyle
 
 public:
     /// Hints the library's widgets ask through `styleHint`; a host changes them by installing a subclass.
-    enum CustomStyleHint : unsigned int {
+    enum CustomStyleHint : unsigned int
+    {
         SH_UnifyLabelColumnWidth = SH_CustomBase + 1,
         SH_InstallPropertyControllerPin = SH_CustomBase + 2,
         SH_InstallPropertyControllerHandler = SH_CustomBase + 3,
@@ -26,7 +27,8 @@ public:
     };
 
     /// Metrics the library's widgets ask through `pixelMetric`.
-    enum CustomPixelMetric : unsigned int {
+    enum CustomPixelMetric : unsigned int
+    {
         PM_PropertySheetRowHeight = PM_CustomBase + 1,
         PM_ToolTipMaximumWidth = PM_CustomBase + 2,
         PM_ToolTipPadding = PM_CustomBase + 3,
@@ -35,7 +37,8 @@ public:
 
     /// Bits of "Zorva.PropertyControllerState" that the animation overlay tells apart; other bits draw the
     /// generic marker. The value must convert to an unsigned integer through QVariant.
-    enum ControllerStateBit : unsigned int {
+    enum ControllerStateBit : unsigned int
+    {
         ControllerStateControlled = 0x1,
         ControllerStateOverridden = 0x2,
         ControllerStateMixed = 0x4,
@@ -52,30 +55,30 @@ public:
     using QProxyStyle::unpolish;
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                       const QWidget* widget = nullptr) const override;
+        const QWidget* widget = nullptr) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
-                            const QWidget* widget = nullptr) const override;
+        const QWidget* widget = nullptr) const override;
     void drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette, bool enabled,
-                      const QString& text, QPalette::ColorRole textRole = QPalette::NoRole) const override;
+        const QString& text, QPalette::ColorRole textRole = QPalette::NoRole) const override;
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl subControl,
-                         const QWidget* widget) const override;
-    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                           const QWidget* widget) const override;
-    int pixelMetric(PixelMetric metric, const QStyleOption* option = nullptr,
-                    const QWidget* widget = nullptr) const override;
+        const QWidget* widget) const override;
+    QSize sizeFromContents(
+        ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const override;
+    int pixelMetric(
+        PixelMetric metric, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
-                  QStyleHintReturn* returnData = nullptr) const override;
+        QStyleHintReturn* returnData = nullptr) const override;
 
     /// Cursors are not part of this style; asking for one is a programming error and stops with the unit's name.
-    virtual QCursor standardCursor(Qt::CursorShape shape, const QStyleOption* option = nullptr,
-                                   const QWidget* widget = nullptr) const;
+    virtual QCursor standardCursor(
+        Qt::CursorShape shape, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const;
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
     /// The size of a property-sheet editor: the height of a row less a pixel above and below, so editors of
     /// different kinds line up in the sheet. Other widgets keep `size`.
-    virtual QSize adjustContentsSize(ContentsType type, const QStyleOption* option, const QSize& size,
-                                     const QWidget* widget) const;
+    virtual QSize adjustContentsSize(
+        ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const;
 
     /// True for a direct child of a `Collapsible` section that is a property editor: not a nested section, a
     /// menu, a `PropertyControllerPin` nor the section's corner widget.
@@ -83,8 +86,8 @@ public:
 
 protected:
     /// Draws the marker of a drag hovering over `widget` ("Zorva.DragHovered") inside `rect`.
-    void drawDragHoveredOutline(const QRect& rect, const QStyleOption* option, QPainter* painter,
-                                const QWidget* widget) const;
+    void drawDragHoveredOutline(
+        const QRect& rect, const QStyleOption* option, QPainter* painter, const QWidget* widget) const;
     /// Connecting lines of a tree branch, for views that carry "Zorva.ShowBranches" true.
     void drawBranchLines(const QStyleOption* option, QPainter* painter) const;
 

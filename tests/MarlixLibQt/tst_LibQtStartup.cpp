@@ -1,0 +1,148 @@
+#include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+
+#include <MarlixLib/Lib.h>
+#include <MarlixLib/data/TypeDatabase.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QStyle>
+#include <QTest>
+#include <QWidget>
+
+using namespace Marlix;
+
+/// Start-up in a process without a Qt application: the library makes it, and the last shutdown takes it away.
+class tst_LibQtStartup : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup();
+    void firstStartCreatesTheApplication();
+    void lastShutdownDeletesTheApplication();
+    void coreApplicationHasNoWidgets();
+    void attributesChangeTheFirstStart_data();
+    void attributesChangeTheFirstStart();
+    void startsAgainAfterAFullStop();
+};
+
+void tst_LibQtStartup::cleanup()
+{
+    while (LibQt::isStarted())
+        LibQt::shutdown();
+    QVERIFY(!QCoreApplication::instance());
+}
+
+void tst_LibQtStartup::firstStartCreatesTheApplication()
+{
+    QVERIFY(!QCoreApplication::instance());
+
+    LibQt::startup("Startup test");
+
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    QVERIFY(application);
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Startup test"));
+    QCOMPARE(QCoreApplication::organizationName(), QString::fromLatin1(LibQt::ORGANIZATION_NAME));
+    QVERIFY(qobject_cast<MarlixOriginalStyle*>(QApplication::style()));
+    QCOMPARE(QApplication::font().pointSizeF(), 9.0);
+    QCOMPARE(QGuiApplication::highDpiScaleFactorRoundingPolicy(),
+             Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
+    QVERIFY(QCoreApplication::testAttribute(Qt::AA_PluginApplication));
+    QVERIFY(!QCoreApplication::arguments().isEmpty());
+    QCOMPARE(QMetaType::fromName("String"), QMetaType::fromType<String>());
+    QVERIFY(TypeDatabase::instance().isModuleRegistered(LibQt::getDataTypesRecord().getModuleName()));
+
+    // The modifier keys are watched from the first start on.
+    QWidget target;
+    QList<Qt::KeyboardModifiers> seen;
+    const CallbackLifetime lifetime = LibQt::addModifierKeysObserver([&](Qt::KeyboardModifiers m) { seen.append(m); });
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Control, Qt::NoModifier);
+    QApplication::sendEvent(&target, &press);
+    QCOMPARE(seen, QList<Qt::KeyboardModifiers> { Qt::ControlModifier });
+}
+
+void tst_LibQtStartup::lastShutdownDeletesTheApplication()
+{
+    LibQt::startup("Nested");
+    const QPointer<QCoreApplication> application = QCoreApplication::instance();
+    const QPointer<QStyle> style = QApplication::style();
+
+    LibQt::startup("Nested inner");
+    QCOMPARE(QCoreApplication::instance(), application.data());
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Nested")); // only the first start names it
+
+    LibQt::shutdown();
+    QVERIFY(application);
+    QVERIFY(LibQt::isStarted());
+
+    LibQt::shutdown();
+    QVERIFY(!application);
+    QVERIFY(!style);
+    QVERIFY(!QCoreApplication::instance());
+    QVERIFY(!LibQt::isStarted());
+    QVERIFY(!Lib::isStarted());
+    QVERIFY(!TypeDatabase::instance().isModuleRegistered(LibQt::getDataTypesRecord().getModuleName()));
+}
+
+void tst_LibQtStartup::coreApplicationHasNoWidgets()
+{
+    LibQt::startup("Tool", LibQt::ApplicationType::Core);
+
+    QVERIFY(QCoreApplication::instance());
+    QVERIFY(!qobject_cast<QGuiApplication*>(QCoreApplication::instance()));
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Tool"));
+    QCOMPARE(QMetaType::fromName("String"), QMetaType::fromType<String>());
+}
+
+void tst_LibQtStartup::attributesChangeTheFirstStart_data()
+{
+    QTest::addColumn<int>("attributes");
+    QTest::addColumn<bool>("libraryStyle");
+    QTest::addColumn<bool>("pluginApplication");
+    QTest::addColumn<bool>("modifiersWatched");
+
+    using A = LibQt::Attribute;
+    QTest::newRow("none") << 0 << true << true << true;
+    QTest::newRow("platform style") << int(A::KeepPlatformStyle) << false << true << true;
+    QTest::newRow("standalone") << int(A::StandaloneApplication) << true << false << true;
+    QTest::newRow("no modifier tracking") << int(A::NoModifierKeysTracking) << true << true << false;
+}
+
+void tst_LibQtStartup::attributesChangeTheFirstStart()
+{
+    QFETCH(int, attributes);
+    QFETCH(bool, libraryStyle);
+    QFETCH(bool, pluginApplication);
+    QFETCH(bool, modifiersWatched);
+
+    LibQt::startup("Attributes", LibQt::ApplicationType::Gui,
+                   Flags<LibQt::Attribute>::fromBits(std::uint32_t(attributes)));
+
+    QCOMPARE(qobject_cast<MarlixOriginalStyle*>(QApplication::style()) != nullptr, libraryStyle);
+    QCOMPARE(QCoreApplication::testAttribute(Qt::AA_PluginApplication), pluginApplication);
+    int calls = 0;
+    const CallbackLifetime lifetime = LibQt::addModifierKeysObserver([&](Qt::KeyboardModifiers) { ++calls; });
+    QWidget target;
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Shift, Qt::NoModifier);
+    QApplication::sendEvent(&target, &press);
+    QCOMPARE(calls > 0, modifiersWatched);
+}
+
+void tst_LibQtStartup::startsAgainAfterAFullStop()
+{
+    LibQt::startup("First life");
+    LibQt::shutdown();
+    LibQt::startup("Second life", LibQt::ApplicationType::Gui, {}, Io::Path("/opt/host/bin/second"));
+
+    QVERIFY(qobject_cast<QApplication*>(QCoreApplication::instance()));
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Second life"));
+    QCOMPARE(QCoreApplication::arguments().value(0), QStringLiteral("/opt/host/bin/second"));
+    QWidget window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+}
+
+QTEST_APPLESS_MAIN(tst_LibQtStartup)
+#include "tst_LibQtStartup.moc"
