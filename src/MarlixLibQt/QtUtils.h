@@ -27,6 +27,9 @@ class QWidget;
 
 namespace Marlix {
 
+class EntityClassInfo;
+class GenericProperty;
+
 /// How getDeviceIndependentPixels treats values that scaling would make vanish or that only matter on scaled screens.
 enum class DipValueHandling : std::uint8_t {
     /// A non-zero length never scales to 0: hairlines and one-pixel gaps stay visible on any screen.
@@ -90,6 +93,20 @@ MARLIXLIBQT_EXPORT QString getQuoted(const QString& text);
 MARLIXLIBQT_EXPORT QString toTitleCase(const QString& text);
 /// "lightIntensity" and "light_intensity" become "Light intensity"; acronyms and numbers stay ("Base URL 2").
 MARLIXLIBQT_EXPORT QString propertyNameToReadableName(QString name);
+
+/// Key of the display name a property definition may carry; without it the name is made readable from the property's
+/// own name.
+inline constexpr StringView UI_NAME_ATTRIBUTE = "Zorva.Ui.Name";
+/// Key of the description a property definition may carry instead of its definition's description.
+inline constexpr StringView UI_DESCRIPTION_ATTRIBUTE = "Zorva.Ui.Description";
+
+/// The label of a property in the property sheet.
+MARLIXLIBQT_EXPORT QString getPropertyUiName(const GenericProperty& property);
+/// The description of a property in the property sheet (its tooltip text).
+MARLIXLIBQT_EXPORT QString getPropertyUiDescription(const GenericProperty& property);
+/// The classes that the user can create where `base` is asked for: `base` and its registered descendants that have a
+/// factory (never the bare root class "Entity"), sorted by name. The list is made again on every call; the reference stays valid for the process.
+MARLIXLIBQT_EXPORT const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base);
 
 /// Removes and deletes every item of the layout, with the widgets and nested layouts in it. Do not call it from a
 /// handler of a widget inside the layout.

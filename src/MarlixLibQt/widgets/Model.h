@@ -7,6 +7,17 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/base/Polymorphic.h>
+#include <MarlixLib/color/Rgb.h>
+#include <MarlixLib/data/Entity.h>
+#include <MarlixLib/math/Dir.h>
+#include <MarlixLib/math/Pixel.h>
+#include <MarlixLib/math/Pos.h>
+#include <MarlixLib/math/PosRotScaleTm.h>
+#include <MarlixLib/math/Vector2.h>
+#include <MarlixLib/units/AngleUnit.h>
+#include <MarlixLib/units/LengthUnit.h>
+#include <MarlixLib/units/RadianceUnit.h>
+#include <MarlixLib/units/TimeUnit.h>
 
 #include <QList>
 #include <QPointF>
@@ -15,6 +26,7 @@
 #include <atomic>
 #include <concepts>
 #include <cstdint>
+#include <tuple>
 #include <utility>
 
 namespace Marlix::Widgets {
@@ -35,6 +47,9 @@ public:
     virtual void commitChange() = 0;
     virtual void revertChange() = 0;
 };
+
+/// The display units of a scene, edited as one value.
+using DisplayUnits = std::tuple<LengthUnit, AngleUnit, RadianceUnit, TimeUnit>;
 
 namespace Detail {
 /// Raises a depth counter for one scope; the counter is lowered again also when the scope is left by an exception.
@@ -190,7 +205,16 @@ private:
     X(QList<QString>)                                                                                                  \
     X(Marlix::Array<double>)                                                                                           \
     X(Marlix::Stack<bool>)                                                                                             \
-    X(Marlix::Stack<Marlix::String>)
+    X(Marlix::Stack<Marlix::String>)                                                                                   \
+    X(Marlix::Rgb)                                                                                                     \
+    X(Marlix::Vector2)                                                                                                 \
+    X(Marlix::Pixel)                                                                                                   \
+    X(Marlix::Pos)                                                                                                     \
+    X(Marlix::Dir)                                                                                                     \
+    X(Marlix::PosRotScaleTm)                                                                                           \
+    X(Marlix::EntityHandle)                                                                                            \
+    X(Marlix::EntityHolder<Marlix::Entity>)                                                                            \
+    X(Marlix::Widgets::DisplayUnits)
 
 #define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
     extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \
