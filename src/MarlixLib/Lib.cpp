@@ -1,6 +1,8 @@
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/data/CoreTypes.h>
+#include <MarlixLib/data/TypeDatabase.h>
 
 #include <cstdlib>
 #include <string_view>
@@ -15,6 +17,8 @@ int startCount = 0;
 void Lib::startup()
 {
     std::lock_guard lock(startMutex);
+    if (startCount == 0)
+        TypeDatabase::instance().registerModuleTypes(getCoreTypesRecord());
     ++startCount;
 }
 
@@ -23,7 +27,8 @@ void Lib::shutdown()
     std::lock_guard lock(startMutex);
     if (startCount == 0)
         Detail::throwStopException("Lib", __LINE__);
-    --startCount;
+    if (--startCount == 0)
+        TypeDatabase::instance().unregisterModuleTypes(getCoreTypesRecord());
 }
 
 bool Lib::isStarted()

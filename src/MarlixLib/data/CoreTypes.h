@@ -1,0 +1,15 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/data/TypeDatabase.h>
+
+namespace Marlix {
+
+/// The value types of the core itself, registered as one module by the first Lib::startup.
+MARLIXLIB_EXPORT const TypeModuleRecord& getCoreTypesRecord();
+
+/// Names under which the core registers its reference types.
+inline constexpr StringView ENTITY_REFERENCE_TYPE_NAME = "EntityReference";
+inline constexpr StringView ENTITY_REFERENCE_LIST_TYPE_NAME = "EntityReferenceList";
+
+} // namespace Marlix

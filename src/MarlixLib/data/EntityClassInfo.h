@@ -1,0 +1,84 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/base/Function.h>
+#include <MarlixLib/data/UserData.h>
+
+#include <cstddef>
+
+namespace Marlix {
+
+class Entity;
+class EntityClassInfo;
+class GroupLayout;
+
+namespace Detail {
+/// Where each group of a data object lives in its storage block; shared by all objects of one class.
+struct ObjectLayout
+{
+    struct Segment
+    {
+        SharedPtr<const GroupLayout> layout;
+        std::size_t offset = 0;
+        std::uint32_t firstIndex = 0;
+    };
+    Array<Segment> segments;
+    std::size_t size = 0;
+    std::size_t alignment = 1;
+    std::uint32_t propertyCount = 0;
+
+    static SharedPtr<const ObjectLayout> make(ArrayView<const SharedPtr<const GroupLayout>> layouts);
+};
+
+class EntityClassData
+{
+public:
+    String name;
+    SharedPtr<const EntityClassData> base;
+    Array<SharedPtr<const GroupLayout>> layouts;
+    Array<SharedPtr<const GroupLayout>> allLayouts;
+    SharedPtr<const ObjectLayout> objectLayout;
+    Function<SharedPtr<Entity>(const EntityClassInfo&)> factory;
+    UserData attributes;
+};
+} // namespace Detail
+
+/// An entity class: its name, base class, data groups and factory. A cheap value handle: copies name the same class.
+class MARLIXLIB_EXPORT EntityClassInfo
+{
+public:
+    using Factory = Function<SharedPtr<Entity>(const EntityClassInfo&)>;
+
+    /// The root class "Entity", without properties.
+    EntityClassInfo();
+    /// `layouts` are this class's own groups; the base's groups come first in every object.
+    EntityClassInfo(String name, const EntityClassInfo& base, Array<SharedPtr<const GroupLayout>> layouts, Factory factory,
+        UserData attributes = {});
+
+    static const EntityClassInfo& entityClass();
+
+    const String& getName() const { return data->name; }
+    /// The base class; empty for the root class.
+    Optional<EntityClassInfo> getBaseClass() const;
+    /// This class's own groups.
+    const Array<SharedPtr<const GroupLayout>>& getLayouts() const { return data->layouts; }
+    /// The groups of the base classes first, then this class's own.
+    const Array<SharedPtr<const GroupLayout>>& getAllLayouts() const { return data->allLayouts; }
+    const UserData& getAttributes() const { return data->attributes; }
+    /// True for this class and every class derived from it.
+    bool isBaseClassOf(const EntityClassInfo& other) const;
+    bool canCreate() const { return static_cast<bool>(data->factory); }
+    /// A new entity of this class with default values; an Exception for abstract classes.
+    SharedPtr<Entity> create() const;
+
+    bool operator==(const EntityClassInfo& other) const { return data == other.data; }
+    const SharedPtr<const Detail::ObjectLayout>& getObjectLayout() const { return data->objectLayout; }
+    const SharedPtr<const Detail::EntityClassData>& getData() const { return data; }
+    explicit EntityClassInfo(SharedPtr<const Detail::EntityClassData> data);
+
+private:
+    SharedPtr<const Detail::EntityClassData> data;
+};
+
+} // namespace Marlix

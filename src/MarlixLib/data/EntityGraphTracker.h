@@ -1,0 +1,55 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/data/Entity.h>
+
+#include <unordered_map>
+
+namespace Marlix {
+
+/// A scene: the entities it holds, in the order they were added, with lookup by identity and by class. Adding and
+/// removing is recorded in the undo action open on this thread and reported to the observers.
+class MARLIXLIB_EXPORT EntityGraphTracker
+{
+public:
+    using Observer = Function<void(ArrayView<const EntityHolder<Entity>> added, ArrayView<const EntityHolder<Entity>> removed)>;
+
+    EntityGraphTracker();
+    ~EntityGraphTracker();
+    EntityGraphTracker(const EntityGraphTracker&) = delete;
+    EntityGraphTracker& operator=(const EntityGraphTracker&) = delete;
+
+    /// An Exception for an empty holder or an entity already in the scene.
+    void addEntity(EntityHolder<Entity> entity);
+    /// False when the entity is not in the scene.
+    bool removeEntity(const Entity& entity);
+    /// Replaces the whole content in one change (not recorded for undo): loading a scene commits through it.
+    void replaceEntities(Array<EntityHolder<Entity>> entities);
+
+    bool contains(const Entity& entity) const { return indexById.contains(entity.getId()); }
+    std::size_t size() const { return entities.size(); }
+    bool isEmpty() const { return entities.empty(); }
+    const Array<EntityHolder<Entity>>& getEntities() const { return entities; }
+    EntityHolder<Entity> findEntity(std::uint64_t id) const;
+    /// The entities of `entityClass` and of the classes derived from it, in scene order.
+    Array<EntityHolder<Entity>> getEntitiesOfClass(const EntityClassInfo& entityClass) const;
+
+    CallbackLifetime addObserver(Observer observer);
+
+    /// Scenes are equal when they hold entities of the same classes with equal values in the same order, and their
+    /// references point at corresponding entities (or at the very same entity outside the scene).
+    bool isEquivalentTo(const EntityGraphTracker& other) const;
+
+private:
+    class MembershipRecord;
+    void insertUnrecorded(EntityHolder<Entity> entity, std::size_t position);
+    EntityHolder<Entity> eraseUnrecorded(const Entity& entity, std::size_t* position);
+
+    Array<EntityHolder<Entity>> entities;
+    std::unordered_map<std::uint64_t, std::size_t> indexById;
+    CallbackList<ArrayView<const EntityHolder<Entity>>, ArrayView<const EntityHolder<Entity>>> observers;
+    SharedPtr<EntityGraphTracker*> self;
+};
+
+} // namespace Marlix

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/data/Entity.h>
+#include <MarlixLib/data/GenericPropertyAccessor.h>
+
+namespace Marlix {
+
+/// The class an entity-reference property (or a list of references) accepts; empty for other properties.
+MARLIXLIB_EXPORT Optional<EntityClassInfo> getEntityClassAcceptedByProperty(const GenericProperty& property);
+MARLIXLIB_EXPORT Optional<EntityClassInfo> getEntityClassAcceptedByProperty(const GenericPropertyAccessor& accessor);
+
+/// The entity a reference property holds; empty for an empty reference and for other properties.
+MARLIXLIB_EXPORT EntityHolder<Entity> getEntityFromProperty(const GenericProperty& property);
+
+/// Every entity `entity` references directly, through single references and lists, nested data objects included.
+MARLIXLIB_EXPORT Array<EntityHolder<Entity>> getReferencedEntities(const Entity& entity);
+
+/// False when `parent` is `child` or can be reached from `child` through references: making `parent` reference
+/// `child` would then close a cycle.
+MARLIXLIB_EXPORT bool canAddChildrenWithoutCycles(const Entity& parent, const Entity& child);
+MARLIXLIB_EXPORT bool canAddChildrenWithoutCycles(const Entity& parent, ArrayView<const EntityHolder<Entity>> children);
+
+} // namespace Marlix

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/data/EntityClassInfo.h>
+#include <MarlixLib/data/GenericProperty.h>
+#include <MarlixLib/data/GroupLayout.h>
+
+#include <memory>
+#include <type_traits>
+
+namespace Marlix {
+
+/// How a dotted property path ("transform.position") resolves on a data object. Values 2 and above are errors.
+enum class PropertyPathStatus : std::uint8_t
+{
+    RootProperty = 0,
+    NestedProperty = 1,
+    DoesNotResolve = 2,
+    Malformed = 3,
+};
+
+constexpr bool isResolved(PropertyPathStatus status)
+{
+    return status == PropertyPathStatus::RootProperty || status == PropertyPathStatus::NestedProperty;
+}
+
+namespace Detail {
+struct ObserverTable;
+struct ResolvedProperty
+{
+    const PropertyDefinition* definition = nullptr;
+    void* storage = nullptr;
+    std::uint32_t rootIndex = 0;
+    PropertyPathStatus status = PropertyPathStatus::DoesNotResolve;
+};
+} // namespace Detail
+
+/// One value per property of its groups, in one storage block. Values change only through mutateProperty, which
+/// records the old value in the undo action open on this thread, writes, and then tells the observers. Observer
+/// storage exists only once somebody observes, so an unobserved object costs its values and a few pointers.
+class MARLIXLIB_EXPORT GenericDataObject : public std::enable_shared_from_this<GenericDataObject>
+{
+public:
+    explicit GenericDataObject(SharedPtr<const GroupLayout> layout);
+    explicit GenericDataObject(SharedPtr<const Detail::ObjectLayout> layout);
+    GenericDataObject(const GenericDataObject&) = delete;
+    GenericDataObject& operator=(const GenericDataObject&) = delete;
+    virtual ~GenericDataObject();
+
+    Array<SharedPtr<const GroupLayout>> getGroupLayouts() const;
+    std::uint32_t getPropertyCount() const { return layout->propertyCount; }
+    const PropertyDefinition& getPropertyDefinition(std::uint32_t index) const;
+    /// A read-only view of a root property.
+    GenericProperty getProperty(std::uint32_t index) const;
+    /// A read-only view of the property at `path`; an Exception when the path does not resolve.
+    GenericProperty getProperty(StringView path) const;
+    int indexOfProperty(StringView name) const;
+
+    PropertyPathStatus checkPropertyPath(StringView path) const;
+
+    /// Calls `reader` with the property at `path` and returns what it returns; an Exception when the path does not
+    /// resolve.
+    template <class Reader> decltype(auto) visitProperty(StringView path, Reader&& reader) const
+    {
+        const Detail::ResolvedProperty resolved = resolveOrThrow(path);
+        const GenericProperty property(const_cast<GenericDataObject&>(*this), *resolved.definition, resolved.storage,
+            resolved.rootIndex, false);
+        return std::forward<Reader>(reader)(property);
+    }
+
+    /// The one way to change a value: records the old value of the root property in the open undo action, calls
+    /// `writer` with the writable property, then tells the observers. When `writer` throws, nobody is told.
+    template <class Writer> decltype(auto) mutateProperty(StringView path, Writer&& writer)
+    {
+        const Detail::ResolvedProperty resolved = resolveOrThrow(path);
+        beginMutation(resolved.rootIndex);
+        GenericProperty property(*this, *resolved.definition, resolved.storage, resolved.rootIndex, true);
+        using Result = decltype(std::forward<Writer>(writer)(property));
+        if constexpr (std::is_void_v<Result>) {
+            std::forward<Writer>(writer)(property);
+            endMutation(resolved.rootIndex, path);
+        } else {
+            Result result = std::forward<Writer>(writer)(property);
+            endMutation(resolved.rootIndex, path);
+            return result;
+        }
+    }
+
+    /// Shorthand for a mutation that stores one value of exactly the property's type.
+    template <class T> void setPropertyValue(StringView path, const T& value)
+    {
+        mutateProperty(path, [&](GenericProperty& property) { property.set(value); });
+    }
+    template <class T> const T& getPropertyValue(StringView path) const { return getProperty(path).get<T>(); }
+
+    /// Called after a change of any property of this object.
+    CallbackLifetime addObserver(Function<void(const ObservedProperty&)> observer);
+    CallbackLifetime addPropertyObserver(std::uint32_t index, Function<void(const ObservedProperty&)> observer);
+    /// False until the first observer is added: unobserved objects carry no observer storage.
+    bool hasObserverStorage() const { return observers != nullptr; }
+    bool isPropertyObserved(std::uint32_t index) const;
+
+    /// True when both objects have the same groups and equal values (references compare by identity).
+    bool hasEqualValues(const GenericDataObject& other) const;
+    const SharedPtr<const Detail::ObjectLayout>& getObjectLayout() const { return layout; }
+
+    /// Writes a root property's value without recording it, then tells the observers. Undo and loading use it.
+    void restoreProperty(std::uint32_t index, const void* value);
+    const void* getPropertyData(std::uint32_t index) const;
+
+    Detail::ResolvedProperty resolve(StringView path) const;
+
+protected:
+    void copyValuesFrom(const GenericDataObject& other);
+
+private:
+    Detail::ResolvedProperty resolveOrThrow(StringView path) const;
+    void beginMutation(std::uint32_t index);
+    void endMutation(std::uint32_t index, StringView path);
+    void notify(std::uint32_t index, StringView path);
+    std::pair<const PropertyDefinition*, std::size_t> locate(std::uint32_t index) const;
+
+    SharedPtr<const Detail::ObjectLayout> layout;
+    std::byte* storage = nullptr;
+    UniquePtr<Detail::ObserverTable> observers;
+};
+
+} // namespace Marlix

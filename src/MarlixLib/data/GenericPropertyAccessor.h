@@ -1,0 +1,62 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/data/Entity.h>
+
+namespace Marlix {
+
+/// One property path on one or more entities: a multi-selection edits all of them at once.
+class MARLIXLIB_EXPORT GenericPropertyAccessor
+{
+public:
+    /// The text form shown when the addressed objects hold different values.
+    static constexpr StringView MIXED_VALUES_TEXT = "<different values>";
+
+    GenericPropertyAccessor() = default;
+    GenericPropertyAccessor(EntityHolder<Entity> object, String path);
+    /// An Exception when `objects` is empty or holds an empty holder.
+    GenericPropertyAccessor(Array<EntityHolder<Entity>> objects, String path);
+
+    const Array<EntityHolder<Entity>>& getObjects() const { return objects; }
+    const String& getPath() const { return path; }
+    bool isEmpty() const { return objects.empty(); }
+    /// True when the path names a property of the objects themselves, not a field of a nested data object.
+    bool isRootProperty() const { return path.find('.') == String::npos; }
+    /// The worst status over all objects: a path that does not resolve on one of them does not resolve.
+    PropertyPathStatus checkProperty() const;
+
+    /// The definition of the addressed property (of the first object); an Exception when the path does not resolve.
+    const PropertyDefinition& getDefinition() const;
+    /// The first object's property (read-only); its parent object is the first object.
+    GenericProperty getProperty() const;
+    /// The text form of the value, or MIXED_VALUES_TEXT when the objects disagree.
+    String toString() const;
+    bool hasSameValues() const;
+
+    /// Writes `value` to every object, each through mutateProperty. The type is checked on every object first, so
+    /// a mismatch throws before anything changed.
+    template <class T> void setValue(const T& value) const
+    {
+        checkWritableAs(std::type_index(typeid(T)));
+        for (const auto& object : objects)
+            object->mutateProperty(path, [&](GenericProperty& property) { property.set(value); });
+    }
+    void setValue(const Value& value) const;
+    /// Parses once and writes the result to every object; a parse error changes nothing.
+    Expected<void, String> setFromString(StringView text) const;
+    /// Calls `writer` on every object's property through mutateProperty.
+    void mutate(const Function<void(GenericProperty&)>& writer) const;
+
+    /// Observes the property on every object; the lifetimes end together with the owner.
+    void addObserver(CallbacksOwner& owner, Function<void(const ObservedProperty&)> observer) const;
+
+    bool operator==(const GenericPropertyAccessor& other) const { return objects == other.objects && path == other.path; }
+
+private:
+    void checkWritableAs(std::type_index type) const;
+
+    Array<EntityHolder<Entity>> objects;
+    String path;
+};
+
+} // namespace Marlix

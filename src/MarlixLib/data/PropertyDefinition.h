@@ -1,0 +1,69 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/base/Flags.h>
+#include <MarlixLib/data/TypeDefinition.h>
+#include <MarlixLib/data/UserData.h>
+#include <MarlixLib/data/Value.h>
+
+#include <cstdint>
+
+namespace Marlix {
+
+enum class PropertyFlag : std::uint32_t
+{
+    None = 0,
+    /// The value is not saved with the scene.
+    Transient = 1,
+    /// Editors of this property are rebuilt rather than reused whenever editors are refreshed.
+    AlwaysRebuildEditor = 2,
+    /// Editors show the value but do not change it.
+    ReadOnly = 4,
+};
+
+/// One property of a data group: its name, type, default value, attributes and flags. Its place in the storage of a
+/// data object is set by the GroupLayout that holds it.
+class MARLIXLIB_EXPORT PropertyDefinition
+{
+public:
+    PropertyDefinition(String name, SharedPtr<const TypeDefinition> type, UserData attributes = {},
+        Flags<PropertyFlag> flags = {}, String description = {});
+    /// `defaultValue` must be a value of `type`.
+    PropertyDefinition(String name, SharedPtr<const TypeDefinition> type, Value defaultValue, UserData attributes = {},
+        Flags<PropertyFlag> flags = {}, String description = {});
+
+    template <class T>
+    static PropertyDefinition make(String name, SharedPtr<const TypeDefinition> type, const T& defaultValue,
+        UserData attributes = {}, Flags<PropertyFlag> flags = {}, String description = {})
+    {
+        Value value = Value::make(type, defaultValue);
+        return PropertyDefinition(std::move(name), std::move(type), std::move(value), std::move(attributes), flags,
+            std::move(description));
+    }
+
+    const String& getName() const { return name; }
+    const SharedPtr<const TypeDefinition>& getType() const { return type; }
+    const TypeDefinition& getTypeDefinition() const { return *type; }
+    const Value& getDefaultValue() const { return defaultValue; }
+    const UserData& getAttributes() const { return attributes; }
+    /// Alias of getAttributes(): the "Zorva.Ui." keys of the editors live here.
+    const UserData& getUserData() const { return attributes; }
+    Flags<PropertyFlag> getFlags() const { return flags; }
+    const String& getDescription() const { return description; }
+    /// Byte offset of the value inside the storage of its group.
+    std::size_t getOffset() const { return offset; }
+
+private:
+    String name;
+    SharedPtr<const TypeDefinition> type;
+    Value defaultValue;
+    UserData attributes;
+    Flags<PropertyFlag> flags;
+    String description;
+    std::size_t offset = 0;
+
+    friend class GroupLayout;
+};
+
+} // namespace Marlix
