@@ -72,4 +72,10 @@ SliderConverter::SliderConverter(const UiSliderOptions& options, String suffix)
 {
 }
 
+SliderConverter::SliderConverter(const UserData& userData)
+    : SliderConverter(userData.get<UiSliderOptions>(SLIDER_OPTIONS_KEY) ? *userData.get<UiSliderOptions>(SLIDER_OPTIONS_KEY)
+                                                                         : UiSliderOptions {})
+{
+}
+
 } // namespace Marlix::Widgets

@@ -4,6 +4,7 @@
 
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Function.h>
+#include <MarlixLib/data/UserData.h>
 
 #include <cstdint>
 
@@ -19,6 +20,9 @@ enum class SliderScale : std::uint32_t
     /// The track is dense at the high end: small values get most of the track, the usual choice for gains and radii.
     Logarithmic = 2,
 };
+
+/// The attribute under which a property carries its UiSliderOptions.
+inline constexpr const char* SLIDER_OPTIONS_KEY = "Zorva.Ui.SliderOptions";
 
 /// The slider options of a property: the values at both ends of the track and the scale between them.
 struct UiSliderOptions
@@ -38,6 +42,8 @@ struct MARLIXLIBQT_EXPORT SliderConverter
     SliderConverter(double minimum, double maximum, std::uint32_t scale, String suffix = {});
     SliderConverter(double minimum, double maximum, SliderScale scale, String suffix = {});
     explicit SliderConverter(const UiSliderOptions& options, String suffix = {});
+    /// From the UiSliderOptions under SLIDER_OPTIONS_KEY; a linear 0..1 converter when the property has none.
+    explicit SliderConverter(const UserData& userData);
 
     Function<double(double)> toSlider;
     Function<double(double)> fromSlider;
