@@ -7,6 +7,8 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/base/Polymorphic.h>
+#include <MarlixLib/math/PosRotScaleTm.h>
+#include <MarlixLib/units/Quantity.h>
 
 #include <QList>
 #include <QPointF>
@@ -190,7 +192,9 @@ private:
     X(QList<QString>)                                                                                                  \
     X(Marlix::Array<double>)                                                                                           \
     X(Marlix::Stack<bool>)                                                                                             \
-    X(Marlix::Stack<Marlix::String>)
+    X(Marlix::Stack<Marlix::String>)                                                                                   \
+    X(Marlix::PosRotScaleTm)                                                                                           \
+    X(Marlix::DisplayUnits)
 
 #define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
     extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \

@@ -479,13 +479,21 @@ void SpinBox::updateToolTip()
     setToolTip(toRichToolTip(text));
 }
 
-bool SpinBox::pasteValueText(const QString& text)
+std::optional<double> SpinBox::parseValueText(const QString& text) const
 {
     QString candidate = text.trimmed();
     int position = 0;
     if (candidate.isEmpty() || validate(candidate, position) != QValidator::Acceptable)
+        return std::nullopt;
+    return conversion.fromDisplay(valueFromText(candidate));
+}
+
+bool SpinBox::pasteValueText(const QString& text)
+{
+    const std::optional<double> parsed = parseValueText(text);
+    if (!parsed)
         return false;
-    model->set(conversion.fromDisplay(valueFromText(candidate)));
+    model->set(*parsed);
     return true;
 }
 

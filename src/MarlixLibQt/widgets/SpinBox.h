@@ -94,6 +94,8 @@ public:
 
     /// The text the field shows for a model value: conversion, decimals and trimming applied, without the suffix.
     QString convertValueToText(double modelValue) const;
+    /// A text typed or pasted into the field as a model value; nothing when the field would not accept it.
+    std::optional<double> parseValueText(const QString& text) const;
 
     void notify() override;
 
