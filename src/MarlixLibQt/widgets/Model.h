@@ -18,6 +18,7 @@
 #include <MarlixLib/units/LengthUnit.h>
 #include <MarlixLib/units/RadianceUnit.h>
 #include <MarlixLib/units/TimeUnit.h>
+#include <MarlixLib/units/Quantity.h>
 
 #include <QList>
 #include <QPointF>
@@ -48,8 +49,8 @@ public:
     virtual void revertChange() = 0;
 };
 
-/// The display units of a scene, edited as one value.
-using DisplayUnits = std::tuple<LengthUnit, AngleUnit, RadianceUnit, TimeUnit>;
+// The scene's display units, one value for the units model of the editors: Marlix::DisplayUnits.
+using Marlix::DisplayUnits;
 
 namespace Detail {
 /// Raises a depth counter for one scope; the counter is lowered again also when the scope is left by an exception.
@@ -214,7 +215,7 @@ private:
     X(Marlix::PosRotScaleTm)                                                                                           \
     X(Marlix::EntityHandle)                                                                                            \
     X(Marlix::EntityHolder<Marlix::Entity>)                                                                            \
-    X(Marlix::Widgets::DisplayUnits)
+    X(Marlix::DisplayUnits)
 
 #define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
     extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \

@@ -1,0 +1,162 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/BaseWithModel.h>
+#include <MarlixLibQt/widgets/CommonContextMenuOwner.h>
+#include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/ModelValueConverter.h>
+
+#include <QDoubleSpinBox>
+#include <QStyle>
+
+#include <cstdint>
+#include <optional>
+
+class QRect;
+
+namespace Marlix::Widgets {
+
+/// The numeric field of the library: typed, stepped with arrows and wheel, or dragged up and down from its arrows
+/// with the cursor wrapping at the screen edge. Each drag, wheel gesture or held arrow key is one change bracket.
+class MARLIXLIBQT_EXPORT SpinBox : public QDoubleSpinBox, public BaseWithModel, public CommonContextMenuOwner
+{
+    Q_OBJECT
+
+public:
+    /// The gesture that holds the model's change bracket open.
+    enum class InputAction : std::uint32_t
+    {
+        None = 0,
+        MouseDrag = 1,
+        Wheel = 2,
+        Keyboard = 3,
+    };
+
+    enum class StepType : std::uint32_t
+    {
+        /// singleStep() everywhere.
+        Fixed = 0,
+        /// Arrows and wheel step by decimal magnitude; a drag steps by the magnitude of the value at its start.
+        Adaptive = 1,
+        /// Each step is 0.4 % of the value (at least 0.004).
+        Proportional = 2,
+    };
+
+    /// Which modifiers speed a drag up or slow it down, ten times each.
+    enum class ScrollSpeedAdjustmentType : std::uint32_t
+    {
+        ShiftFasterCtrlSlower = 0,
+        CtrlFasterAltSlower = 1,
+        NoAdjustment = 2,
+    };
+
+    enum class PrecisionType : std::uint32_t
+    {
+        AllDecimals = 0,
+        /// 2.000 shows as 2.0 and 1.500 as 1.50: zeros are dropped while two of them end the text.
+        TrimTrailingZeros = 1,
+    };
+
+    /// The style hint that enables the dragging hint in the tooltip over the arrows.
+    static constexpr auto SH_DRAGGING_HINT = static_cast<QStyle::StyleHint>(QStyle::SH_CustomBase + 4);
+    static constexpr const char* DRAGGING_HINT_TEXT
+        = "<small>Hint: Dragging speed can be increased 10x with SHIFT being hold and decreased 10x by holding "
+          "CTRL.</small>";
+    /// Bounds at or beyond these are written as no bound in the range tooltip (the largest 32-bit integer: what
+    /// integer properties without a limit carry, and anything larger).
+    static constexpr double UNBOUNDED = 2147483647.0;
+
+    explicit SpinBox(QWidget* parent = nullptr);
+    SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* parent = nullptr);
+    ~SpinBox() override;
+
+    /// Bounds in model units (converted for display), the step in display units.
+    void setRange(double minimum, double maximum, double step, int decimals);
+    void setStepType(StepType type);
+    StepType getStepType() const { return stepType; }
+    void setPrecisionType(PrecisionType type) { precisionType = type; notify(); }
+    PrecisionType getPrecisionType() const { return precisionType; }
+    void setScrollSpeedAdjustmentType(ScrollSpeedAdjustmentType type) { scrollSpeedAdjustmentType = type; }
+    ScrollSpeedAdjustmentType getScrollSpeedAdjustmentType() const { return scrollSpeedAdjustmentType; }
+    /// New display conversion and suffix; the stored range is shown converted.
+    void setConversion(ModelValueConverter<double> converter);
+    const ModelValueConverter<double>& getConversion() const { return conversion; }
+    /// Replaces the suffix shown after the number and in the range tooltip.
+    void setDisplaySuffix(const QString& suffix);
+
+    double getModelMinimum() const { return modelMinimum; }
+    double getModelMaximum() const { return modelMaximum; }
+    const SharedPtr<Model<double>>& getModel() const { return model; }
+    InputAction getInputAction() const { return inputAction; }
+    bool isDraggingHintShown() const { return showDraggingHint; }
+    /// The field's text editor, where typing and the keyboard focus go.
+    QLineEdit* getLineEdit() const { return lineEdit(); }
+
+    /// The text the field shows for a model value: conversion, decimals and trimming applied, without the suffix.
+    QString convertValueToText(double modelValue) const;
+    /// A text typed or pasted into the field as a model value; nothing when the field would not accept it.
+    std::optional<double> parseValueText(const QString& text) const;
+
+    void notify() override;
+
+    QString textFromValue(double value) const override;
+    double valueFromText(const QString& text) const override;
+    QValidator::State validate(QString& text, int& position) const override;
+    void stepBy(int steps) override;
+
+    /// The step of an adaptive drag starting at `value`: one tenth of the value's decade after rounding it to two
+    /// significant digits, at least 0.001. A drag towards zero (`delta` against the value's sign) looks one percent
+    /// lower, so 250 dragged down and -250 dragged up both step by 10.
+    static double getAdaptiveDragStep(double value, int delta);
+    static double getProportionalStep(double value);
+    /// The modifier factor of a drag: 10, 0.1 or 1.
+    static double getSpeedFactor(Qt::KeyboardModifiers modifiers, ScrollSpeedAdjustmentType type);
+    /// Where the cursor goes when a drag reaches the screen's edge: the opposite edge when the cursor stands on the
+    /// bottom row moving down or on the top row moving up, else nothing.
+    static std::optional<int> getWrappedCursorY(int y, int lastY, const QRect& screenGeometry);
+
+Q_SIGNALS:
+    void focusChanged(bool hasFocus);
+
+protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    void beginValueChange(InputAction action);
+    void endValueChange();
+    void showModelValue(double modelValue);
+    void onValueChanged(double displayValue);
+    void applyRange();
+    void updateRangeToolTip();
+    void updateDraggingHint(const QPoint& position);
+    void updateToolTip();
+    QString stripSuffix(const QString& text) const;
+    bool pasteValueText(const QString& text);
+
+    SharedPtr<Model<double>> model;
+    int dragLastY = 0;
+    StepType stepType = StepType::Fixed;
+    double dragStep = 0.0;
+    bool dragStepValid = false;
+    PrecisionType precisionType = PrecisionType::AllDecimals;
+    ScrollSpeedAdjustmentType scrollSpeedAdjustmentType = ScrollSpeedAdjustmentType::ShiftFasterCtrlSlower;
+    double valueAtPress = 0.0;
+    bool dragging = false;
+    bool showDraggingHint = false;
+    InputAction inputAction = InputAction::None;
+    QString baseToolTip;
+    ModelValueConverter<double> conversion;
+    double modelMinimum = -UNBOUNDED;
+    double modelMaximum = UNBOUNDED;
+};
+
+} // namespace Marlix::Widgets
