@@ -205,6 +205,8 @@ private:
     X(QPointF)                                                                                                         \
     X(QList<QString>)                                                                                                  \
     X(Marlix::Array<double>)                                                                                           \
+    X(Marlix::ArrayView<const Marlix::String>)                                                                         \
+    X(Marlix::ArrayView<const std::int64_t>)                                                                           \
     X(Marlix::Stack<bool>)                                                                                             \
     X(Marlix::Stack<Marlix::String>)                                                                                   \
     X(Marlix::Rgb)                                                                                                     \
