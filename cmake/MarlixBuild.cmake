@@ -3,10 +3,11 @@
 if(MARLIX_USE_CCACHE)
     find_program(MARLIX_CCACHE ccache)
     if(MARLIX_CCACHE)
-        # Precompiled headers only hit the cache with these sloppiness settings.
+        # Precompiled headers only hit the cache with these sloppiness settings; the base directory makes paths
+        # relative, so that a second checkout or build folder reuses what the first one compiled.
         set(CMAKE_CXX_COMPILER_LAUNCHER
             ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
-            ${MARLIX_CCACHE})
+            CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} ${MARLIX_CCACHE})
     endif()
 endif()
 
