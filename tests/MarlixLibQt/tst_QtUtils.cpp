@@ -370,6 +370,8 @@ int main(int argc, char** argv)
         return 2;
     configuration.close();
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(configuration.fileName()));
+    // The suites pin every screen to 96 DPI for stable text metrics; this one measures the screens' own DPI.
+    qunsetenv("QT_FONT_DPI");
 
     // The library's own start-up makes the application, with the scale rounding that gives a 144-DPI logical screen.
     LibQt::startup("QtUtils test", LibQt::ApplicationType::Gui, {}, Io::Path(argv[0]));
