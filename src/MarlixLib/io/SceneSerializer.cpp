@@ -1,5 +1,6 @@
 #include <MarlixLib/io/SceneSerializer.h>
 
+#include <MarlixLib/data/EntityReferences.h>
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/io/CborDeserializer.h>
 #include <MarlixLib/io/CborSerializer.h>
@@ -7,6 +8,7 @@
 #include <bit>
 #include <cstring>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Marlix {
 
@@ -274,6 +276,59 @@ private:
     IDeserializer& in;
     Array<bool> open;
 };
+/// The entities a load made and not yet handed over. A failed load drops them with their references reset first: a
+/// stream can make entities reference each other in a loop, and such a loop of strong references would never be freed.
+class Staged
+{
+public:
+    ~Staged()
+    {
+        for (const auto& entity : entities)
+            for (std::uint32_t i = 0; i < entity->getPropertyCount(); ++i)
+                entity->restoreProperty(i, entity->getPropertyDefinition(i).getDefaultValue().data());
+    }
+    Array<EntityHolder<Entity>> release() { return std::move(entities); }
+
+    Array<EntityHolder<Entity>> entities;
+};
+
+/// Whether some entity reaches itself through its references. Loaded scenes must not hold such loops: they are what
+/// editors refuse to make, and the entities in one would keep each other alive for ever.
+bool hasReferenceCycle(const Array<EntityHolder<Entity>>& entities)
+{
+    struct Visit
+    {
+        const Entity* entity;
+        Array<EntityHolder<Entity>> next;
+        std::size_t done = 0;
+    };
+    std::unordered_set<const Entity*> finished;
+    std::unordered_set<const Entity*> onPath;
+    Array<Visit> path;
+    for (const auto& root : entities) {
+        if (finished.contains(root.get()))
+            continue;
+        path.push_back({ root.get(), getReferencedEntities(*root) });
+        onPath.insert(root.get());
+        while (!path.empty()) {
+            Visit& visit = path.back();
+            if (visit.done == visit.next.size()) {
+                onPath.erase(visit.entity);
+                finished.insert(visit.entity);
+                path.pop_back();
+                continue;
+            }
+            const Entity* next = visit.next[visit.done++].get();
+            if (onPath.contains(next))
+                return true;
+            if (!finished.contains(next)) {
+                onPath.insert(next);
+                path.push_back({ next, getReferencedEntities(*next) });
+            }
+        }
+    }
+    return false;
+}
 } // namespace
 
 void SceneSerializer::save(const EntityGraphTracker& scene, ISerializer& out)
@@ -321,7 +376,8 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     if (auto entered = nesting.enterRecord(SCENE_KEY); !entered)
         return Unexpected<String>(entered.error());
 
-    Array<EntityHolder<Entity>> entities;
+    Staged staged;
+    Array<EntityHolder<Entity>>& entities = staged.entities;
     const auto classCount = nesting.enterArray(CLASSES_KEY);
     if (!classCount)
         return Unexpected<String>(classCount.error());
@@ -386,7 +442,9 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return failure(written.error());
     if (*written != expected)
         return failure("its checksum does not match its content");
-    return entities;
+    if (hasReferenceCycle(entities))
+        return failure("its references form a cycle");
+    return staged.release();
 }
 
 Expected<void, String> SceneSerializer::load(EntityGraphTracker& scene, IDeserializer& in)

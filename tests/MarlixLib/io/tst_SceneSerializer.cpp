@@ -13,6 +13,48 @@ using namespace Marlix;
 using namespace Marlix::TestScene;
 
 namespace {
+int liveNodes = 0;
+
+/// Counts its instances, so a test sees whether loaded entities are freed.
+class CountedNode final : public Entity
+{
+public:
+    explicit CountedNode(const EntityClassInfo& entityClass)
+        : Entity(entityClass)
+    {
+        ++liveNodes;
+    }
+    ~CountedNode() override { --liveNodes; }
+};
+
+/// A class whose references may lead back to the same class: "next" (one reference) and "children" (a list).
+const EntityClassInfo& nodeClass()
+{
+    static const EntityClassInfo base("NodeBase", EntityClassInfo::entityClass(), {}, nullptr);
+    static const EntityClassInfo info = [] {
+        const auto reference = TypeDefinition::makeEntityReference("NodeReference", base);
+        return EntityClassInfo("Node", base,
+            { makeSharedPtr<const GroupLayout>("Node",
+                Array<PropertyDefinition> {
+                    PropertyDefinition("next", reference),
+                    PropertyDefinition("children", TypeDefinition::makeList<EntityHolder<Entity>>("NodeList", reference)),
+                }) },
+            [](const EntityClassInfo& entityClass) -> SharedPtr<Entity> { return makeSharedPtr<CountedNode>(entityClass); });
+    }();
+    return info;
+}
+
+const TypeModuleRecord& nodeModule()
+{
+    static const TypeModuleRecord record = [] {
+        TypeModuleRecord made("TestSceneSerializerNodes");
+        made.addEntityClass(*nodeClass().getBaseClass());
+        made.addEntityClass(nodeClass());
+        return made;
+    }();
+    return record;
+}
+
 /// A target scene and what it held before a load, to prove a failed load changed nothing.
 struct Guarded
 {
@@ -58,11 +100,13 @@ private Q_SLOTS:
     {
         Lib::startup();
         registerTypes();
+        TypeDatabase::instance().registerModuleTypes(nodeModule());
         populate(source);
         bytes = SceneSerializer::saveToBytes(source);
     }
     void cleanupTestCase()
     {
+        TypeDatabase::instance().unregisterModuleTypes(nodeModule());
         unregisterTypes();
         Lib::shutdown();
     }
@@ -74,6 +118,8 @@ private Q_SLOTS:
     void everyCorruptionFailsAndChangesNothing();
     void badStreams_data();
     void badStreams();
+    void referenceCyclesAreRefusedAndFreed_data();
+    void referenceCyclesAreRefusedAndFreed();
 
 private:
     EntityGraphTracker source;
@@ -204,6 +250,72 @@ void TestSceneSerializer::badStreams()
     QVERIFY(!result);
     QVERIFY2(QString::fromStdString(result.error()).contains(message), result.error().c_str());
     QVERIFY(target.isUnchanged());
+}
+
+void TestSceneSerializer::referenceCyclesAreRefusedAndFreed_data()
+{
+    // Nodes a, b, c. Each row lists the references as "from>to" through "next" or "children" (n: next, l: list).
+    QTest::addColumn<QStringList>("references");
+    QTest::addColumn<bool>("damageChecksum");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("itself through a reference") << QStringList { "ana" } << false << "cycle";
+    QTest::newRow("itself through a list") << QStringList { "ala" } << false << "cycle";
+    QTest::newRow("two nodes through references") << QStringList { "anb", "bna" } << false << "cycle";
+    QTest::newRow("a list, a reference and a list") << QStringList { "alb", "bnc", "cla" } << false << "cycle";
+    QTest::newRow("a loop with a damaged checksum") << QStringList { "alb", "bla" } << true << "checksum";
+    QTest::newRow("a chain with a damaged checksum") << QStringList { "alb", "bnc" } << true << "checksum";
+    QTest::newRow("a shared child is no loop") << QStringList { "alb", "alc", "bnc" } << false << "";
+}
+
+void TestSceneSerializer::referenceCyclesAreRefusedAndFreed()
+{
+    QFETCH(QStringList, references);
+    QFETCH(bool, damageChecksum);
+    QFETCH(QString, message);
+    const int nodesBefore = liveNodes;
+    Array<std::byte> stream;
+    {
+        EntityGraphTracker scene;
+        Array<EntityHolder<Entity>> nodes;
+        for (int i = 0; i < 3; ++i) {
+            nodes.push_back(nodeClass().create());
+            scene.addEntity(nodes.back());
+        }
+        for (const QString& reference : references) {
+            const auto& from = nodes[std::size_t(reference[0].unicode() - 'a')];
+            const auto& to = nodes[std::size_t(reference[2].unicode() - 'a')];
+            if (reference[1] == 'n') {
+                from->setPropertyValue("next", to);
+            } else {
+                auto children = from->getPropertyValue<Array<EntityHolder<Entity>>>("children");
+                children.push_back(to);
+                from->setPropertyValue("children", children);
+            }
+        }
+        stream = SceneSerializer::saveToBytes(scene);
+        // The checksum is the stream's last value: its lowest byte comes last.
+        if (damageChecksum)
+            stream.back() ^= std::byte(1);
+        for (const auto& node : nodes) {
+            node->setPropertyValue("next", EntityHolder<Entity>());
+            node->setPropertyValue("children", Array<EntityHolder<Entity>> {});
+        }
+    }
+    QCOMPARE(liveNodes, nodesBefore);
+    {
+        Guarded target;
+        const auto result = SceneSerializer::loadFromBytes(target.scene, stream);
+        if (message.isEmpty()) {
+            QVERIFY2(result, result ? "" : result.error().c_str());
+            QCOMPARE(liveNodes, nodesBefore + 3);
+        } else {
+            QVERIFY(!result);
+            QVERIFY2(QString::fromStdString(result.error()).contains(message), result.error().c_str());
+            QVERIFY(target.isUnchanged());
+        }
+    }
+    // Entities of a refused stream are gone with the failure, not kept alive by their own references.
+    QCOMPARE(liveNodes, nodesBefore);
 }
 
 QTEST_GUILESS_MAIN(TestSceneSerializer)
