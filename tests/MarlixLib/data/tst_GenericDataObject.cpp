@@ -6,6 +6,7 @@
 #include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLib/data/Observable.h>
 #include <MarlixLib/math/PosRotScaleTm.h>
+#include <MarlixLib/undo/UndoManager.h>
 
 #include <MarlixTestScene/TestScene.h>
 
@@ -119,6 +120,9 @@ void TestGenericDataObject::typeMismatchThrowsAndChangesNothing()
     const String before = material->getProperty(path.toStdString()).toString();
     int calls = 0;
     auto lifetime = material->addObserver([&](const ObservedProperty&) { ++calls; });
+    // Inside an action, as an editor writes: the refused write must not become an undo step either.
+    UndoManager manager;
+    auto action = manager.createAction("Mismatch");
     try {
         material->mutateProperty(path.toStdString(), [&](GenericProperty& p) {
             switch (writtenType) {
@@ -134,8 +138,10 @@ void TestGenericDataObject::typeMismatchThrowsAndChangesNothing()
         QVERIFY2(message.find(path.toStdString()) != String::npos, message.c_str());
         QVERIFY2(message.find(material->getProperty(path.toStdString()).getTypeDefinition().getName()) != String::npos, message.c_str());
     }
+    action.commit();
     QCOMPARE(material->getProperty(path.toStdString()).toString(), before);
     QCOMPARE(calls, 0);
+    QVERIFY(!manager.canUndo());
 }
 
 void TestGenericDataObject::conversionOnlyWhenAllowed()
