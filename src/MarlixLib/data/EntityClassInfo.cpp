@@ -15,6 +15,8 @@ SharedPtr<const Detail::ObjectLayout> Detail::ObjectLayout::make(ArrayView<const
         const std::size_t align = layout->getStorageAlignment();
         result->size = (result->size + align - 1) / align * align;
         result->segments.push_back({ layout, result->size, result->propertyCount });
+        for (const PropertyDefinition& property : layout->getProperties())
+            result->slots.push_back({ &property, result->size + property.getOffset() });
         result->size += layout->getStorageSize();
         result->alignment = std::max(result->alignment, align);
         result->propertyCount += static_cast<std::uint32_t>(layout->getProperties().size());

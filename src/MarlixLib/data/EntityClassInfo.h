@@ -12,6 +12,7 @@ namespace Marlix {
 class Entity;
 class EntityClassInfo;
 class GroupLayout;
+class PropertyDefinition;
 
 namespace Detail {
 /// Where each group of a data object lives in its storage block; shared by all objects of one class.
@@ -23,7 +24,15 @@ struct ObjectLayout
         std::size_t offset = 0;
         std::uint32_t firstIndex = 0;
     };
+    /// One property of the object: its definition and where its value lives in the storage block.
+    struct Slot
+    {
+        const PropertyDefinition* definition = nullptr;
+        std::size_t offset = 0;
+    };
     Array<Segment> segments;
+    /// Every property in index order, so that each write finds its property in one step.
+    Array<Slot> slots;
     std::size_t size = 0;
     std::size_t alignment = 1;
     std::uint32_t propertyCount = 0;

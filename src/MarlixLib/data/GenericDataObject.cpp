@@ -57,14 +57,10 @@ Array<SharedPtr<const GroupLayout>> GenericDataObject::getGroupLayouts() const
 
 std::pair<const PropertyDefinition*, std::size_t> GenericDataObject::locate(std::uint32_t index) const
 {
-    for (const auto& segment : layout->segments) {
-        const auto properties = segment.layout->getProperties();
-        if (index >= segment.firstIndex && index - segment.firstIndex < properties.size()) {
-            const PropertyDefinition& property = properties[index - segment.firstIndex];
-            return { &property, segment.offset + property.getOffset() };
-        }
-    }
-    throw Exception("The property index " + std::to_string(index) + " is out of range");
+    if (index >= layout->slots.size())
+        throw Exception("The property index " + std::to_string(index) + " is out of range");
+    const Detail::ObjectLayout::Slot& slot = layout->slots[index];
+    return { slot.definition, slot.offset };
 }
 
 const PropertyDefinition& GenericDataObject::getPropertyDefinition(std::uint32_t index) const

@@ -35,6 +35,10 @@ public:
     void checkIsOfType(std::type_index type, const TypeDefinition* nativeDefinition, TypeKind kind, bool allowConversion) const;
     template <class T> void checkIsOfType(bool allowConversion = false) const
     {
+        // The exact type is the common case of every typed read and write: settled here without a call.
+        const auto& native = getTypeDefinition().getNativeType();
+        if (native && *native == std::type_index(typeid(T)))
+            return;
         checkIsOfType(std::type_index(typeid(T)), nullptr, kindOf<T>(), allowConversion);
     }
 
