@@ -37,7 +37,9 @@ public:
     /// a mismatch throws before anything changed.
     template <class T> void setValue(const T& value) const
     {
-        checkWritableAs(std::type_index(typeid(T)));
+        // A single object needs no check of its own: its write checks the type before it changes anything.
+        if (objects.size() != 1)
+            checkWritableAs(std::type_index(typeid(T)));
         for (const auto& object : objects)
             object->mutateProperty(path, [&](GenericProperty& property) { property.set(value); });
     }

@@ -257,6 +257,12 @@ void TestGenericDataObject::accessorMismatchChangesNoObject()
     const GenericPropertyAccessor names(objects, "name");
     QVERIFY_THROWS_EXCEPTION(Exception, names.setValue(42.0));
     QCOMPARE(objects[0]->getPropertyValue<String>("name"), String());
+    // One object alone takes the shorter road, with the same refusal.
+    int calls = 0;
+    auto lifetime = objects[0]->addObserver([&](const ObservedProperty&) { ++calls; });
+    QVERIFY_THROWS_EXCEPTION(Exception, GenericPropertyAccessor(objects[0], "roughness").setValue(String("rough")));
+    QCOMPARE(objects[0]->getPropertyValue<double>("roughness"), 0.5);
+    QCOMPARE(calls, 0);
 }
 
 void TestGenericDataObject::accessorTextMarksDisagreement()
