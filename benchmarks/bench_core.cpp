@@ -398,10 +398,15 @@ class RatioReporter : public benchmark::ConsoleReporter
 public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
+        // CPU time, since the machine may be shared; with repetitions, the median stands for the benchmark.
         for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration || run.iterations == 0)
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (run.iterations == 0 || (run.run_type != Run::RT_Iteration && !median))
                 continue;
-            Figures& figures = results[run.benchmark_name()];
+            Figures& figures = results[run.run_name.str()];
+            if (figures.fromMedian && !median)
+                continue;
+            figures.fromMedian = median;
             figures.time = run.GetAdjustedCPUTime();
             for (const auto& [name, counter] : run.counters)
                 figures.counters[name] = counter.value;
@@ -428,6 +433,7 @@ private:
     struct Figures
     {
         double time = 0.0;
+        bool fromMedian = false;
         std::map<std::string, double> counters;
     };
 
