@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QFocusEvent>
+#include <QFontMetrics>
 #include <QHoverEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -185,6 +186,42 @@ void SpinBox::onValueChanged(double displayValue)
     if (textFromValue(displayValue) == convertValueToText(model->get()))
         return;
     model->set(conversion.fromDisplay(displayValue));
+}
+
+QSize SpinBox::sizeHint() const
+{
+    return limitToSizedBounds(QDoubleSpinBox::sizeHint(), prefix() + suffix());
+}
+
+QSize SpinBox::minimumSizeHint() const
+{
+    // The base class leaves the suffix out of the minimum.
+    return limitToSizedBounds(QDoubleSpinBox::minimumSizeHint(), prefix());
+}
+
+QSize SpinBox::limitToSizedBounds(const QSize& hint, const QString& fixedText) const
+{
+    const double low = std::clamp(minimum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
+    const double high = std::clamp(maximum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
+    if (low == minimum() && high == maximum())
+        return hint;
+    // Measured as the base class measures its bounds (at most 18 characters of each), so a field keeps the width that
+    // a plain spin box with the limited range would have.
+    const QFontMetrics metrics(fontMetrics());
+    const QString fixedContent = fixedText + QLatin1Char(' ');
+    int width = 0;
+    for (const double bound : { low, high }) {
+        QString text = textFromValue(bound);
+        text.truncate(18);
+        width = std::max(width, metrics.horizontalAdvance(text + fixedContent));
+    }
+    if (!specialValueText().isEmpty())
+        width = std::max(width, metrics.horizontalAdvance(specialValueText()));
+    width += 2; // room for the blinking cursor
+    QStyleOptionSpinBox option;
+    initStyleOption(&option);
+    const QSize limited = style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, hint.height()), this);
+    return { std::min(hint.width(), limited.width()), hint.height() };
 }
 
 QString SpinBox::textFromValue(double value) const

@@ -65,6 +65,9 @@ public:
     /// Bounds at or beyond these are written as no bound in the range tooltip (the largest 32-bit integer: what
     /// integer properties without a limit carry, and anything larger).
     static constexpr double UNBOUNDED = 2147483647.0;
+    /// The largest bound that the size hints make room for. Composite editors put three fields in a row, and ten-digit
+    /// bounds would make a transformation editor wider than any property sheet.
+    static constexpr double WIDEST_SIZED_BOUND = 99999.0;
 
     explicit SpinBox(QWidget* parent = nullptr);
     SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* parent = nullptr);
@@ -98,6 +101,11 @@ public:
     std::optional<double> parseValueText(const QString& text) const;
 
     void notify() override;
+
+    /// Wide enough for the range's bounds, but never for more than WIDEST_SIZED_BOUND: an unbounded field is as wide as
+    /// one that holds five whole digits, and larger values scroll inside it.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
     QString textFromValue(double value) const override;
     double valueFromText(const QString& text) const override;
@@ -140,6 +148,7 @@ private:
     void updateDraggingHint(const QPoint& position);
     void updateToolTip();
     QString stripSuffix(const QString& text) const;
+    QSize limitToSizedBounds(const QSize& hint, const QString& fixedText) const;
     bool pasteValueText(const QString& text);
 
     SharedPtr<Model<double>> model;

@@ -504,6 +504,52 @@ private Q_SLOTS:
         field.spinBox->setStyle(nullptr);
     }
 
+    void sizeHintsStopAtFiveDigits_data()
+    {
+        QTest::addColumn<double>("minimum");
+        QTest::addColumn<double>("maximum");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<QString>("suffix");
+        QTest::addColumn<bool>("limited");
+        const double unbounded = SpinBox::UNBOUNDED;
+        QTest::newRow("small range") << 0.0 << 10.0 << 3 << QString() << false;
+        QTest::newRow("five digits") << -99999.0 << 99999.0 << 3 << QString() << false;
+        QTest::newRow("unbounded") << -unbounded << unbounded << 3 << QString() << true;
+        QTest::newRow("unbounded maximum with a unit") << 0.0 << unbounded << 1 << QStringLiteral(" cm") << true;
+        QTest::newRow("a million") << -1e6 << 1e6 << 2 << QString() << true;
+    }
+
+    // Wide bounds ask for no more room than five whole digits: three unbounded fields in a row still fit a sheet.
+    void sizeHintsStopAtFiveDigits()
+    {
+        QFETCH(double, minimum);
+        QFETCH(double, maximum);
+        QFETCH(int, decimals);
+        QFETCH(QString, suffix);
+        QFETCH(bool, limited);
+        const auto configure = [&](QDoubleSpinBox& box, double low, double high) {
+            box.setLocale(QLocale::c());
+            box.setDecimals(decimals);
+            box.setRange(low, high);
+            box.setSuffix(suffix);
+        };
+        Field field(0.0);
+        field.spinBox->setRange(minimum, maximum, 0.1, decimals);
+        field.spinBox->setDisplaySuffix(suffix);
+        QDoubleSpinBox plain;
+        configure(plain, minimum, maximum);
+        QDoubleSpinBox fiveDigits;
+        configure(fiveDigits, std::max(minimum, -99999.0), std::min(maximum, 99999.0));
+
+        const SpinBox& spinBox = *field.spinBox;
+        QCOMPARE(spinBox.sizeHint(), fiveDigits.sizeHint());
+        QCOMPARE(spinBox.minimumSizeHint(), fiveDigits.minimumSizeHint());
+        if (limited)
+            QVERIFY(spinBox.sizeHint().width() < plain.sizeHint().width());
+        else
+            QCOMPARE(spinBox.sizeHint(), plain.sizeHint());
+    }
+
     void validate_data()
     {
         QTest::addColumn<QLocale>("locale");
