@@ -22,5 +22,6 @@ std::vector<Page> allPages();
 
 QWidget* createControlsPage(QWidget* parent);
 QWidget* createModelsPage(QWidget* parent);
+QWidget* createEditorsPage(QWidget* parent);
 
 } // namespace Studio
