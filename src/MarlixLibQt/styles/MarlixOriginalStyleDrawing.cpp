@@ -124,8 +124,10 @@ void MarlixOriginalStyle::drawPrimitive(
         if (frame && frame->lineWidth > 0) {
             painter->save();
             painter->setRenderHint(QPainter::Antialiasing, true);
-            painter->fillPath(roundedPath(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), CORNER_RADIUS),
-                QColor::fromRgb(CONTROL_COLOR));
+            // A read-only field sits flat on the window, so that it does not look like one that takes typing.
+            const QColor fill = (option->state & State_ReadOnly) ? option->palette.color(QPalette::Window)
+                                                                 : QColor::fromRgb(CONTROL_COLOR);
+            painter->fillPath(roundedPath(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), CORNER_RADIUS), fill);
             painter->restore();
             drawFrame(option->rect, option, painter, widget);
             drawAnimationOverlay(option->rect, option, painter, widget);

@@ -77,6 +77,7 @@ private Q_SLOTS:
     void flatButtonDrawsNoPanel_data();
     void flatButtonDrawsNoPanel();
     void disabledValuePickerPanelIsBaseStyleWithoutState();
+    void readOnlyLineEditSitsOnTheWindow();
     void branchIndicator_data();
     void branchIndicator();
     void decorationSelectionFollowsProperty_data();
@@ -367,4 +368,21 @@ void tst_StyleDrawing::spinBoxArrowsStepTheValue()
 }
 
 QTEST_MAIN(tst_StyleDrawing)
+void tst_StyleDrawing::readOnlyLineEditSitsOnTheWindow()
+{
+    MarlixOriginalStyle style;
+    QLineEdit editable;
+    QLineEdit readOnly;
+    readOnly.setReadOnly(true);
+    for (QLineEdit* edit : { &editable, &readOnly }) {
+        edit->setStyle(&style);
+        edit->setPalette(style.standardPalette());
+        edit->resize(120, 24);
+    }
+    const QPoint inside(editable.width() - 8, editable.height() / 2);
+    const QRgb window = readOnly.palette().color(QPalette::Window).rgb();
+    QCOMPARE(QColor(grabbed(readOnly).pixel(inside)).rgb(), window);
+    QVERIFY(distance(grabbed(editable).pixel(inside), window) > 10);
+}
+
 #include "tst_StyleDrawing.moc"
