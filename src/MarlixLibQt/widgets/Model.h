@@ -7,6 +7,7 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/base/Polymorphic.h>
+#include <MarlixLib/color/ColorGradient.h>
 #include <MarlixLib/color/Rgb.h>
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/math/Dir.h>
@@ -210,6 +211,7 @@ private:
     X(Marlix::Stack<bool>)                                                                                             \
     X(Marlix::Stack<Marlix::String>)                                                                                   \
     X(Marlix::Rgb)                                                                                                     \
+    X(Marlix::ColorGradient)                                                                                           \
     X(Marlix::Vector2)                                                                                                 \
     X(Marlix::Pixel)                                                                                                   \
     X(Marlix::Pos)                                                                                                     \
