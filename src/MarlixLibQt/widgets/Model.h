@@ -1,6 +1,7 @@
 #pragma once
 
 #include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/Color.h>
 
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Callbacks.h>
@@ -29,6 +30,7 @@
 #include <concepts>
 #include <cstdint>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace Marlix::Widgets {
@@ -70,6 +72,10 @@ public:
 private:
     std::atomic<std::int32_t>& depth;
 };
+
+// The integer type of Model<long long> (the colour settings) where it is not std::int64_t already: `long long` where
+// std::int64_t is `long`, otherwise `long`, so that no type is instantiated twice.
+using LongLongIfDistinct = std::conditional_t<std::is_same_v<std::int64_t, long long>, long, long long>;
 } // namespace Detail
 
 /// The observer list and the notification of a model; get() and set() are left to the concrete models.
@@ -219,7 +225,9 @@ private:
     X(Marlix::PosRotScaleTm)                                                                                           \
     X(Marlix::EntityHandle)                                                                                            \
     X(Marlix::EntityHolder<Marlix::Entity>)                                                                            \
-    X(Marlix::DisplayUnits)
+    X(Marlix::DisplayUnits)                                                                                            \
+    X(Marlix::Widgets::Detail::LongLongIfDistinct)                                                                     \
+    X(Marlix::QColorExtended)
 
 #define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
     extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \
