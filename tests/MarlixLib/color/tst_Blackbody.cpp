@@ -3,6 +3,7 @@
 
 #include <QtTest/QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -21,6 +22,11 @@ void toChromaticity(const Rgb& c, double& x, double& y)
     y = bigY / sum;
 }
 
+float largest(const Rgb& c)
+{
+    return std::max({ c.r, c.g, c.b });
+}
+
 } // namespace
 
 class TestBlackbody : public QObject
@@ -31,7 +37,9 @@ private Q_SLOTS:
     void followsPlanckianLocus_data();
     void followsPlanckianLocus();
     void referenceWhite();
-    void hotterIsBrighterAndBluer();
+    void brightestIsFull_data();
+    void brightestIsFull();
+    void hotterIsBluer();
     void rejectsBadTemperatures_data();
     void rejectsBadTemperatures();
 };
@@ -70,34 +78,48 @@ void TestBlackbody::followsPlanckianLocus()
 void TestBlackbody::referenceWhite()
 {
     // The white of the display primaries is D65, which lies next to 6500 K, so the black body there is nearly
-    // neutral.
+    // neutral; it is not made white, which is left to the caller.
     const Rgb white = blackbodyColorRgb(6500.f);
-    QVERIFY(white.r > 0.f && white.g > 0.f && white.b > 0.f);
     QCOMPARE(white.a, 1.f);
     QVERIFY(std::abs(white.r / white.g - 1.f) < 0.1f);
     QVERIFY(std::abs(white.b / white.g - 1.f) < 0.1f);
-    // Not normalised: the caller divides.
-    QVERIFY(white.g > 1.f);
-    const Rgb again = blackbodyColorRgb(6500.f);
-    QCOMPARE(again, white);
+    QVERIFY(white.r != white.g || white.g != white.b);
+    QCOMPARE(blackbodyColorRgb(6500.f), white);
 }
 
-void TestBlackbody::hotterIsBrighterAndBluer()
+void TestBlackbody::brightestIsFull_data()
 {
-    Rgb previous = blackbodyColorRgb(1700.f);
-    for (float kelvin = 2000.f; kelvin <= 15000.f; kelvin += 500.f) {
+    QTest::addColumn<float>("kelvin");
+    QTest::newRow("far below glowing") << 10.f;
+    QTest::newRow("candle") << 1700.f;
+    QTest::newRow("daylight") << 6500.f;
+    QTest::newRow("blue sky") << 15000.f;
+    QTest::newRow("star core") << 1e7f;
+}
+
+void TestBlackbody::brightestIsFull()
+{
+    // The colour of the light, not its brightness: a hotter body is not a brighter colour.
+    QFETCH(float, kelvin);
+    const Rgb c = blackbodyColorRgb(kelvin);
+    QVERIFY2(std::abs(largest(c) - 1.f) < 1e-6f, qPrintable(QString::number(largest(c))));
+}
+
+void TestBlackbody::hotterIsBluer()
+{
+    Rgb previous = blackbodyColorRgb(1000.f);
+    for (float kelvin = 1500.f; kelvin <= 40000.f; kelvin += 500.f) {
         const Rgb c = blackbodyColorRgb(kelvin);
-        QVERIFY(c.g > previous.g);
         QVERIFY(c.b / c.r > previous.b / previous.r);
+        QVERIFY(c.g / c.r > previous.g / previous.r);
         previous = c;
     }
     const Rgb candle = blackbodyColorRgb(1700.f);
-    QVERIFY(candle.r > candle.g);
+    QCOMPARE(candle.r, 1.f);
+    QVERIFY(candle.g < .3f && candle.b < .01f);
     const Rgb sky = blackbodyColorRgb(15000.f);
-    QVERIFY(sky.b > sky.r);
-    // Far below visible glow the colour is black, not a division by an infinite exponential.
-    const Rgb cold = blackbodyColorRgb(10.f);
-    QCOMPARE(cold.g, 0.f);
+    QCOMPARE(sky.b, 1.f);
+    QVERIFY(sky.r < .5f);
 }
 
 void TestBlackbody::rejectsBadTemperatures_data()
