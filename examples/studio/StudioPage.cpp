@@ -7,6 +7,7 @@ std::vector<Page> allPages()
     return {
         { QStringLiteral("Controls"), QStringLiteral("controls"), createControlsPage },
         { QStringLiteral("Models"), QStringLiteral("models"), createModelsPage },
+        { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
     };
 }
 

@@ -22,5 +22,6 @@ std::vector<Page> allPages();
 
 QWidget* createControlsPage(QWidget* parent);
 QWidget* createModelsPage(QWidget* parent);
+QWidget* createColourPage(QWidget* parent);
 
 } // namespace Studio

@@ -6,6 +6,7 @@
 #include <MarlixLib/color/Rgb.h>
 
 #include <cstddef>
+#include <utility>
 
 namespace Marlix {
 
@@ -31,7 +32,9 @@ public:
     /// Throws Exception when a position is not a number or lies outside [0, 1].
     explicit ColorGradient(Array<Stop> stops);
 
-    const Array<Stop>& getStops() const noexcept { return stops; }
+    const Array<Stop>& getStops() const& noexcept { return stops; }
+    // A gradient returned by value (a model's get()) hands its stops over, so a loop over them never dangles.
+    Array<Stop> getStops() && noexcept { return std::move(stops); }
     std::size_t getStopCount() const noexcept { return stops.size(); }
     bool isEmpty() const noexcept { return stops.empty(); }
 

@@ -26,7 +26,7 @@ ColorEditButton::ColorEditButton(SharedPtr<Model<Rgb>> color, ColorFormat format
 {
     if (!model)
         Marlix::Detail::throwStopException("widgets/ColorEditButton", __LINE__);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     registerCallback(model->addCallback([this](Rgb) { notify(); }));
     connect(this, &QToolButton::clicked, this, &ColorEditButton::openDialog);
     notify();

@@ -110,9 +110,20 @@ void ColorPickerWidget::build()
 {
     tabs = new QTabWidget(this);
     tabs->setDocumentMode(true);
+    // Every panel stays reachable: the picker is made wide enough for all tabs rather than scrolling them.
+    tabs->setUsesScrollButtons(false);
     const auto add = [this](Panel panel, QWidget* widget) {
         panels[static_cast<std::size_t>(panel)] = widget;
-        tabs->addTab(widget, tr(PANEL_TEXTS[static_cast<std::size_t>(panel)]));
+        auto* page = new QWidget;
+        auto* pageLayout = new QVBoxLayout(page);
+        pageLayout->setContentsMargins(0, pageLayout->spacing(), 0, 0);
+        // Slider panels keep their own height at the top of the page instead of stretching to the tallest panel.
+        const bool fills = panel == Panel::Hwb;
+        pageLayout->addWidget(widget, fills ? 1 : 0);
+        if (!fills)
+            pageLayout->addStretch(1);
+        pages[static_cast<std::size_t>(panel)] = page;
+        tabs->addTab(page, tr(PANEL_TEXTS[static_cast<std::size_t>(panel)]));
     };
     add(Panel::Rgb, new RgbColorPicker(color, valueType));
     if (hasAlpha())
@@ -143,8 +154,9 @@ void ColorPickerWidget::build()
     valueRow->addWidget(valueTypeBox, 1);
 
     auto* colorRow = new QHBoxLayout;
-    colorRow->addWidget(comparison, 1);
-    colorRow->addWidget(hexEditor);
+    // The hex field shares the spare width: at its minimum of eight average characters six digits can be clipped.
+    colorRow->addWidget(comparison, 2);
+    colorRow->addWidget(hexEditor, 1);
     colorRow->addWidget(screenPicker);
 
     auto* layout = new QVBoxLayout(this);
@@ -172,8 +184,8 @@ void ColorPickerWidget::revertToOriginal()
 ColorPickerWidget::Panel ColorPickerWidget::getCurrentPanel() const
 {
     QWidget* current = tabs->currentWidget();
-    for (std::size_t i = 0; i < panels.size(); ++i)
-        if (panels[i] && panels[i] == current)
+    for (std::size_t i = 0; i < pages.size(); ++i)
+        if (pages[i] && pages[i] == current)
             return static_cast<Panel>(i);
     Marlix::Detail::throwStopException("widgets/ColorPickerWidget", __LINE__);
 }
@@ -183,8 +195,8 @@ void ColorPickerWidget::setCurrentPanel(Panel panel)
     const auto index = static_cast<std::size_t>(panel);
     if (index >= panels.size())
         Marlix::Detail::throwStopException("widgets/ColorPickerWidget", __LINE__);
-    if (QWidget* widget = panels[index])
-        tabs->setCurrentWidget(widget);
+    if (QWidget* page = pages[index])
+        tabs->setCurrentWidget(page);
 }
 
 void ColorPickerWidget::notify()

@@ -94,6 +94,8 @@ private:
     SharedPtr<Model<long long>> sampleMode;
     QColorExtended original;
     std::array<QWidget*, PANEL_COUNT> panels {};
+    /// The tab page that holds each panel.
+    std::array<QWidget*, PANEL_COUNT> pages {};
     QTabWidget* tabs = nullptr;
     ComboBox* valueTypeBox = nullptr;
     HexColorEditor* hexEditor = nullptr;
