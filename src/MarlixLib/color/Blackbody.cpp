@@ -57,27 +57,51 @@ double logPlanck(double lambdaNm, double kelvin)
     return -5.0 * std::log(lambda) - logDenominator;
 }
 
+constexpr std::size_t SAMPLE_COUNT = LAST_WAVELENGTH - FIRST_WAVELENGTH + 1;
+
+struct Observer
+{
+    std::array<double, SAMPLE_COUNT> x {};
+    std::array<double, SAMPLE_COUNT> y {};
+    std::array<double, SAMPLE_COUNT> z {};
+};
+
+// The observer's curves at every sample, made once: a temperature slider asks for a colour per column.
+const Observer& getObserver()
+{
+    static const Observer observer = [] {
+        Observer result;
+        for (std::size_t i = 0; i < SAMPLE_COUNT; ++i) {
+            const double lambda = FIRST_WAVELENGTH + static_cast<double>(i);
+            result.x[i] = matchX(lambda);
+            result.y[i] = matchY(lambda);
+            result.z[i] = matchZ(lambda);
+        }
+        return result;
+    }();
+    return observer;
+}
+
 } // namespace
 
 Rgb blackbodyColorRgb(float kelvin)
 {
     if (!std::isfinite(kelvin) || kelvin <= 0.0f)
         throw Exception("A black body needs a finite temperature above 0 K, not " + std::to_string(kelvin) + " K");
-    constexpr int SAMPLE_COUNT = LAST_WAVELENGTH - FIRST_WAVELENGTH + 1;
     std::array<double, SAMPLE_COUNT> logRadiance {};
-    for (int i = 0; i < SAMPLE_COUNT; ++i)
-        logRadiance[static_cast<std::size_t>(i)] = logPlanck(FIRST_WAVELENGTH + i, kelvin);
+    for (std::size_t i = 0; i < SAMPLE_COUNT; ++i)
+        logRadiance[i] = logPlanck(FIRST_WAVELENGTH + static_cast<double>(i), kelvin);
     // Relative to the strongest sample, so that the sums stay in range at any temperature.
     const double peak = *std::max_element(logRadiance.begin(), logRadiance.end());
+    const Observer& observer = getObserver();
     double x = 0.0;
     double y = 0.0;
     double z = 0.0;
-    for (int i = 0; i < SAMPLE_COUNT; ++i) {
-        const double lambda = FIRST_WAVELENGTH + i;
-        const double radiance = std::exp(logRadiance[static_cast<std::size_t>(i)] - peak);
-        x += radiance * matchX(lambda);
-        y += radiance * matchY(lambda);
-        z += radiance * matchZ(lambda);
+    for (std::size_t i = 0; i < SAMPLE_COUNT; ++i) {
+        const double radiance = std::exp(logRadiance[i] - peak);
+        x += radiance * observer.x[i];
+        y += radiance * observer.y[i];
+        z += radiance * observer.z[i];
     }
     // XYZ to linear Rec.709 / sRGB primaries with the D65 white.
     const double r = 3.2404542 * x - 1.5371385 * y - 0.4985314 * z;
