@@ -87,8 +87,8 @@ QGroupBox* pickerBox(const SharedPtr<Model<QColorExtended>>& color)
 {
     auto* box = new QGroupBox(QObject::tr("ColorPickerWidget on one shared Model<QColorExtended>"));
     auto* layout = new QVBoxLayout(box);
-    auto* picker = new Marlix::Widgets::ColorPickerWidget(Marlix::Widgets::ColorFormat::Rgba, color,
-        Marlix::Widgets::ColorPickerDialog::getGlobalValueTypeModel());
+    auto* picker = new Marlix::Widgets::ColorPickerWidget(
+        Marlix::Widgets::ColorFormat::Rgba, color, Marlix::Widgets::ColorPickerDialog::getGlobalValueTypeModel());
     picker->setCurrentPanel(Marlix::Widgets::ColorPickerWidget::Panel::Hwb);
     layout->addWidget(picker);
     layout->addStretch(1);

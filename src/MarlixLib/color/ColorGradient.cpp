@@ -69,7 +69,8 @@ std::size_t ColorGradient::addStop(const Stop& stop)
 void ColorGradient::removeStop(std::size_t index)
 {
     if (index >= stops.size())
-        throw Exception("The gradient has no stop " + std::to_string(index) + "; it has " + std::to_string(stops.size()));
+        throw Exception(
+            "The gradient has no stop " + std::to_string(index) + "; it has " + std::to_string(stops.size()));
     stops.erase(stops.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
@@ -80,8 +81,8 @@ Rgb ColorGradient::getRgbAt(float position) const noexcept
     const float t = std::isnan(position) ? 0.0f : std::clamp(position, 0.0f, 1.0f);
     // The first stop beyond t: its predecessor lies at or before t, so the span between them is never zero and a
     // hard edge (two stops at one position) switches to the later colour exactly at that position.
-    const auto after = std::upper_bound(stops.begin(), stops.end(), t,
-        [](float value, const Stop& stop) { return value < stop.position; });
+    const auto after = std::upper_bound(
+        stops.begin(), stops.end(), t, [](float value, const Stop& stop) { return value < stop.position; });
     if (after == stops.begin())
         return stops.front().color;
     if (after == stops.end())
@@ -115,7 +116,8 @@ Expected<ColorGradient, String> ValueTraits<ColorGradient>::fromString(StringVie
         text = end == StringView::npos ? StringView {} : trim(text.substr(end + 1));
         const std::size_t open = item.find('(');
         if (open == StringView::npos)
-            return Unexpected<String>("\"" + String(item) + "\" is not a gradient stop: expected position (r, g, b, a)");
+            return Unexpected<String>(
+                "\"" + String(item) + "\" is not a gradient stop: expected position (r, g, b, a)");
         const auto position = ValueTraits<float>::fromString(item.substr(0, open));
         if (!position)
             return Unexpected<String>("Gradient stop \"" + String(item) + "\": " + position.error());

@@ -21,8 +21,8 @@ class MARLIXLIBQT_EXPORT ColorEditButton : public QToolButton, public BaseWithMo
     Q_OBJECT
 
 public:
-    explicit ColorEditButton(SharedPtr<Model<Rgb>> color, ColorFormat format = ColorFormat::Rgb,
-        QWidget* parent = nullptr);
+    explicit ColorEditButton(
+        SharedPtr<Model<Rgb>> color, ColorFormat format = ColorFormat::Rgb, QWidget* parent = nullptr);
     ~ColorEditButton() override;
 
     ColorFormat getColorFormat() const { return format; }

@@ -29,9 +29,9 @@ ColorPickerDialog::ColorPickerDialog(QWidget* parent, ColorFormat format)
 {
     setWindowTitle(tr(DEFAULT_TITLE));
     setModal(true);
-    picker = new ColorPickerWidget(format,
-        makeSharedPtr<VariableModel<QColorExtended>>(QColorExtended(QColor(Qt::white))), getGlobalValueTypeModel(),
-        this);
+    picker
+        = new ColorPickerWidget(format, makeSharedPtr<VariableModel<QColorExtended>>(QColorExtended(QColor(Qt::white))),
+            getGlobalValueTypeModel(), this);
     buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -24,7 +24,8 @@ namespace Marlix::Widgets {
 namespace {
 constexpr double COMPARISON_WIDTH = 96.0;
 constexpr double COMPARISON_HEIGHT = 24.0;
-constexpr const char* COMPARISON_TOOL_TIP = "Left: the original color, click it to go back to it. Right: the new color.";
+constexpr const char* COMPARISON_TOOL_TIP
+    = "Left: the original color, click it to go back to it. Right: the new color.";
 
 /// The original colour on the left half and the current one on the right half; a click on the left half restores
 /// the original. The picker repaints it on every colour change.
@@ -41,8 +42,8 @@ public:
 
     QSize sizeHint() const override
     {
-        return QSize(getDeviceIndependentPixels(COMPARISON_WIDTH, this),
-            getDeviceIndependentPixels(COMPARISON_HEIGHT, this));
+        return QSize(
+            getDeviceIndependentPixels(COMPARISON_WIDTH, this), getDeviceIndependentPixels(COMPARISON_HEIGHT, this));
     }
 
 protected:

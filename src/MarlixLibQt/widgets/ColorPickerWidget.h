@@ -20,7 +20,8 @@ class HexColorEditor;
 class ScreenColorPicker;
 
 /// Whether a colour editor hands out and accepts an alpha channel; without it every colour is opaque.
-enum class ColorFormat : std::int32_t {
+enum class ColorFormat : std::int32_t
+{
     Rgb = 0,
     Rgba = 1,
 };
@@ -32,7 +33,8 @@ class MARLIXLIBQT_EXPORT ColorPickerWidget : public Container, public BaseWithMo
     Q_OBJECT
 
 public:
-    enum class Panel : std::int32_t {
+    enum class Panel : std::int32_t
+    {
         Rgb = 0,
         Rgba = 1,
         Hsv = 2,
@@ -48,8 +50,8 @@ public:
     static constexpr const char* VALUE_TYPE_LABEL = "Values";
 
     /// Binds the picker to `color` and to the value type shown by the spinners (a ColorValueType as integer).
-    ColorPickerWidget(ColorFormat format, SharedPtr<Model<QColorExtended>> color,
-        SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
+    ColorPickerWidget(ColorFormat format, SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
+        QWidget* parent = nullptr);
     /// A picker with models of its own, showing sRGB numbers from 0 to 255.
     explicit ColorPickerWidget(ColorFormat format = ColorFormat::Rgba, QWidget* parent = nullptr);
     ~ColorPickerWidget() override;

@@ -42,9 +42,8 @@ Array<std::byte> write(const ColorGradient& gradient)
 Expected<void, String> read(ArrayView<const std::byte> bytes, ColorGradient& target)
 {
     CborDeserializer in(bytes);
-    const EntityResolver noEntities = [](std::uint64_t) -> Expected<SharedPtr<Entity>, String> {
-        return Unexpected<String>("no entities here");
-    };
+    const EntityResolver noEntities
+        = [](std::uint64_t) -> Expected<SharedPtr<Entity>, String> { return Unexpected<String>("no entities here"); };
     return TypeDatabase::instance().lookupNativeTypeDefinition<ColorGradient>()->deserialize(
         in, "gradient", noEntities, &target);
 }

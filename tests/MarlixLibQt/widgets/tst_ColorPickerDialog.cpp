@@ -64,8 +64,8 @@ void clickRow(ColorPickerWidget& widget, ColorPickerWidget::Panel panel, Compone
         widget.getPanel(panel));
     QVERIFY(picker);
     ColorSlider* slider = picker->getRow(component)->getSlider();
-    QTest::mouseClick(slider, Qt::LeftButton, {},
-        QPoint(static_cast<int>(std::lround(t * slider->width())), slider->height() / 2));
+    QTest::mouseClick(
+        slider, Qt::LeftButton, {}, QPoint(static_cast<int>(std::lround(t * slider->width())), slider->height() / 2));
 }
 } // namespace
 
@@ -189,7 +189,8 @@ void TestColorPickerDialog::globalValueTypeModel()
     QCOMPARE(a.getPickerWidget()->getValueTypeModel(), first);
     QCOMPARE(b.getPickerWidget()->getValueTypeModel(), first);
 
-    const auto replacement = makeSharedPtr<VariableModel<long long>>(static_cast<long long>(ColorValueType::SrgbPercent));
+    const auto replacement
+        = makeSharedPtr<VariableModel<long long>>(static_cast<long long>(ColorValueType::SrgbPercent));
     ColorPickerDialog::setGlobalValueTypeModel(replacement);
     ColorPickerDialog c;
     QCOMPARE(c.getPickerWidget()->getValueTypeBox()->currentText(), QStringLiteral("sRGB (0-100%)"));
@@ -230,14 +231,14 @@ void TestColorPickerDialog::valueConversions_data()
     QTest::addColumn<Rgb>("output");
     // 0.5 ^ (1 / 2.2) = 0.7297 shows as 186, and 186 comes back as (186 / 255) ^ 2.2.
     const float back186 = linearOfByte(186);
-    QTest::newRow("with alpha") << int(ColorFormat::Rgba) << Rgb { 0.5f, 0.0f, 1.0f, 0.25f }
-                                << QColor(186, 0, 255, 64) << Rgb { back186, 0.0f, 1.0f, 64 * 0.003921569f };
+    QTest::newRow("with alpha") << int(ColorFormat::Rgba) << Rgb { 0.5f, 0.0f, 1.0f, 0.25f } << QColor(186, 0, 255, 64)
+                                << Rgb { back186, 0.0f, 1.0f, 64 * 0.003921569f };
     QTest::newRow("without alpha the colour is opaque") << int(ColorFormat::Rgb) << Rgb { 0.5f, 0.0f, 1.0f, 0.25f }
                                                         << QColor(186, 0, 255) << Rgb { back186, 0.0f, 1.0f, 1.0f };
     QTest::newRow("light above one is cut") << int(ColorFormat::Rgba) << Rgb { 4.0f, 1.0f, 0.0f, 1.0f }
                                             << QColor(255, 255, 0) << Rgb { 1.0f, 1.0f, 0.0f, 1.0f };
-    QTest::newRow("transparent black") << int(ColorFormat::Rgba) << Rgb { 0.0f, 0.0f, 0.0f, 0.0f }
-                                       << QColor(0, 0, 0, 0) << Rgb { 0.0f, 0.0f, 0.0f, 0.0f };
+    QTest::newRow("transparent black") << int(ColorFormat::Rgba) << Rgb { 0.0f, 0.0f, 0.0f, 0.0f } << QColor(0, 0, 0, 0)
+                                       << Rgb { 0.0f, 0.0f, 0.0f, 0.0f };
 }
 
 void TestColorPickerDialog::valueConversions()

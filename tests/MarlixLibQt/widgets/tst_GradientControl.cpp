@@ -139,7 +139,8 @@ void TestGradientControl::rampShowsGradient()
     QCOMPARE(ramp.pixel(0, y), qRgb(255, 0, 0));
     QCOMPARE(ramp.pixel(ramp.width() - 1, y), qRgb(0, 0, 255));
     // Every column shows the linear mix of the gradient there, display-encoded with the power 1 / 2.2.
-    const auto encode = [](float linear) { return static_cast<int>(std::lround(std::pow(linear, 1.0f / 2.2f) * 255.0f)); };
+    const auto encode
+        = [](float linear) { return static_cast<int>(std::lround(std::pow(linear, 1.0f / 2.2f) * 255.0f)); };
     for (int x = 0; x < ramp.width(); x += 7) {
         const Rgb expected = threeStops().getRgbAt(static_cast<float>(x) / static_cast<float>(ramp.width() - 1));
         const QRgb shown = ramp.pixel(x, y);
