@@ -6,6 +6,8 @@
 
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace Marlix::Widgets {
 
 AlbedoColorPicker::AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent)
@@ -24,14 +26,18 @@ AlbedoColorPicker::AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWi
         });
     // No value type: an albedo is a linear quantity of its own, shown as it is.
     row = new ColorSliderRow(std::move(component), nullptr, LABEL, &Marlix::albedoToColor, 0.0f, 1.0f,
-                             ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
+        ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(row);
     readAlbedo();
 }
 
-AlbedoColorPicker::~AlbedoColorPicker() = default;
+AlbedoColorPicker::~AlbedoColorPicker()
+{
+    // The row's model reads this picker: the row goes while the picker is still whole, not after its members.
+    delete std::exchange(row, nullptr);
+}
 
 float AlbedoColorPicker::readAlbedo()
 {

@@ -25,8 +25,8 @@ ColorSlider::MappingFunction makeMapping(Specification spec, int index, const QC
 } // namespace
 
 template <class Component, int N>
-ColorPicker<Component, N>::ColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                                       QWidget* parent)
+ColorPicker<Component, N>::ColorPicker(
+    SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent)
     : QFrame(parent)
     , color(std::move(color))
     , valueType(std::move(valueType))
@@ -65,16 +65,14 @@ void ColorPicker<Component, N>::makeColorPicker(QColorExtended::Specification sp
 
 template <class Component, int N>
 ColorSliderRow* ColorPicker<Component, N>::makeRow(QColorExtended::Specification spec, Component component,
-                                                   const QColorExtended& reference, float low, float high,
-                                                   QWidget* parent)
+    const QColorExtended& reference, float low, float high, QWidget* parent)
 {
     const int index = static_cast<int>(indexOf(component));
     Model<QColorExtended>* source = color.get();
     auto componentModel = makeSharedPtr<LambdaModel<float>>(
         color, [source, spec, index] { return source->get().componentF(spec, index); },
-        [source, spec, index](float value) {
-            source->set(QColorExtended::withComponent(source->get(), spec, index, value));
-        });
+        [source, spec, index](
+            float value) { source->set(QColorExtended::withComponent(source->get(), spec, index, value)); });
 
     String label;
     for (const auto& description : ColorPickerTable<Component>::ROWS)
@@ -87,8 +85,7 @@ ColorSliderRow* ColorPicker<Component, N>::makeRow(QColorExtended::Specification
     // Every component of an RGBA colour carries its alpha, so every row of that panel may be translucent.
     const bool translucent = spec == QColorExtended::Specification::RgbaSpec;
     auto* row = new ColorSliderRow(std::move(componentModel), valueType, label, makeMapping(spec, index, gradientBase),
-                                   low, high, ColorSliderRow::DEFAULT_SLIDER_WIDTH, translucent,
-                                   SpinBox::StepType::Fixed, parent);
+        low, high, ColorSliderRow::DEFAULT_SLIDER_WIDTH, translucent, SpinBox::StepType::Fixed, parent);
     if (followsColor)
         registerCallback(color->addCallback([row = QPointer<ColorSliderRow>(row), spec, index](QColorExtended current) {
             if (row)
@@ -129,26 +126,26 @@ template class ColorPicker<QColorExtended::RgbaComponent, 4>;
 template class ColorPicker<QColorExtended::HsvComponent, 3>;
 template class ColorPicker<QColorExtended::CmykComponent, 4>;
 
-RgbColorPicker::RgbColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                               QWidget* parent)
+RgbColorPicker::RgbColorPicker(
+    SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent)
     : RgbColorPickerBase(std::move(color), std::move(valueType), parent)
 {
 }
 
-RgbaColorPicker::RgbaColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                                 QWidget* parent)
+RgbaColorPicker::RgbaColorPicker(
+    SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent)
     : RgbaColorPickerBase(std::move(color), std::move(valueType), parent)
 {
 }
 
-HsvColorPicker::HsvColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                               QWidget* parent)
+HsvColorPicker::HsvColorPicker(
+    SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent)
     : HsvColorPickerBase(std::move(color), std::move(valueType), parent)
 {
 }
 
-CmykColorPicker::CmykColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                                 QWidget* parent)
+CmykColorPicker::CmykColorPicker(
+    SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent)
     : CmykColorPickerBase(std::move(color), std::move(valueType), parent)
 {
 }

@@ -92,7 +92,7 @@ protected:
     void makeColorPicker(QColorExtended::Specification spec, QWidget* parent);
     /// A valid `reference` fixes the row's gradient to that colour instead of following the colour model.
     ColorSliderRow* makeRow(QColorExtended::Specification spec, Component component, const QColorExtended& reference,
-                            float low, float high, QWidget* parent);
+        float low, float high, QWidget* parent);
     void makeLayout();
 
 private:
@@ -125,8 +125,8 @@ class MARLIXLIBQT_EXPORT RgbColorPicker : public RgbColorPickerBase
     Q_OBJECT
 
 public:
-    RgbColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                   QWidget* parent = nullptr);
+    RgbColorPicker(
+        SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
 
 /// Red, green, blue and alpha of a colour, over a checkerboard where the colour is translucent.
@@ -135,8 +135,8 @@ class MARLIXLIBQT_EXPORT RgbaColorPicker : public RgbaColorPickerBase
     Q_OBJECT
 
 public:
-    RgbaColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                    QWidget* parent = nullptr);
+    RgbaColorPicker(
+        SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
 
 /// Hue, saturation and value of a colour.
@@ -145,8 +145,8 @@ class MARLIXLIBQT_EXPORT HsvColorPicker : public HsvColorPickerBase
     Q_OBJECT
 
 public:
-    HsvColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                   QWidget* parent = nullptr);
+    HsvColorPicker(
+        SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
 
 /// Cyan, magenta, yellow and key of a colour.
@@ -155,8 +155,8 @@ class MARLIXLIBQT_EXPORT CmykColorPicker : public CmykColorPickerBase
     Q_OBJECT
 
 public:
-    CmykColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
-                    QWidget* parent = nullptr);
+    CmykColorPicker(
+        SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
 
 } // namespace Marlix::Widgets

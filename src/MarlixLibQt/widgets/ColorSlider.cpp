@@ -22,8 +22,8 @@ namespace {
 constexpr QRgb OPAQUE_ALPHA = 0xff000000u;
 } // namespace
 
-ColorSlider::ColorSlider(SharedPtr<Model<float>> model, MappingFunction mapping, int widthHint, bool showTransparency,
-                         QWidget* parent)
+ColorSlider::ColorSlider(
+    SharedPtr<Model<float>> model, MappingFunction mapping, int widthHint, bool showTransparency, QWidget* parent)
     : QWidget(parent)
     , model(std::move(model))
     , mapping(std::move(mapping))

@@ -22,7 +22,7 @@ public:
     using MappingFunction = Function<QColor(float)>;
 
     ColorSlider(SharedPtr<Model<float>> model, MappingFunction mapping, int widthHint, bool showTransparency,
-                QWidget* parent = nullptr);
+        QWidget* parent = nullptr);
     ~ColorSlider() override;
 
     /// New colours for the track; the gradient is made again at once when the slider is shown, else when it is.

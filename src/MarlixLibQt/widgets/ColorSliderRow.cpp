@@ -51,9 +51,8 @@ bool isPercent(ColorValueType type)
 } // namespace
 
 ColorSliderRow::ColorSliderRow(SharedPtr<Model<float>> component, SharedPtr<Model<long long>> valueType,
-                               const String& labelText, ColorSlider::MappingFunction mapping, float low, float high,
-                               int sliderWidthHint, bool showTransparency, SpinBox::StepType stepType,
-                               QWidget* parent)
+    const String& labelText, ColorSlider::MappingFunction mapping, float low, float high, int sliderWidthHint,
+    bool showTransparency, SpinBox::StepType stepType, QWidget* parent)
     : QFrame(parent)
     , component(std::move(component))
     , valueTypeModel(std::move(valueType))
@@ -82,8 +81,7 @@ ColorSliderRow::ColorSliderRow(SharedPtr<Model<float>> component, SharedPtr<Mode
     layout->addWidget(spinBox);
 
     if (valueTypeModel)
-        registerCallback(
-            valueTypeModel->addCallback([this](long long type) { setValueType(toColorValueType(type)); }));
+        registerCallback(valueTypeModel->addCallback([this](long long type) { setValueType(toColorValueType(type)); }));
     setValueType(valueTypeModel ? toColorValueType(valueTypeModel->get()) : ColorValueType::SrgbUnit);
     notify();
 }
@@ -116,13 +114,14 @@ void ColorSliderRow::setValueType(ColorValueType type)
     const ColorValueType curve = valueTypeModel ? type : ColorValueType::SrgbUnit;
     const FieldFormat format = valueTypeModel ? typeFormat
         : shownHigh - shownLow >= WIDE_RANGE  ? FieldFormat { 0, 1.0 }
-                                               : FieldFormat { 3, 0.01 };
+                                              : FieldFormat { 3, 0.01 };
 
     ModelValueConverter<double> conversion;
     conversion.toDisplay
         = [curve, shownLow, shownHigh](double value) { return componentToDisplay(curve, value, shownLow, shownHigh); };
-    conversion.fromDisplay
-        = [curve, shownLow, shownHigh](double shownValue) { return displayToComponent(curve, shownValue, shownLow, shownHigh); };
+    conversion.fromDisplay = [curve, shownLow, shownHigh](double shownValue) {
+        return displayToComponent(curve, shownValue, shownLow, shownHigh);
+    };
     if (valueTypeModel && isPercent(type))
         conversion.suffix = "%";
     spinBox->setConversion(std::move(conversion));

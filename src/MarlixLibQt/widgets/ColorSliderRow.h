@@ -28,9 +28,9 @@ public:
     static constexpr double BYTE_RANGE = 255.0;
 
     ColorSliderRow(SharedPtr<Model<float>> component, SharedPtr<Model<long long>> valueType, const String& label,
-                   ColorSlider::MappingFunction mapping, float low, float high,
-                   int sliderWidthHint = DEFAULT_SLIDER_WIDTH, bool showTransparency = false,
-                   SpinBox::StepType stepType = SpinBox::StepType::Fixed, QWidget* parent = nullptr);
+        ColorSlider::MappingFunction mapping, float low, float high, int sliderWidthHint = DEFAULT_SLIDER_WIDTH,
+        bool showTransparency = false, SpinBox::StepType stepType = SpinBox::StepType::Fixed,
+        QWidget* parent = nullptr);
     ~ColorSliderRow() override;
 
     void setMappingFunction(ColorSlider::MappingFunction mapping);

@@ -6,6 +6,8 @@
 
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace Marlix::Widgets {
 
 TemperatureColorPicker::TemperatureColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent)
@@ -19,14 +21,17 @@ TemperatureColorPicker::TemperatureColorPicker(SharedPtr<Model<QColorExtended>> 
         this->color, [this] { return temperature; }, [this](float t) { setTemperature(t); });
     // No value type: kelvins are no colour component, neither sRGB nor linear.
     row = new ColorSliderRow(std::move(component), nullptr, LABEL, &Marlix::temperatureToColor, LOWEST_KELVIN,
-                             HIGHEST_KELVIN, ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed,
-                             this);
+        HIGHEST_KELVIN, ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(row);
 }
 
-TemperatureColorPicker::~TemperatureColorPicker() = default;
+TemperatureColorPicker::~TemperatureColorPicker()
+{
+    // The row's model reads this picker: the row goes while the picker is still whole, not after its members.
+    delete std::exchange(row, nullptr);
+}
 
 void TemperatureColorPicker::setTemperature(float t)
 {

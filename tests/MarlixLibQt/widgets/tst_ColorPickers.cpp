@@ -104,8 +104,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("spec");
         QTest::addColumn<int>("component");
-        const std::pair<Spec, int> panels[] = { { Spec::RgbSpec, 3 }, { Spec::RgbaSpec, 4 }, { Spec::HsvSpec, 3 },
-                                                { Spec::CmykSpec, 4 } };
+        const std::pair<Spec, int> panels[]
+            = { { Spec::RgbSpec, 3 }, { Spec::RgbaSpec, 4 }, { Spec::HsvSpec, 3 }, { Spec::CmykSpec, 4 } };
         const char* names[] = { "rgb", "rgba", "hsv", "hwb", "cmyk" };
         for (const auto& [spec, count] : panels)
             for (int c = 0; c < count; ++c)
@@ -134,11 +134,11 @@ private Q_SLOTS:
         const QColorExtended after = color->get();
         const float expected = static_cast<float>(end.x()) / static_cast<float>(slider->width());
         QVERIFY2(std::abs(after.componentF(s, component) - expected) < CHANNEL_TOLERANCE,
-                 qPrintable(QString::number(after.componentF(s, component))));
+            qPrintable(QString::number(after.componentF(s, component))));
         for (int other = 0; other < panel.rowCount; ++other)
             if (other != component)
                 QVERIFY2(std::abs(after.componentF(s, other) - before.componentF(s, other)) < CHANNEL_TOLERANCE,
-                         qPrintable(QStringLiteral("component %1 moved").arg(other)));
+                    qPrintable(QStringLiteral("component %1 moved").arg(other)));
         if (s != Spec::RgbaSpec)
             QCOMPARE(after.alpha(), before.alpha());
         const ColorSliderRow* row = panel.rows[static_cast<std::size_t>(component)];
@@ -168,7 +168,8 @@ private Q_SLOTS:
         const Panel panel = makePanel(s, color, makeValueType());
         std::array<int, 4> updates {};
         for (int i = 0; i < panel.rowCount; ++i)
-            updates[static_cast<std::size_t>(i)] = panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount();
+            updates[static_cast<std::size_t>(i)]
+                = panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount();
 
         ColorSlider* slider = panel.rows[static_cast<std::size_t>(dragged)]->getSlider();
         QTest::mouseClick(slider, Qt::LeftButton, {}, sliderPoint(slider, 0.1f));
@@ -186,7 +187,7 @@ private Q_SLOTS:
         // One colour change is one new gradient per row, the dragged row included, and nothing more.
         for (int i = 0; i < panel.rowCount; ++i)
             QCOMPARE(panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount(),
-                     updates[static_cast<std::size_t>(i)] + color->sets);
+                updates[static_cast<std::size_t>(i)] + color->sets);
     }
 
     void valueTypeRelabelsWithoutChangingColor_data()
@@ -230,7 +231,7 @@ private Q_SLOTS:
                 const double shown = low + (high - low) * (linear ? std::pow(v, 2.2) : v);
                 const double halfDigit = 0.5 * std::pow(10.0, -field->decimals());
                 QVERIFY2(std::abs(field->value() - shown) <= halfDigit + 1e-9,
-                         qPrintable(QStringLiteral("row %1 shows %2, expected %3").arg(i).arg(field->text()).arg(shown)));
+                    qPrintable(QStringLiteral("row %1 shows %2, expected %3").arg(i).arg(field->text()).arg(shown)));
                 QCOMPARE(field->maximum(), high);
             }
         }
@@ -344,12 +345,22 @@ private Q_SLOTS:
         // The field does not depend on the colour: only the cursor moves.
         color->set(QColor(20, 200, 10));
         QCOMPARE(field->getFieldUpdateCount(), 1);
+        // Every pixel is the HWB colour of its hue and blackness at whiteness 0, the black bottom row included.
         const QImage image = field->getField().toImage();
-        const int x = field->width() / 2;
-        const int y = field->height() / 3;
-        const float hue = static_cast<float>(x) / static_cast<float>(field->width() - 1);
-        const float blackness = static_cast<float>(y) / static_cast<float>(field->height() - 1);
-        QCOMPARE(image.pixel(x, y), QColorExtended::fromHwbF(hue, 0.0f, blackness).getColor().rgb());
+        for (int y = 0; y < image.height(); ++y) {
+            const float blackness = static_cast<float>(y) / static_cast<float>(image.height() - 1);
+            for (int x = 0; x < image.width(); ++x) {
+                const float hue = static_cast<float>(x) / static_cast<float>(image.width() - 1);
+                const QRgb expected = QColorExtended::fromHwbF(hue, 0.0f, blackness).getColor().rgb();
+                if (image.pixel(x, y) != expected)
+                    QFAIL(qPrintable(QStringLiteral("pixel %1, %2 is %3, not %4")
+                                         .arg(x)
+                                         .arg(y)
+                                         .arg(image.pixel(x, y), 0, 16)
+                                         .arg(expected, 0, 16)));
+            }
+        }
+        QCOMPARE(image.pixel(image.width() / 2, image.height() - 1), qRgb(0, 0, 0));
     }
 
     void whitenessBarClick_data()
@@ -383,7 +394,7 @@ private Q_SLOTS:
         const int row = bar->height() / 2;
         const float w = static_cast<float>(row) / static_cast<float>(bar->height() - 1);
         QCOMPARE(bar->getBar().toImage().pixel(1, row),
-                 QColorExtended::fromHwbF(after.hueF(), w, after.blacknessF()).getColor().rgb());
+            QColorExtended::fromHwbF(after.hueF(), w, after.blacknessF()).getColor().rgb());
     }
 
     void temperatureWithinOneKelvin_data()
@@ -429,8 +440,8 @@ private Q_SLOTS:
         QCOMPARE(color->commits, 1);
         if (setsAtPress > 0) {
             const QColor expected = TemperatureColorPicker::temperatureToColor(stored);
-            QCOMPARE(color->get().getColor(),
-                     QColor::fromRgbF(expected.redF(), expected.greenF(), expected.blueF(), 0.4f));
+            QCOMPARE(
+                color->get().getColor(), QColor::fromRgbF(expected.redF(), expected.greenF(), expected.blueF(), 0.4f));
         }
         QCOMPARE(picker.getRow()->getSpinBox()->value(), static_cast<double>(kelvin));
     }
