@@ -8,6 +8,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Controls"), QStringLiteral("controls"), createControlsPage },
         { QStringLiteral("Models"), QStringLiteral("models"), createModelsPage },
         { QStringLiteral("Editors"), QStringLiteral("editors"), createEditorsPage },
+        { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
     };
 }
 

@@ -23,5 +23,6 @@ std::vector<Page> allPages();
 QWidget* createControlsPage(QWidget* parent);
 QWidget* createModelsPage(QWidget* parent);
 QWidget* createEditorsPage(QWidget* parent);
+QWidget* createColourPage(QWidget* parent);
 
 } // namespace Studio

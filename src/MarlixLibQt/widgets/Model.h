@@ -1,12 +1,14 @@
 #pragma once
 
 #include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/Color.h>
 
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Callbacks.h>
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/base/Polymorphic.h>
+#include <MarlixLib/color/ColorGradient.h>
 #include <MarlixLib/color/Rgb.h>
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/math/Dir.h>
@@ -28,6 +30,7 @@
 #include <concepts>
 #include <cstdint>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace Marlix::Widgets {
@@ -69,6 +72,10 @@ public:
 private:
     std::atomic<std::int32_t>& depth;
 };
+
+// The integer type of Model<long long> (the colour settings) where it is not std::int64_t already: `long long` where
+// std::int64_t is `long`, otherwise `long`, so that no type is instantiated twice.
+using LongLongIfDistinct = std::conditional_t<std::is_same_v<std::int64_t, long long>, long, long long>;
 } // namespace Detail
 
 /// The observer list and the notification of a model; get() and set() are left to the concrete models.
@@ -210,6 +217,7 @@ private:
     X(Marlix::Stack<bool>)                                                                                             \
     X(Marlix::Stack<Marlix::String>)                                                                                   \
     X(Marlix::Rgb)                                                                                                     \
+    X(Marlix::ColorGradient)                                                                                           \
     X(Marlix::Vector2)                                                                                                 \
     X(Marlix::Pixel)                                                                                                   \
     X(Marlix::Pos)                                                                                                     \
@@ -217,7 +225,9 @@ private:
     X(Marlix::PosRotScaleTm)                                                                                           \
     X(Marlix::EntityHandle)                                                                                            \
     X(Marlix::EntityHolder<Marlix::Entity>)                                                                            \
-    X(Marlix::DisplayUnits)
+    X(Marlix::DisplayUnits)                                                                                            \
+    X(Marlix::Widgets::Detail::LongLongIfDistinct)                                                                     \
+    X(Marlix::QColorExtended)
 
 #define MARLIX_EXTERN_MODEL_TYPES(...)                                                                                 \
     extern template class MARLIXLIBQT_EXPORT Marlix::Widgets::Model<__VA_ARGS__>;                                      \
