@@ -6,6 +6,7 @@
 
 #include <QtTest/QTest>
 
+#include <memory>
 #include <thread>
 
 using namespace Marlix;
@@ -18,6 +19,7 @@ private Q_SLOTS:
     void callsInRegistrationOrder();
     void removalWhileCalling_data();
     void removalWhileCalling();
+    void removedCallableIsReleased();
     void additionWhileCallingWaitsForNextRound();
     void lifetimeOutlivesList();
     void exceptionDoesNotStopOtherCallbacks();
@@ -69,6 +71,31 @@ void TestCallbacks::removalWhileCalling()
     list.call();
     list.call();
     QCOMPARE(seen, expected);
+}
+
+void TestCallbacks::removedCallableIsReleased()
+{
+    // Another entry's captures go at once; a running entry that removes itself keeps them until the round ends.
+    CallbackList<> list;
+    auto otherResource = std::make_shared<int>(1);
+    auto selfResource = std::make_shared<int>(2);
+    const std::weak_ptr<int> other = otherResource;
+    const std::weak_ptr<int> self = selfResource;
+    CallbackLifetime remover;
+    CallbackLifetime removed = list.add([r = std::move(otherResource)] { });
+    bool otherGoneInsideTheRound = false;
+    bool selfAliveInsideTheRound = false;
+    remover = list.add([&, r = std::move(selfResource)] {
+        removed.reset();
+        otherGoneInsideTheRound = other.expired();
+        remover.reset();
+        selfAliveInsideTheRound = !self.expired() && *r == 2;
+    });
+    list.call();
+    QVERIFY(otherGoneInsideTheRound);
+    QVERIFY(selfAliveInsideTheRound);
+    QVERIFY(self.expired());
+    QCOMPARE(list.size(), std::size_t(0));
 }
 
 void TestCallbacks::additionWhileCallingWaitsForNextRound()
