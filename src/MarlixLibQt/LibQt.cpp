@@ -2,6 +2,7 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/PropertyControllerObserver.h>
 
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/base/Exception.h>
@@ -370,6 +371,7 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
             && !attributes.has(Attribute::NoModifierKeysTracking))
             installModifierTracking();
         qRegisterMetaType<String>("String");
+        Widgets::PropertyControllerHandler::registerMetaType();
     } catch (...) {
         lastStop(); // a failed start leaves nothing behind
         throw;

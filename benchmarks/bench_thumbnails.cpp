@@ -1,0 +1,124 @@
+#include <MarlixLibQt/widgets/ThumbnailManager.h>
+
+#include <MarlixTestScene/TestScene.h>
+
+#include <QGuiApplication>
+#include <QPixmapCache>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+using namespace Marlix;
+
+namespace {
+
+/// A flat grey square: the benchmark measures the cache, not the rendering.
+class GreyProvider : public IThumbnailProvider
+{
+public:
+    Bitmap renderThumbnail(const EntityHolder<Entity>&, int width, int height) override
+    {
+        return Bitmap(width, height, RgbaBytes { 128, 128, 128, 255 });
+    }
+};
+
+/// One manager with one rendered material, shared by both measurements so that they read the same cache entry.
+struct Fixture
+{
+    Fixture()
+        : manager(makeSharedPtr<ThumbnailManager>())
+        , material(TestScene::materialClass().create())
+        , client(manager, { 32, 32 }, [this](ArrayView<const EntityHolder<Entity>>) { rendered = true; }, 0)
+    {
+        const EntityClassInfo classes[] = { TestScene::materialClass() };
+        manager->registerProvider(classes, {}, makeSharedPtr<GreyProvider>());
+        client.getThumbnail(material);
+        while (!rendered)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        // The first request after the render makes the pixmap; every later one is a cache hit.
+        client.getThumbnail(material);
+        key = ThumbnailManager::makePixmapKey(material->getId(), { 32, 32 }, qApp->devicePixelRatio(), 0);
+    }
+
+    SharedPtr<ThumbnailManager> manager;
+    EntityHolder<Entity> material;
+    bool rendered = false;
+    ThumbnailClient client;
+    QString key;
+};
+
+// Made in main() so that it goes away while the application still exists.
+Fixture* current = nullptr;
+
+Fixture& fixture()
+{
+    return *current;
+}
+
+void BM_QPixmapCacheFind(benchmark::State& state)
+{
+    const QString key = fixture().key;
+    QPixmap pixmap;
+    for (auto _ : state) {
+        const bool found = QPixmapCache::find(key, &pixmap);
+        benchmark::DoNotOptimize(found);
+        benchmark::DoNotOptimize(pixmap);
+    }
+}
+BENCHMARK(BM_QPixmapCacheFind);
+
+void BM_ThumbnailClientHit(benchmark::State& state)
+{
+    Fixture& f = fixture();
+    for (auto _ : state) {
+        QPixmap pixmap = f.client.getThumbnail(f.material);
+        benchmark::DoNotOptimize(pixmap);
+    }
+    if (f.client.getThumbnail(f.material).isNull())
+        state.SkipWithError("the thumbnail was not cached");
+}
+BENCHMARK(BM_ThumbnailClientHit);
+
+/// Prints the hit path's cost as a multiple of the bare pixmap-cache lookup.
+class RatioReporter : public benchmark::ConsoleReporter
+{
+public:
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
+                times[run.benchmark_name()] = run.GetAdjustedRealTime();
+    }
+    void Finalize() override
+    {
+        ConsoleReporter::Finalize();
+        const double baseline = times["BM_QPixmapCacheFind"];
+        const double hit = times["BM_ThumbnailClientHit"];
+        if (baseline > 0.0)
+            std::printf("thumbnail hit / QPixmapCache::find: %.2fx (goal 1.5x or less)\n", hit / baseline);
+    }
+
+private:
+    std::map<std::string, double> times;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    Fixture instance;
+    current = &instance;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,416 @@
+#include <MarlixLibQt/widgets/ThumbnailManager.h>
+
+#include <MarlixLib/tasks/StandbyThread.h>
+
+#include <QGuiApplication>
+#include <QMetaObject>
+#include <QObject>
+#include <QPainter>
+#include <QPixmapCache>
+
+#include <charconv>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <mutex>
+#include <unordered_map>
+
+namespace Marlix {
+
+namespace {
+
+constexpr std::size_t RENDER_STACK_SIZE = 0x100000;
+constexpr int SUPERSAMPLING = 4;
+// Larger dimensions in a stream are damage: no provider renders thumbnails of that size.
+constexpr std::int64_t MAX_STREAM_DIMENSION = 16384;
+
+const char* const UNKNOWN_VERSION_MESSAGE = "Unknown format version";
+const char* const CORRUPTED_MESSAGE = "The stream is corrupted.";
+
+struct Fnv1aHash
+{
+    std::size_t operator()(std::uint64_t id) const noexcept
+    {
+        std::uint64_t hash = 0xcbf29ce484222325ull;
+        for (int i = 0; i < 8; ++i) {
+            hash ^= (id >> (8 * i)) & 0xffu;
+            hash *= 0x100000001b3ull;
+        }
+        return std::size_t(hash);
+    }
+};
+
+QImage toImage(const IThumbnailProvider::Bitmap& bitmap)
+{
+    if (bitmap.isEmpty())
+        return {};
+    QImage straight(bitmap.getWidth(), bitmap.getHeight(), QImage::Format_RGBA8888);
+    for (int y = 0; y < bitmap.getHeight(); ++y) {
+        const auto row = bitmap.getRow(y);
+        std::memcpy(straight.scanLine(y), row.data(), row.size_bytes());
+    }
+    return straight.convertToFormat(QImage::Format_ARGB32);
+}
+
+} // namespace
+
+QPixmap makeThumbnail(const QImage& image, QSize size, Optional<double> devicePixelRatio)
+{
+    const double ratio = devicePixelRatio ? *devicePixelRatio : qApp->devicePixelRatio();
+    const QSize target(int(std::lround(size.width() * ratio)), int(std::lround(size.height() * ratio)));
+
+    QPixmap pixmap;
+    if (image.size() == target) {
+        pixmap = QPixmap::fromImage(image);
+    } else if (image.isNull()) {
+        pixmap = QPixmap(target);
+        pixmap.fill(Qt::transparent);
+    } else {
+        QPixmap large(target * SUPERSAMPLING);
+        large.fill(Qt::transparent);
+        const double scale = std::min(double(large.width()) / image.width(), double(large.height()) / image.height());
+        const QSizeF drawn(image.width() * scale, image.height() * scale);
+        const QPointF offset((large.width() - drawn.width()) * 0.5, (large.height() - drawn.height()) * 0.5);
+        {
+            QPainter painter(&large);
+            painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+            painter.drawImage(QRectF(offset, drawn), image);
+        }
+        pixmap = large.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    pixmap.setDevicePixelRatio(ratio);
+    return pixmap;
+}
+
+struct ThumbnailManager::Impl : QObject
+{
+    struct Entry
+    {
+        EntityHolder<Entity> entity;
+        QImage image;
+        QSize dimensions;
+        Array<QString> pixmapKeys;
+        bool keysStale = false;
+        // The image shows the entity as it is now; otherwise the next request renders it again.
+        bool current = false;
+        // In the queue or being rendered.
+        bool queued = false;
+        std::uint64_t generation = 0;
+    };
+
+    struct Registration
+    {
+        Array<EntityClassInfo> classes;
+        Array<EntityClassInfo> excluded;
+        SharedPtr<IThumbnailProvider> provider;
+    };
+
+    SharedPtr<IThumbnailProvider> findProvider(const EntityClassInfo& classInfo) const
+    {
+        // A later registration overrides an earlier one for the classes they share.
+        for (auto it = registrations.rbegin(); it != registrations.rend(); ++it) {
+            const auto covers = [&](const Array<EntityClassInfo>& list) {
+                return std::any_of(list.begin(), list.end(), [&](const auto& base) { return base.isBaseClassOf(classInfo); });
+            };
+            if (covers(it->classes) && !covers(it->excluded))
+                return it->provider;
+        }
+        return {};
+    }
+
+    void renderLoop(std::stop_token stop)
+    {
+        while (true) {
+            std::unique_lock lock(mutex);
+            if (!wake.wait(lock, stop, [this] { return !queue.empty(); }))
+                return;
+            const std::uint64_t id = queue.front();
+            queue.pop_front();
+            const auto found = entries.find(id);
+            if (found == entries.end())
+                continue;
+            Entry& entry = found->second;
+            SharedPtr<IThumbnailProvider> provider = entry.entity ? findProvider(entry.entity->getClassInfo()) : nullptr;
+            if (!provider) {
+                entry.queued = false;
+                continue;
+            }
+            const EntityHolder<Entity> entity = entry.entity;
+            const std::uint64_t generation = entry.generation;
+            rendering = true;
+            lock.unlock();
+
+            QImage image;
+            bool failed = false;
+            try {
+                image = toImage(provider->renderThumbnail(entity, RENDER_SIZE, RENDER_SIZE));
+            } catch (...) {
+                failed = true;
+            }
+            provider.reset();
+
+            lock.lock();
+            rendering = false;
+            renderDone.notify_all();
+            const auto again = entries.find(id);
+            if (again == entries.end())
+                continue;
+            Entry& stored = again->second;
+            stored.queued = false;
+            // A failed render keeps what was shown; the entity is tried again only once it is invalidated.
+            if (!failed) {
+                stored.image = image;
+                stored.dimensions = image.size();
+                stored.keysStale = true;
+            }
+            stored.current = stored.generation == generation;
+            lock.unlock();
+            if (!failed)
+                announce({ entity });
+        }
+    }
+
+    void announce(Array<EntityHolder<Entity>> changed)
+    {
+        QMetaObject::invokeMethod(
+            this, [this, changed = std::move(changed)] { clients.call(ArrayView<const EntityHolder<Entity>>(changed)); },
+            Qt::QueuedConnection);
+    }
+
+    Mutex mutex;
+    std::condition_variable_any wake;
+    std::condition_variable_any renderDone;
+    Array<Registration> registrations;
+    std::unordered_map<std::uint64_t, Entry, Fnv1aHash> entries;
+    std::deque<std::uint64_t> queue;
+    bool rendering = false;
+    CallbackList<ArrayView<const EntityHolder<Entity>>> clients;
+    // Last, so that it stops before the state it reads goes away.
+    UniquePtr<StandbyThread> thread;
+};
+
+ThumbnailManager::ThumbnailManager()
+    : impl(std::make_unique<Impl>())
+{
+    impl->thread = std::make_unique<StandbyThread>("ThumbnailImageCache_RenderThread", RENDER_STACK_SIZE,
+        StandbyThread::Body([this](std::stop_token stop) { impl->renderLoop(std::move(stop)); }));
+}
+
+ThumbnailManager::~ThumbnailManager()
+{
+    impl->thread.reset();
+}
+
+void ThumbnailManager::registerProvider(ArrayView<const EntityClassInfo> classes, ArrayView<const EntityClassInfo> excluded,
+    const SharedPtr<IThumbnailProvider>& provider)
+{
+    if (!provider)
+        throw Exception("A thumbnail provider must not be null.");
+    const std::lock_guard lock(impl->mutex);
+    impl->registrations.push_back({ { classes.begin(), classes.end() }, { excluded.begin(), excluded.end() }, provider });
+}
+
+void ThumbnailManager::invalidateEntities(ArrayView<const EntityHolder<Entity>> entities)
+{
+    const std::lock_guard lock(impl->mutex);
+    for (const auto& entity : entities) {
+        if (!entity)
+            continue;
+        const auto found = impl->entries.find(entity->getId());
+        if (found == impl->entries.end())
+            continue;
+        auto& entry = found->second;
+        entry.current = false;
+        entry.keysStale = true;
+        ++entry.generation;
+    }
+}
+
+void ThumbnailManager::shutdownProviders()
+{
+    std::unique_lock lock(impl->mutex);
+    impl->registrations.clear();
+    impl->renderDone.wait(lock, [this] { return !impl->rendering; });
+}
+
+bool ThumbnailManager::canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const
+{
+    if (!entity)
+        return false;
+    const std::lock_guard lock(impl->mutex);
+    return impl->findProvider(entity->getClassInfo()) != nullptr;
+}
+
+QString ThumbnailManager::makePixmapKey(std::uint64_t entityId, QSize size, double devicePixelRatio, std::uint32_t option)
+{
+    // Built in one buffer: this runs for every thumbnail painted, and the cache hit must cost little more than the key.
+    static constexpr std::string_view PREFIX = "entity_thumbnail_";
+    char buffer[128];
+    char* end = buffer + sizeof(buffer);
+    char* out = std::copy(PREFIX.begin(), PREFIX.end(), buffer);
+    out = std::to_chars(out, end, entityId).ptr;
+    *out++ = '_';
+    out = std::to_chars(out, end, size.width()).ptr;
+    *out++ = 'x';
+    out = std::to_chars(out, end, size.height()).ptr;
+    *out++ = '@';
+    // The 'g' format with six significant digits, independent of the process locale.
+    out = std::to_chars(out, end, devicePixelRatio, std::chars_format::general, 6).ptr;
+    *out++ = '_';
+    out = std::to_chars(out, end, option).ptr;
+    return QString::fromLatin1(buffer, out - buffer);
+}
+
+QPixmap ThumbnailManager::getThumbnail(
+    const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option)
+{
+    if (!entity)
+        return {};
+    const QString key = makePixmapKey(entity->getId(), size, devicePixelRatio, option);
+
+    const std::lock_guard lock(impl->mutex);
+    auto [found, inserted] = impl->entries.try_emplace(entity->getId());
+    Impl::Entry& entry = found->second;
+    if (!entry.entity)
+        entry.entity = entity;
+    if (entry.keysStale) {
+        for (const QString& stale : entry.pixmapKeys)
+            QPixmapCache::remove(stale);
+        entry.pixmapKeys.clear();
+        entry.keysStale = false;
+    }
+
+    QPixmap pixmap;
+    if (!QPixmapCache::find(key, &pixmap)) {
+        if (!entry.image.isNull() || (option & OPTION_PLACEHOLDER)) {
+            pixmap = makeThumbnail(entry.image, size, devicePixelRatio);
+            QPixmapCache::insert(key, pixmap);
+            entry.pixmapKeys.push_back(key);
+        }
+    }
+
+    if (!entry.current && !entry.queued && impl->findProvider(entity->getClassInfo())) {
+        entry.queued = true;
+        impl->queue.push_back(entity->getId());
+        impl->wake.notify_one();
+    }
+    return pixmap;
+}
+
+CallbackLifetime ThumbnailManager::addChangedCallback(ChangedCallback callback)
+{
+    return impl->clients.add(std::move(callback));
+}
+
+void ThumbnailManager::serializeThumbnailCache(ISerializer& out, Function<bool(const EntityHolder<Entity>&)> filter) const
+{
+    Array<std::pair<EntityHolder<Entity>, QImage>> images;
+    {
+        const std::lock_guard lock(impl->mutex);
+        for (const auto& [id, entry] : impl->entries)
+            if (entry.entity && !entry.image.isNull())
+                images.emplace_back(entry.entity, entry.image);
+    }
+    // The filter is the caller's code: it runs without the lock so that it may ask the manager anything.
+    out.serializeFormatVersion(FORMAT_VERSION);
+    for (const auto& [entity, image] : images) {
+        if (filter && !filter(entity))
+            continue;
+        out.beginRecord("item");
+        out.writeEntityReference("entity", entity->getId());
+        out.beginRecord("dimensions");
+        out.writeInt("width", image.width());
+        out.writeInt("height", image.height());
+        out.endRecord();
+        out.writeBytes("data",
+            ArrayView<const std::byte>(reinterpret_cast<const std::byte*>(image.constBits()), std::size_t(image.sizeInBytes())));
+        out.endRecord();
+    }
+}
+
+Expected<void, String> ThumbnailManager::deserializeThumbnailCache(IDeserializer& in)
+{
+    const auto version = in.deserializeFormatVersion();
+    if (!version)
+        return Unexpected<String>(CORRUPTED_MESSAGE);
+    if (*version != FORMAT_VERSION)
+        return Unexpected<String>(UNKNOWN_VERSION_MESSAGE);
+
+    struct Item
+    {
+        std::uint64_t id;
+        QImage image;
+    };
+    Array<Item> items;
+    const auto readItem = [&]() -> bool {
+        if (!in.enterRecord("item"))
+            return false;
+        const auto id = in.readEntityReference("entity");
+        bool good = id && *id != 0 && bool(in.enterRecord("dimensions"));
+        if (!good) {
+            in.leaveRecord();
+            return false;
+        }
+        const auto width = in.readInt("width");
+        const auto height = in.readInt("height");
+        in.leaveRecord();
+        const auto data = in.readBytes("data");
+        in.leaveRecord();
+        if (!width || !height || !data || *width <= 0 || *height <= 0 || *width > MAX_STREAM_DIMENSION
+            || *height > MAX_STREAM_DIMENSION)
+            return false;
+        QImage image(int(*width), int(*height), QImage::Format_ARGB32);
+        if (image.isNull() || std::size_t(image.sizeInBytes()) != data->size())
+            return false;
+        std::memcpy(image.bits(), data->data(), data->size());
+        items.push_back({ *id, std::move(image) });
+        return true;
+    };
+    while (in.hasKey("item"))
+        if (!readItem())
+            return Unexpected<String>(CORRUPTED_MESSAGE);
+
+    Array<EntityHolder<Entity>> changed;
+    {
+        const std::lock_guard lock(impl->mutex);
+        for (auto& item : items) {
+            auto& entry = impl->entries[item.id];
+            entry.dimensions = item.image.size();
+            entry.image = std::move(item.image);
+            entry.keysStale = true;
+            entry.current = true;
+            if (entry.entity)
+                changed.push_back(entry.entity);
+        }
+    }
+    if (!changed.empty())
+        impl->announce(std::move(changed));
+    return {};
+}
+
+ThumbnailClient::ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size,
+    ThumbnailManager::ChangedCallback onChanged, std::uint32_t option, QWidget* widget)
+    : manager(std::move(manager))
+    , size(size)
+    , onChanged(std::move(onChanged))
+    , option(option)
+    , widget(widget)
+{
+    if (!this->manager)
+        throw Exception("A thumbnail client needs a thumbnail manager.");
+    if (this->onChanged)
+        subscription = this->manager->addChangedCallback(this->onChanged);
+}
+
+QPixmap ThumbnailClient::getThumbnail(const EntityHolder<Entity>& entity) const
+{
+    const double ratio = widget ? widget->devicePixelRatioF() : qApp->devicePixelRatio();
+    return manager->getThumbnail(entity, size, ratio, option);
+}
+
+bool ThumbnailClient::canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const
+{
+    return manager->canGenerateThumbnailFor(entity);
+}
+
+} // namespace Marlix

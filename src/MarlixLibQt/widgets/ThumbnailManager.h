@@ -1,0 +1,100 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/base/Function.h>
+#include <MarlixLib/data/Entity.h>
+#include <MarlixLib/data/EntityClassInfo.h>
+#include <MarlixLib/image/IThumbnailProvider.h>
+#include <MarlixLib/io/IDeserializer.h>
+#include <MarlixLib/io/ISerializer.h>
+
+#include <QImage>
+#include <QPixmap>
+#include <QPointer>
+#include <QSize>
+#include <QString>
+#include <QWidget>
+
+#include <cstdint>
+
+namespace Marlix {
+
+/// `image` letterboxed into a transparent pixmap of `size` logical pixels at `devicePixelRatio` (the application's
+/// when none is given); small targets are drawn four times larger and scaled down so that edges stay clean.
+MARLIXLIBQT_EXPORT QPixmap makeThumbnail(const QImage& image, QSize size, Optional<double> devicePixelRatio = {});
+
+/// The shared service that renders entity images on a background thread, caches them and serves them as pixmaps.
+class MARLIXLIBQT_EXPORT ThumbnailManager
+{
+public:
+    using ChangedCallback = Function<void(ArrayView<const EntityHolder<Entity>>)>;
+
+    static constexpr std::uint32_t FORMAT_VERSION = 1;
+    /// Size of the images that providers render; pixmaps of every size are made from them.
+    static constexpr int RENDER_SIZE = 256;
+    /// Request option: give a transparent placeholder while an entity has no image yet.
+    static constexpr std::uint32_t OPTION_PLACEHOLDER = 1;
+
+    ThumbnailManager();
+    ~ThumbnailManager();
+    ThumbnailManager(const ThumbnailManager&) = delete;
+    ThumbnailManager& operator=(const ThumbnailManager&) = delete;
+
+    /// `provider` renders entities of `classes` and their derived classes, except those of `excluded` and theirs.
+    void registerProvider(ArrayView<const EntityClassInfo> classes, ArrayView<const EntityClassInfo> excluded,
+        const SharedPtr<IThumbnailProvider>& provider);
+    /// The images of `entities` are rendered again on their next request.
+    void invalidateEntities(ArrayView<const EntityHolder<Entity>> entities);
+    /// Releases every provider; a render that is running finishes first.
+    void shutdownProviders();
+
+    bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
+
+    /// Writes the images of the entities that `filter` accepts.
+    void serializeThumbnailCache(ISerializer& out, Function<bool(const EntityHolder<Entity>&)> filter) const;
+    /// Adds the images of a stream to the cache; on any error the cache stays as it was. Images are keyed by entity
+    /// identity and serve the entity of that identity when it is asked for.
+    Expected<void, String> deserializeThumbnailCache(IDeserializer& in);
+
+    /// The pixmap-cache key of one request.
+    static QString makePixmapKey(std::uint64_t entityId, QSize size, double devicePixelRatio, std::uint32_t option);
+
+    /// The thumbnail of `entity` at `size` logical pixels and `devicePixelRatio`; queues a render when the entity has
+    /// no current image. GUI thread only.
+    QPixmap getThumbnail(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option);
+
+    /// `callback` learns on the GUI thread which entities got new images, until the lifetime ends.
+    [[nodiscard]] CallbackLifetime addChangedCallback(ChangedCallback callback);
+
+private:
+    struct Impl;
+    UniquePtr<Impl> impl;
+};
+
+/// A widget's handle on the thumbnail service: the size it shows and where it hears of new images.
+class MARLIXLIBQT_EXPORT ThumbnailClient
+{
+public:
+    ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size, ThumbnailManager::ChangedCallback onChanged,
+        std::uint32_t option = 0, QWidget* widget = nullptr);
+
+    /// At the device pixel ratio of the client's widget, or of the application without one.
+    QPixmap getThumbnail(const EntityHolder<Entity>& entity) const;
+    QSize getThumbnailSize() const { return size; }
+    void setThumbnailSize(QSize newSize) { size = newSize; }
+    bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
+    const SharedPtr<ThumbnailManager>& getManager() const { return manager; }
+
+private:
+    SharedPtr<ThumbnailManager> manager;
+    QSize size;
+    ThumbnailManager::ChangedCallback onChanged;
+    CallbackLifetime subscription;
+    std::uint32_t option;
+    QPointer<QWidget> widget;
+};
+
+} // namespace Marlix
