@@ -20,7 +20,7 @@ namespace Marlix {
 class MARLIXLIBQT_EXPORT QColorExtended
 {
 public:
-    /// The colour specification a component index refers to.
+    /// The colour space (RGB, HSV, HWB, CMYK) that a component index refers to.
     enum class Specification : std::int32_t {
         /// Red, green, blue; alpha (index 3) can be read but is not one of the edited components.
         RgbSpec = 0,
@@ -56,13 +56,13 @@ public:
     bool hasExplicitHwb() const { return explicitWhiteness >= 0.0f || explicitBlackness >= 0.0f; }
 
     /// Component `index` of this colour in `spec`, normalised to [0, 1]. The index wraps around the component count;
-    /// a negative index or an unknown specification stops the program.
+    /// a negative index or an unknown colour space stops the program.
     float componentF(Specification spec, int index) const;
 
     /// `base` with one component replaced. The explicit whiteness and blackness of `base` are not carried over: the
     /// other components are read from its colour.
     static QColorExtended withComponent(const QColor& base, Specification spec, int index, float value);
-    /// The colour of four components in `spec`. `alpha` is used by every specification but RgbaSpec, which takes its
+    /// The colour of four components in `spec`. `alpha` is used by every colour space but RgbaSpec, which takes its
     /// alpha from components[3].
     static QColorExtended fromComponents(Specification spec, const float components[4], float alpha);
     static QColorExtended fromComponents(Specification spec, const std::array<float, 4>& components, float alpha)
