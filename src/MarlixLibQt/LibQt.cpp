@@ -3,6 +3,7 @@
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
 #include <MarlixLibQt/widgets/PropertyControllerObserver.h>
+#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
 
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/base/Exception.h>
@@ -365,6 +366,7 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
             registerDataTypes();
             s.typesRegistered = true;
         }
+        Widgets::PropertyWidgetConstructor::registerDefaultWidgets();
         if (!QCoreApplication::instance())
             createApplication(applicationName, type, attributes, executablePath);
         if (qobject_cast<QGuiApplication*>(QCoreApplication::instance())

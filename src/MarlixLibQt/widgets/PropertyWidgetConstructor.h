@@ -6,8 +6,12 @@
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLib/data/UserData.h>
+#include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/UiConditions.h>
 
 #include <QString>
+
+#include <cstdint>
 
 class QWidget;
 
@@ -19,20 +23,14 @@ namespace Marlix::Widgets {
 
 class IPropertySheetHost;
 
-/// Whether a property's row is shown, decided per object from the object's other properties. Every property the
-/// predicate reads is watched: the row is evaluated again when one of them changes. A row edited on several objects
-/// is shown when the predicate holds for each of them.
-struct UiVisibleIf
+/// An alternative editor for an enumeration property, built over the same model of the property's integer value
+/// instead of the drop-down: a row of buttons, a slider over ordered values ...
+struct UiEnumEditor
 {
-    static constexpr StringView ATTRIBUTE = "Zorva.Ui.VisibleIf";
-    Function<bool(const GenericDataObject&)> predicate;
-};
-
-/// Whether a property's editor accepts edits, decided like UiVisibleIf.
-struct UiEnabledIf
-{
-    static constexpr StringView ATTRIBUTE = "Zorva.Ui.EnabledIf";
-    Function<bool(const GenericDataObject&)> predicate;
+    static constexpr StringView ATTRIBUTE = "Zorva.Ui.EnumEditor";
+    /// Receives the model, the enumeration's named values and the parent; returns the editor.
+    Function<QWidget*(SharedPtr<Model<std::int64_t>> value, const Array<EnumerationValue>& values, QWidget* parent)>
+        make;
 };
 
 /// Chooses the editor of a property: a constructor registered for the property's type when there is one, else an
