@@ -18,6 +18,7 @@
 #include <MarlixLibQt/widgets/Vector.h>
 
 #include <QLineEdit>
+#include <QSignalBlocker>
 
 #include <algorithm>
 #include <cmath>
@@ -132,11 +133,35 @@ template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, 
     return number;
 }
 
+/// The box shows "partly checked" while the objects disagree; a click then checks every object.
+void showMixedAsPartlyChecked(CheckBox* box, const GenericPropertyAccessor& property)
+{
+    const QSignalBlocker blocker(box);
+    if (Detail::hasMixedValues(property)) {
+        box->setCheckState(Qt::PartiallyChecked);
+    } else {
+        box->setCheckState(box->getModel()->get() ? Qt::Checked : Qt::Unchecked);
+        box->setTristate(false);
+    }
+}
+
 QWidget* makeCheckBox(const GenericPropertyAccessor& property, const Arguments& arguments)
 {
     auto model = makeSharedPtr<PropertyModel<bool>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
-    return new CheckBox(Detail::guardReadOnly<bool>(model, Detail::isReadOnlyProperty(property)),
+    auto* box = new CheckBox(Detail::guardReadOnly<bool>(model, Detail::isReadOnlyProperty(property)),
         Detail::defaultNumber(property) != 0.0, QString(), arguments.parent);
+    if (property.getObjects().size() > 1) {
+        // Registered after the box's own observer, so it has the last word on what the box shows.
+        box->registerCallback(
+            model->addCallback([box, accessor = property](bool) { showMixedAsPartlyChecked(box, accessor); }));
+        // From "partly checked" a click goes to "checked" without a toggle, which is what the box writes on.
+        QObject::connect(box, &QAbstractButton::clicked, box, [box, accessor = property](bool checked) {
+            if (Detail::hasMixedValues(accessor))
+                box->getModel()->set(checked);
+        });
+        showMixedAsPartlyChecked(box, property);
+    }
+    return box;
 }
 
 template <class T> T defaultValueOf(const GenericPropertyAccessor& property)

@@ -8,6 +8,7 @@
 #include <MarlixLibQt/widgets/PropertyControllerObserver.h>
 #include <MarlixLibQt/widgets/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/Slider.h>
 #include <MarlixLibQt/widgets/TextPropertyModel.h>
 
 #include <QAbstractButton>
@@ -45,7 +46,7 @@ void applyReadOnlyLook(QWidget* editor)
         else if (auto* spinBox = qobject_cast<QAbstractSpinBox*>(widget))
             spinBox->setReadOnly(true);
         else if (qobject_cast<QAbstractButton*>(widget) || qobject_cast<QComboBox*>(widget)
-            || qobject_cast<QAbstractSlider*>(widget))
+            || qobject_cast<QAbstractSlider*>(widget) || qobject_cast<Slider*>(widget))
             widget->setEnabled(false);
     }
 }
@@ -137,9 +138,10 @@ QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidge
 {
     if (property.isEmpty() || !isResolved(property.checkProperty()))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("No property \"%1\" on every object").arg(QString::fromStdString(property.getPath())),
+            QStringLiteral("Property \"%1\" not found").arg(QString::fromStdString(property.getPath())),
             arguments.parent);
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
+    // A registered constructor that returns nothing leaves the property to the editors of its kind.
     if (const PropertyWidgetConstructor::Constructor* constructor = findConstructor(type))
         if (QWidget* editor = (*constructor)(property, arguments))
             return editor;

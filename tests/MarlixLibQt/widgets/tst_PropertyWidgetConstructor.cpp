@@ -13,6 +13,7 @@
 #include <MarlixTestScene/TestScene.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -458,7 +459,10 @@ void tst_PropertyWidgetConstructor::mixedValues()
     auto* name = qobject_cast<LineEdit*>(make(GenericPropertyAccessor({ wood, steel }, "name")));
     auto* material = qobject_cast<EntityWidget*>(
         make(GenericPropertyAccessor({ entityNamed(*scene, "Table"), entityNamed(*scene, "Lamp") }, "material")));
-    QVERIFY(box && name && material);
+    auto* check = qobject_cast<QCheckBox*>(
+        make(GenericPropertyAccessor({ wood, entityNamed(*scene, "Glass") }, "doubleSided")));
+    QVERIFY(box && name && material && check);
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
     QCOMPARE(box->currentIndex(), -1);
     QCOMPARE(name->text(), QString());
     QCOMPARE(name->placeholderText(), mixed);
@@ -475,6 +479,14 @@ void tst_PropertyWidgetConstructor::mixedValues()
     QCOMPARE(name->placeholderText(), QString());
     steel->setPropertyValue("shading", ShadingModel::Diffuse);
     QCOMPARE(box->currentText(), QStringLiteral("Diffuse"));
+
+    QVERIFY(showActive(check));
+    QTest::mouseClick(check, Qt::LeftButton, {}, check->rect().center());
+    QCOMPARE(check->checkState(), Qt::Checked);
+    QVERIFY(wood->getPropertyValue<bool>("doubleSided"));
+    QCOMPARE(undo->getUndoCount(), 2u);
+    undo->undo();
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
 }
 
 void tst_PropertyWidgetConstructor::entityWidgetPicksAcceptedEntityAndNone()
