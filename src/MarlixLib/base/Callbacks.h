@@ -99,10 +99,14 @@ public:
         , taken(mutex.lock())
     {
     }
-    ~ReentrantLock()
+    ~ReentrantLock() { unlock(); }
+
+    /// Releases the mutex early, if this lock took it.
+    void unlock()
     {
         if (taken)
             mutex.unlock();
+        taken = false;
     }
     ReentrantLock(const ReentrantLock&) = delete;
     ReentrantLock& operator=(const ReentrantLock&) = delete;
@@ -148,12 +152,9 @@ public:
     {
         // Only this reference is used from here on: `this` may be destroyed by a callback (see ~CallbackList).
         State& current = *state;
-        // What the outermost round leaves to release after the lock: user code runs in these destructors, and it may
-        // even destroy the list.
-        Optional<Leftovers> leftovers;
         std::exception_ptr first;
         {
-            const Detail::ReentrantLock lock(current.mutex);
+            Detail::ReentrantLock lock(current.mutex);
             Round round { 0, current.rounds };
             current.rounds = &round;
             // Entries added while calling are appended past `count`; removed ones are only marked until the last
@@ -175,7 +176,7 @@ public:
             }
             current.rounds = round.outer;
             if (!current.rounds && (current.hasRemoved || current.orphan)) [[unlikely]]
-                leftovers.emplace(current.endRounds());
+                endRounds(current, lock);
         }
         if (first)
             std::rethrow_exception(first);
@@ -204,12 +205,6 @@ private:
         const Round* outer;
     };
 
-    struct State;
-    struct Leftovers
-    {
-        SharedPtr<State> orphan;
-        Array<Callback> finished;
-    };
 
     struct State final : Detail::CallbackRemover
     {
@@ -240,15 +235,6 @@ private:
             return false;
         }
 
-        /// Erases the removed entries; hands over the callables that ran to their own removal, and the state itself
-        /// when the list is gone.
-        Leftovers endRounds()
-        {
-            std::erase_if(entries, [](const Entry& e) { return e.removed; });
-            hasRemoved = false;
-            return { std::move(orphan), std::exchange(finished, {}) };
-        }
-
         mutable Detail::ReentrantMutex mutex;
         Array<Entry> entries;
         const Round* rounds = nullptr; // innermost first
@@ -257,6 +243,18 @@ private:
         std::uint64_t lastId = 0;
         bool hasRemoved = false;
     };
+
+    /// After the outermost round: erases the removed entries, then releases after the lock the callables that ran to
+    /// their own removal and, when a callback destroyed the list, the state itself. User code runs in those
+    /// destructors, and it may use the list again.
+    static void endRounds(State& current, Detail::ReentrantLock& lock)
+    {
+        std::erase_if(current.entries, [](const Entry& e) { return e.removed; });
+        current.hasRemoved = false;
+        const Array<Callback> finished = std::exchange(current.finished, {});
+        const SharedPtr<State> orphan = std::move(current.orphan);
+        lock.unlock();
+    }
 
     SharedPtr<State> state = std::make_shared<State>();
 };
