@@ -91,6 +91,7 @@ private:
     std::atomic<std::thread::id> owner;
 };
 
+/// Holds a ReentrantMutex for one scope; releases it at the end only if it was the one that took it.
 class ReentrantLock
 {
 public:
@@ -100,6 +101,8 @@ public:
     {
     }
     ~ReentrantLock() { unlock(); }
+    ReentrantLock(const ReentrantLock&) = delete;
+    ReentrantLock& operator=(const ReentrantLock&) = delete;
 
     /// Releases the mutex early, if this lock took it.
     void unlock()
@@ -108,8 +111,6 @@ public:
             mutex.unlock();
         taken = false;
     }
-    ReentrantLock(const ReentrantLock&) = delete;
-    ReentrantLock& operator=(const ReentrantLock&) = delete;
 
 private:
     ReentrantMutex& mutex;
