@@ -5,8 +5,11 @@
 #include <MarlixLib/base/Function.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <exception>
+#include <thread>
+#include <utility>
 
 namespace Marlix {
 
@@ -58,9 +61,67 @@ private:
     Array<CallbackLifetime> lifetimes;
 };
 
+namespace Detail {
+/// A mutex that the thread holding it may take again: callbacks run while their list is locked, and they may add or
+/// remove entries of that list. Taking it again costs one comparison of thread identities, where a recursive mutex
+/// costs a library call on every take.
+class ReentrantMutex
+{
+public:
+    /// False when this thread holds the mutex already; only a call that returned true is followed by unlock().
+    bool lock()
+    {
+        const std::thread::id self = std::this_thread::get_id();
+        // Only this thread stores its own identity here, so a stale value read by it is never its own.
+        if (owner.load(std::memory_order_relaxed) == self)
+            return false;
+        mutex.lock();
+        owner.store(self, std::memory_order_relaxed);
+        return true;
+    }
+
+    void unlock()
+    {
+        owner.store(std::thread::id(), std::memory_order_relaxed);
+        mutex.unlock();
+    }
+
+private:
+    Mutex mutex;
+    std::atomic<std::thread::id> owner;
+};
+
+/// Holds a ReentrantMutex for one scope; releases it at the end only if it was the one that took it.
+class ReentrantLock
+{
+public:
+    explicit ReentrantLock(ReentrantMutex& mutex)
+        : mutex(mutex)
+        , taken(mutex.lock())
+    {
+    }
+    ~ReentrantLock() { unlock(); }
+    ReentrantLock(const ReentrantLock&) = delete;
+    ReentrantLock& operator=(const ReentrantLock&) = delete;
+
+    /// Releases the mutex early, if this lock took it.
+    void unlock()
+    {
+        if (taken)
+            mutex.unlock();
+        taken = false;
+    }
+
+private:
+    ReentrantMutex& mutex;
+    bool taken;
+};
+} // namespace Detail
+
 /// Callbacks called in registration order. A callback may add or remove entries of the list that is calling it: a
 /// removed entry is not called again, an added one is called from the next round on. An exception thrown by one
-/// callback does not stop the others; the first one reaches the caller after all of them ran.
+/// callback does not stop the others; the first one reaches the caller after all of them ran. A callback may even
+/// destroy the list: the round in progress finishes on the list's state, which goes with the round.
 template <class... A> class CallbackList
 {
 public:
@@ -70,9 +131,19 @@ public:
     CallbackList(const CallbackList&) = delete;
     CallbackList& operator=(const CallbackList&) = delete;
 
+    ~CallbackList()
+    {
+        State& current = *state;
+        const Detail::ReentrantLock lock(current.mutex);
+        // Destroyed by one of its own callbacks: the outermost round releases the state when it ends, so the rounds
+        // pay for a reference only in this rare case.
+        if (current.rounds)
+            current.orphan = std::move(state);
+    }
+
     [[nodiscard]] CallbackLifetime add(Callback callback)
     {
-        std::lock_guard lock(state->mutex);
+        const Detail::ReentrantLock lock(state->mutex);
         const std::uint64_t id = ++state->lastId;
         state->entries.push_back({ id, std::move(callback), false });
         return CallbackLifetime(state, id);
@@ -80,37 +151,41 @@ public:
 
     void call(const A&... args) const
     {
-        const SharedPtr<State> keepAlive = state;
-        std::lock_guard lock(keepAlive->mutex);
-        ++keepAlive->callingDepth;
+        // Only this reference is used from here on: `this` may be destroyed by a callback (see ~CallbackList).
+        State& current = *state;
         std::exception_ptr first;
-        // Entries added while calling are appended past `count`; removed ones are only marked until the last round ends.
-        const std::size_t count = keepAlive->entries.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            const Entry& entry = keepAlive->entries[i];
-            if (entry.removed)
-                continue;
-            // Called in place, not through a copy: a copy costs two atomic operations per observer on every
-            // notification. An entry that removes itself while it runs is kept alive by removeCallback instead.
-            keepAlive->running.push_back(entry.id);
-            const Callback& callback = entry.callback;
-            try {
-                callback(args...);
-            } catch (...) {
-                if (!first)
-                    first = std::current_exception();
+        {
+            Detail::ReentrantLock lock(current.mutex);
+            Round round { 0, current.rounds };
+            current.rounds = &round;
+            // Entries added while calling are appended past `count`; removed ones are only marked until the last
+            // round ends, so indices stay valid.
+            const std::size_t count = current.entries.size();
+            for (std::size_t i = 0; i < count; ++i) {
+                const Entry& entry = current.entries[i];
+                if (entry.removed)
+                    continue;
+                // Called in place, not through a copy: a copy costs two atomic operations per observer on every
+                // notification. An entry that removes itself while it runs is kept alive by removeCallback instead.
+                round.runningId = entry.id;
+                try {
+                    entry.callback(args...);
+                } catch (...) {
+                    if (!first)
+                        first = std::current_exception();
+                }
             }
-            keepAlive->running.pop_back();
+            current.rounds = round.outer;
+            if (!current.rounds && (current.hasRemoved || current.orphan)) [[unlikely]]
+                endRounds(current, lock);
         }
-        if (--keepAlive->callingDepth == 0)
-            keepAlive->compact();
         if (first)
             std::rethrow_exception(first);
     }
 
     std::size_t size() const
     {
-        std::lock_guard lock(state->mutex);
+        const Detail::ReentrantLock lock(state->mutex);
         return static_cast<std::size_t>(std::ranges::count_if(state->entries, [](const Entry& e) { return !e.removed; }));
     }
     bool isEmpty() const { return size() == 0; }
@@ -123,19 +198,28 @@ private:
         bool removed;
     };
 
+    /// One call() in progress. Rounds nest when a callback makes its list call again; they live on the stack of the
+    /// thread that holds the mutex.
+    struct Round
+    {
+        std::uint64_t runningId;
+        const Round* outer;
+    };
+
+
     struct State final : Detail::CallbackRemover
     {
         void removeCallback(std::uint64_t id) override
         {
-            std::lock_guard lock(mutex);
+            const Detail::ReentrantLock lock(mutex);
             const auto it = std::ranges::find(entries, id, &Entry::id);
             if (it == entries.end())
                 return;
-            if (callingDepth > 0) {
+            if (rounds) {
                 it->removed = true;
                 // Drop the callable now: its captures may own resources the remover expects to be released. Only a
                 // callable that is running (it removed itself) waits for the end of the round.
-                if (std::ranges::find(running, id) != running.end())
+                if (isRunning(id))
                     finished.push_back(std::move(it->callback));
                 it->callback = {};
                 hasRemoved = true;
@@ -144,23 +228,34 @@ private:
             }
         }
 
-        void compact()
+        bool isRunning(std::uint64_t id) const
         {
-            if (!hasRemoved)
-                return;
-            std::erase_if(entries, [](const Entry& e) { return e.removed; });
-            finished.clear();
-            hasRemoved = false;
+            for (const Round* round = rounds; round; round = round->outer)
+                if (round->runningId == id)
+                    return true;
+            return false;
         }
 
-        mutable RecursiveMutex mutex;
+        mutable Detail::ReentrantMutex mutex;
         Array<Entry> entries;
-        Array<std::uint64_t> running; // ids of the entries being called, innermost last
+        const Round* rounds = nullptr; // innermost first
         Array<Callback> finished; // removed while running; released when the outermost round ends
+        SharedPtr<State> orphan; // the list's own reference, handed over when a callback destroyed the list
         std::uint64_t lastId = 0;
-        int callingDepth = 0;
         bool hasRemoved = false;
     };
+
+    /// After the outermost round: erases the removed entries, then releases after the lock the callables that ran to
+    /// their own removal and, when a callback destroyed the list, the state itself. User code runs in those
+    /// destructors, and it may use the list again.
+    static void endRounds(State& current, Detail::ReentrantLock& lock)
+    {
+        std::erase_if(current.entries, [](const Entry& e) { return e.removed; });
+        current.hasRemoved = false;
+        const Array<Callback> finished = std::exchange(current.finished, {});
+        const SharedPtr<State> orphan = std::move(current.orphan);
+        lock.unlock();
+    }
 
     SharedPtr<State> state = std::make_shared<State>();
 };

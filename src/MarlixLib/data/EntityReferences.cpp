@@ -5,26 +5,32 @@
 namespace Marlix {
 
 namespace {
-void collectReferences(const TypeDefinition& type, const void* value, Array<EntityHolder<Entity>>& out)
+template <class Visit> void visitReferences(const TypeDefinition& type, const void* value, const Visit& visit)
 {
     switch (type.getKind()) {
     case TypeKind::EntityReference:
         if (const auto& entity = *static_cast<const EntityHolder<Entity>*>(value))
-            out.push_back(entity);
+            visit(entity);
         break;
     case TypeKind::List:
         if (type.getElementType()->getKind() == TypeKind::EntityReference)
             for (const auto& entity : *static_cast<const Array<EntityHolder<Entity>>*>(value))
                 if (entity)
-                    out.push_back(entity);
+                    visit(entity);
         break;
     case TypeKind::DataObject:
         for (const PropertyDefinition& field : type.getLayout()->getProperties())
-            collectReferences(field.getTypeDefinition(), static_cast<const std::byte*>(value) + field.getOffset(), out);
+            visitReferences(field.getTypeDefinition(), static_cast<const std::byte*>(value) + field.getOffset(), visit);
         break;
     default:
         break;
     }
+}
+
+template <class Visit> void visitReferences(const Entity& entity, const Visit& visit)
+{
+    for (std::uint32_t i = 0; i < entity.getPropertyCount(); ++i)
+        visitReferences(entity.getPropertyDefinition(i).getTypeDefinition(), entity.getPropertyData(i), visit);
 }
 } // namespace
 
@@ -56,9 +62,13 @@ EntityHolder<Entity> getEntityFromProperty(const GenericProperty& property)
 Array<EntityHolder<Entity>> getReferencedEntities(const Entity& entity)
 {
     Array<EntityHolder<Entity>> result;
-    for (std::uint32_t i = 0; i < entity.getPropertyCount(); ++i)
-        collectReferences(entity.getPropertyDefinition(i).getTypeDefinition(), entity.getPropertyData(i), result);
+    visitReferences(entity, [&](const EntityHolder<Entity>& referenced) { result.push_back(referenced); });
     return result;
+}
+
+void appendReferencedEntities(const Entity& entity, Array<const Entity*>& out)
+{
+    visitReferences(entity, [&](const EntityHolder<Entity>& referenced) { out.push_back(referenced.get()); });
 }
 
 bool canAddChildrenWithoutCycles(const Entity& parent, const Entity& child)

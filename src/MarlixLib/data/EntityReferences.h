@@ -15,6 +15,8 @@ MARLIXLIB_EXPORT EntityHolder<Entity> getEntityFromProperty(const GenericPropert
 
 /// Every entity `entity` references directly, through single references and lists, nested data objects included.
 MARLIXLIB_EXPORT Array<EntityHolder<Entity>> getReferencedEntities(const Entity& entity);
+/// The same appended to `out` as plain pointers, for walks over whole scenes that need no references of their own.
+MARLIXLIB_EXPORT void appendReferencedEntities(const Entity& entity, Array<const Entity*>& out);
 
 /// False when `parent` is `child` or can be reached from `child` through references: making `parent` reference
 /// `child` would then close a cycle.

@@ -151,6 +151,34 @@ PropertyPathStatus GenericDataObject::checkPropertyPath(StringView path) const
     return resolve(path).status;
 }
 
+GenericPropertyHandle GenericDataObject::resolveHandle(StringView path) const
+{
+    const Detail::ResolvedProperty resolved = resolve(path);
+    GenericPropertyHandle handle;
+    handle.layout = layout;
+    handle.path = String(path);
+    handle.status = resolved.status;
+    if (isResolved(resolved.status)) {
+        handle.definition = resolved.definition;
+        handle.offset = static_cast<std::size_t>(static_cast<std::byte*>(resolved.storage) - storage);
+        handle.rootIndex = resolved.rootIndex;
+    }
+    return handle;
+}
+
+GenericProperty GenericDataObject::getProperty(const GenericPropertyHandle& handle) const
+{
+    void* value = valueOf(handle);
+    return GenericProperty(const_cast<GenericDataObject&>(*this), *handle.definition, value, handle.rootIndex, false);
+}
+
+void GenericDataObject::throwUnusableHandle(const GenericPropertyHandle& handle) const
+{
+    if (!handle.isResolved())
+        throw Exception("The property path \"" + handle.path + "\" does not resolve");
+    throw Exception("The property handle of \"" + handle.path + "\" was resolved on an object of another layout");
+}
+
 void GenericDataObject::beginMutation(std::uint32_t index)
 {
     if (Detail::Action* action = Detail::Action::current())
@@ -166,7 +194,8 @@ void GenericDataObject::notify(std::uint32_t index, StringView path)
 {
     if (!observers)
         return;
-    const ObservedProperty observed(*this, getPropertyDefinition(index), index, path);
+    // Every caller passes the index of a property it has located already.
+    const ObservedProperty observed(*this, *layout->slots[index].definition, index, path);
     // Both lists are called even when the first throws; the first failure reaches the writer afterwards.
     std::exception_ptr failure;
     if (const auto* list = observers->perProperty.get(index)) {

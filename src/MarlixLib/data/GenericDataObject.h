@@ -4,26 +4,13 @@
 #include <MarlixLib/base/Callbacks.h>
 #include <MarlixLib/data/EntityClassInfo.h>
 #include <MarlixLib/data/GenericProperty.h>
+#include <MarlixLib/data/GenericPropertyHandle.h>
 #include <MarlixLib/data/GroupLayout.h>
 
 #include <memory>
 #include <type_traits>
 
 namespace Marlix {
-
-/// How a dotted property path ("transform.position") resolves on a data object. Values 2 and above are errors.
-enum class PropertyPathStatus : std::uint8_t
-{
-    RootProperty = 0,
-    NestedProperty = 1,
-    DoesNotResolve = 2,
-    Malformed = 3,
-};
-
-constexpr bool isResolved(PropertyPathStatus status)
-{
-    return status == PropertyPathStatus::RootProperty || status == PropertyPathStatus::NestedProperty;
-}
 
 namespace Detail {
 struct ObserverTable;
@@ -58,6 +45,10 @@ public:
     int indexOfProperty(StringView name) const;
 
     PropertyPathStatus checkPropertyPath(StringView path) const;
+    /// `path` resolved once, for this object and every object of its layout; check isResolved() on the result.
+    GenericPropertyHandle resolveHandle(StringView path) const;
+    /// A read-only view of the property of `handle`; an Exception when the handle does not resolve on this object.
+    GenericProperty getProperty(const GenericPropertyHandle& handle) const;
 
     /// Calls `reader` with the property at `path` and returns what it returns; an Exception when the path does not
     /// resolve.
@@ -68,23 +59,24 @@ public:
             resolved.rootIndex, false);
         return std::forward<Reader>(reader)(property);
     }
+    template <class Reader> decltype(auto) visitProperty(const GenericPropertyHandle& handle, Reader&& reader) const
+    {
+        const GenericProperty property = getProperty(handle);
+        return std::forward<Reader>(reader)(property);
+    }
 
     /// The one way to change a value: records the old value of the root property in the open undo action, calls
     /// `writer` with the writable property, then tells the observers. When `writer` throws, nobody is told.
     template <class Writer> decltype(auto) mutateProperty(StringView path, Writer&& writer)
     {
         const Detail::ResolvedProperty resolved = resolveOrThrow(path);
-        beginMutation(resolved.rootIndex);
-        GenericProperty property(*this, *resolved.definition, resolved.storage, resolved.rootIndex, true);
-        using Result = decltype(std::forward<Writer>(writer)(property));
-        if constexpr (std::is_void_v<Result>) {
-            std::forward<Writer>(writer)(property);
-            endMutation(resolved.rootIndex, path);
-        } else {
-            Result result = std::forward<Writer>(writer)(property);
-            endMutation(resolved.rootIndex, path);
-            return result;
-        }
+        return mutateResolved(*resolved.definition, resolved.storage, resolved.rootIndex, path, std::forward<Writer>(writer));
+    }
+    /// The same through a handle: no path lookup. An Exception when the handle does not resolve on this object.
+    template <class Writer> decltype(auto) mutateProperty(const GenericPropertyHandle& handle, Writer&& writer)
+    {
+        void* value = valueOf(handle);
+        return mutateResolved(*handle.definition, value, handle.rootIndex, handle.path, std::forward<Writer>(writer));
     }
 
     /// Shorthand for a mutation that stores one value of exactly the property's type.
@@ -119,6 +111,30 @@ private:
     /// Loading fills objects nobody sees yet, so it writes without recording or notifying.
     void* mutablePropertyData(std::uint32_t index) { return storage + locate(index).second; }
     Detail::ResolvedProperty resolveOrThrow(StringView path) const;
+    void* valueOf(const GenericPropertyHandle& handle) const
+    {
+        if (handle.layout != layout || !handle.isResolved()) [[unlikely]]
+            throwUnusableHandle(handle);
+        return storage + handle.offset;
+    }
+    [[noreturn]] void throwUnusableHandle(const GenericPropertyHandle& handle) const;
+
+    template <class Writer>
+    decltype(auto) mutateResolved(
+        const PropertyDefinition& definition, void* value, std::uint32_t rootIndex, StringView path, Writer&& writer)
+    {
+        beginMutation(rootIndex);
+        GenericProperty property(*this, definition, value, rootIndex, true);
+        using Result = decltype(std::forward<Writer>(writer)(property));
+        if constexpr (std::is_void_v<Result>) {
+            std::forward<Writer>(writer)(property);
+            endMutation(rootIndex, path);
+        } else {
+            Result result = std::forward<Writer>(writer)(property);
+            endMutation(rootIndex, path);
+            return result;
+        }
+    }
     void beginMutation(std::uint32_t index);
     void endMutation(std::uint32_t index, StringView path);
     void notify(std::uint32_t index, StringView path);

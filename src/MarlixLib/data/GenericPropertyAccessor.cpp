@@ -15,9 +15,16 @@ GenericPropertyAccessor::GenericPropertyAccessor(Array<EntityHolder<Entity>> obj
 {
     if (this->objects.empty())
         throw Exception("A property accessor needs at least one object");
-    for (const auto& object : this->objects)
+    handles.reserve(this->objects.size());
+    for (const auto& object : this->objects) {
         if (!object)
             throw Exception("A property accessor was given an empty entity");
+        // Objects of one class share their layout, and so the resolved path.
+        if (!handles.empty() && handles.back().isFor(object->getObjectLayout()))
+            handles.push_back(handles.back());
+        else
+            handles.push_back(object->resolveHandle(this->path));
+    }
 }
 
 PropertyPathStatus GenericPropertyAccessor::checkProperty() const
@@ -25,8 +32,8 @@ PropertyPathStatus GenericPropertyAccessor::checkProperty() const
     if (objects.empty())
         return PropertyPathStatus::DoesNotResolve;
     PropertyPathStatus worst = PropertyPathStatus::RootProperty;
-    for (const auto& object : objects)
-        worst = std::max(worst, object->checkPropertyPath(path));
+    for (const auto& handle : handles)
+        worst = std::max(worst, handle.getStatus());
     return worst;
 }
 
@@ -34,24 +41,23 @@ const PropertyDefinition& GenericPropertyAccessor::getDefinition() const
 {
     if (objects.empty())
         throw Exception("An empty property accessor has no property");
-    const auto resolved = objects.front()->resolve(path);
-    if (!isResolved(resolved.status))
+    if (!handles.front().isResolved())
         throw Exception("The property path \"" + path + "\" does not resolve");
-    return *resolved.definition;
+    return *handles.front().getDefinition();
 }
 
 GenericProperty GenericPropertyAccessor::getProperty() const
 {
     if (objects.empty())
         throw Exception("An empty property accessor has no property");
-    return objects.front()->getProperty(path);
+    return objects.front()->getProperty(handles.front());
 }
 
 bool GenericPropertyAccessor::hasSameValues() const
 {
     const GenericProperty first = getProperty();
     for (std::size_t i = 1; i < objects.size(); ++i) {
-        const GenericProperty other = objects[i]->getProperty(path);
+        const GenericProperty other = objects[i]->getProperty(handles[i]);
         if (other.getTypeDefinition().getName() != first.getTypeDefinition().getName()
             || !first.getTypeDefinition().equals(first.getData(), other.getData()))
             return false;
@@ -68,22 +74,22 @@ void GenericPropertyAccessor::checkWritableAs(std::type_index type) const
 {
     if (objects.empty())
         throw Exception("An empty property accessor has no property");
-    for (const auto& object : objects)
-        object->getProperty(path).checkIsOfType(type, nullptr, TypeKind::Plain, false);
+    for (std::size_t i = 0; i < objects.size(); ++i)
+        objects[i]->getProperty(handles[i]).checkIsOfType(type, nullptr, TypeKind::Plain, false);
 }
 
 void GenericPropertyAccessor::setValue(const Value& value) const
 {
     if (value.isEmpty())
         throw Exception("An empty value cannot be written to \"" + path + "\"");
-    for (const auto& object : objects) {
-        const GenericProperty property = object->getProperty(path);
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        const GenericProperty property = objects[i]->getProperty(handles[i]);
         if (property.getTypeDefinition().getName() != value.getType()->getName())
             throw Exception("The property \"" + path + "\" holds a " + property.getTypeDefinition().getName() + ", not a "
                 + value.getType()->getName());
     }
-    for (const auto& object : objects)
-        object->mutateProperty(path, [&](GenericProperty& property) { property.setValue(value); });
+    for (std::size_t i = 0; i < objects.size(); ++i)
+        objects[i]->mutateProperty(handles[i], [&](GenericProperty& property) { property.setValue(value); });
 }
 
 Expected<void, String> GenericPropertyAccessor::setFromString(StringView text) const
@@ -100,16 +106,10 @@ Expected<void, String> GenericPropertyAccessor::setFromString(StringView text) c
     return {};
 }
 
-void GenericPropertyAccessor::mutate(const Function<void(GenericProperty&)>& writer) const
-{
-    for (const auto& object : objects)
-        object->mutateProperty(path, [&](GenericProperty& property) { writer(property); });
-}
-
 void GenericPropertyAccessor::addObserver(CallbacksOwner& owner, Function<void(const ObservedProperty&)> observer) const
 {
-    for (const auto& object : objects)
-        owner.add(object->getProperty(path).addObserver(observer));
+    for (std::size_t i = 0; i < objects.size(); ++i)
+        owner.add(objects[i]->getProperty(handles[i]).addObserver(observer));
 }
 
 } // namespace Marlix

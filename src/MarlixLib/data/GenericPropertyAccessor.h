@@ -5,7 +5,8 @@
 
 namespace Marlix {
 
-/// One property path on one or more entities: a multi-selection edits all of them at once.
+/// One property path on one or more entities: a multi-selection edits all of them at once. The path is resolved once
+/// per object when the accessor is made, so reads and writes through it do not look it up again.
 class MARLIXLIB_EXPORT GenericPropertyAccessor
 {
 public:
@@ -19,6 +20,8 @@ public:
 
     const Array<EntityHolder<Entity>>& getObjects() const { return objects; }
     const String& getPath() const { return path; }
+    /// The path resolved on object `index`; it may not resolve there.
+    const GenericPropertyHandle& getHandle(std::size_t index) const { return handles[index]; }
     bool isEmpty() const { return objects.empty(); }
     /// True when the path names a property of the objects themselves, not a field of a nested data object.
     bool isRootProperty() const { return path.find('.') == String::npos; }
@@ -40,14 +43,18 @@ public:
         // A single object needs no check of its own: its write checks the type before it changes anything.
         if (objects.size() != 1)
             checkWritableAs(std::type_index(typeid(T)));
-        for (const auto& object : objects)
-            object->mutateProperty(path, [&](GenericProperty& property) { property.set(value); });
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            objects[i]->mutateProperty(handles[i], [&](GenericProperty& property) { property.set(value); });
     }
     void setValue(const Value& value) const;
     /// Parses once and writes the result to every object; a parse error changes nothing.
     Expected<void, String> setFromString(StringView text) const;
     /// Calls `writer` on every object's property through mutateProperty.
-    void mutate(const Function<void(GenericProperty&)>& writer) const;
+    template <class Writer> void mutate(Writer&& writer) const
+    {
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            objects[i]->mutateProperty(handles[i], [&](GenericProperty& property) { writer(property); });
+    }
 
     /// Observes the property on every object; the lifetimes end together with the owner.
     void addObserver(CallbacksOwner& owner, Function<void(const ObservedProperty&)> observer) const;
@@ -59,6 +66,8 @@ private:
 
     Array<EntityHolder<Entity>> objects;
     String path;
+    Array<GenericPropertyHandle> handles; // one per object
+
 };
 
 } // namespace Marlix

@@ -30,8 +30,8 @@ private:
 class MARLIXLIB_EXPORT Observable
 {
 public:
-    /// Records a read of `definition` in the innermost scope of this thread; with no scope open it only tests a
-    /// thread-local pointer.
+    /// Records a read of `definition` in the innermost scope of this thread; while no scope is open on any thread it
+    /// only tests one shared counter.
     static void accessProperty(const PropertyDefinition& definition);
     static ObservationScope* getCurrentScope();
 };

@@ -16,17 +16,19 @@ namespace Marlix {
 /// written, so a reader resolves references to entities that come later and notices damage that still decodes. A load
 /// reads into a staging area and replaces the scene's content only when the whole stream was read: any error leaves the
 /// scene exactly as it was. Loading is not an undo step. Entity classes are looked up in the TypeDatabase by name.
+/// References that form a loop are refused both ways: such a scene is neither saved nor loaded.
 class MARLIXLIB_EXPORT SceneSerializer
 {
 public:
     static constexpr std::uint32_t FORMAT_VERSION = 1;
 
+    /// An Exception, before anything is written, when the references of the scene's entities form a loop.
     static void save(const EntityGraphTracker& scene, ISerializer& out);
     /// The entities of a stream, new identities given, references resolved among them. Nothing else changes.
     static Expected<Array<EntityHolder<Entity>>, String> read(IDeserializer& in);
     static Expected<void, String> load(EntityGraphTracker& scene, IDeserializer& in);
 
-    /// The scene as CBOR bytes.
+    /// The scene as CBOR bytes; an Exception when its references form a loop.
     static Array<std::byte> saveToBytes(const EntityGraphTracker& scene);
     static Expected<Array<EntityHolder<Entity>>, String> readFromBytes(ArrayView<const std::byte> bytes);
     static Expected<void, String> loadFromBytes(EntityGraphTracker& scene, ArrayView<const std::byte> bytes);

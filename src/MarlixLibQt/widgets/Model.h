@@ -57,15 +57,18 @@ using Marlix::DisplayUnits;
 
 namespace Detail {
 /// Raises a depth counter for one scope; the counter is lowered again also when the scope is left by an exception.
+/// Models belong to the thread that owns them (the GUI thread), so the counter only guards against re-entrance on
+/// that thread: it is read and written atomically, without the cost of a locked read-modify-write, and another
+/// thread reading it never sees a torn value.
 class DepthGuard
 {
 public:
     explicit DepthGuard(std::atomic<std::int32_t>& depth) noexcept
         : depth(depth)
     {
-        depth.fetch_add(1, std::memory_order_acq_rel);
+        depth.store(depth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
-    ~DepthGuard() { depth.fetch_sub(1, std::memory_order_acq_rel); }
+    ~DepthGuard() { depth.store(depth.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed); }
     DepthGuard(const DepthGuard&) = delete;
     DepthGuard& operator=(const DepthGuard&) = delete;
 
@@ -92,7 +95,7 @@ public:
     // the newest value, and queuing would let two models that observe each other ping-pong forever.
     void notifyCallbacks() override
     {
-        if (notifyDepth.load(std::memory_order_acquire) > 0)
+        if (notifyDepth.load(std::memory_order_relaxed) > 0)
             return;
         const Detail::DepthGuard guard(notifyDepth);
         const T value = this->get();
@@ -124,7 +127,7 @@ public:
     // No comparison with the old value: observers re-read on every accepted set, so an equal value still notifies.
     void set(T newValue) override
     {
-        if (setDepth.load(std::memory_order_acquire) >= 1)
+        if (setDepth.load(std::memory_order_relaxed) >= 1)
             return; // an observer of this model writing back into it
         const Detail::DepthGuard guard(setDepth);
         value = std::move(newValue);
@@ -169,7 +172,7 @@ public:
 
     void set(T value) override
     {
-        if (setDepth.load(std::memory_order_acquire) >= 1)
+        if (setDepth.load(std::memory_order_relaxed) >= 1)
             return;
         const Detail::DepthGuard guard(setDepth);
         setter(std::move(value));

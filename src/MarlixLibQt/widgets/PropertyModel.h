@@ -30,12 +30,12 @@ public:
         , undoManager(std::move(undoManager))
     {
         // Objects on which the path does not resolve have nothing to observe; they read as the default value.
-        for (const auto& object : this->accessor.getObjects())
-            if (isResolved(object->checkPropertyPath(this->accessor.getPath())))
-                observation.add(
-                    object->getProperty(this->accessor.getPath()).addObserver([this](const ObservedProperty&) {
-                        this->notifyCallbacks();
-                    }));
+        const auto& objects = this->accessor.getObjects();
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            if (const GenericPropertyHandle& handle = this->accessor.getHandle(i); handle.isResolved())
+                observation.add(objects[i]->getProperty(handle).addObserver([this](const ObservedProperty&) {
+                    this->notifyCallbacks();
+                }));
     }
 
     ~PropertyModel() override
@@ -52,11 +52,8 @@ public:
     {
         if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
             return T {};
-        if (accessor.isRootProperty())
-            return readProperty(accessor.getProperty());
-        const GenericDataObject& parent = accessor.getProperty().getParentObject();
-        return parent.visitProperty(
-            accessor.getPath(), [this](const GenericProperty& property) { return readProperty(property); });
+        // The accessor's property is the addressed one, a field of a nested data object included.
+        return readProperty(accessor.getProperty());
     }
 
     void set(T value) override
@@ -147,20 +144,12 @@ private:
     {
         // Every object is checked before the first is written, so a mismatch on one of them changes none, with or
         // without an action to revert.
-        const String& path = accessor.getPath();
-        for (const auto& object : accessor.getObjects())
-            object->visitProperty(path, [](const GenericProperty& property) {
-                property.checkIsOfType(std::type_index(typeid(T)), nativeDefinition().get(), TypeKind::Plain, false);
-            });
-        if (accessor.isRootProperty()) {
-            accessor.mutate([this, &value](GenericProperty& property) { writeProperty(property, value); });
-        } else {
-            // A nested property is written through the object that holds it, one object of the selection after the
-            // other.
-            for (const auto& object : accessor.getObjects())
-                object->mutateProperty(
-                    path, [this, &value](GenericProperty& property) { writeProperty(property, value); });
-        }
+        const auto& objects = accessor.getObjects();
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            objects[i]->getProperty(accessor.getHandle(i))
+                .checkIsOfType(std::type_index(typeid(T)), nativeDefinition().get(), TypeKind::Plain, false);
+        // One object of the selection after the other, each through the handle resolved when the model was made.
+        accessor.mutate([this, &value](GenericProperty& property) { writeProperty(property, value); });
     }
 
     GenericPropertyAccessor accessor;

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPixmapCache>
 
+#include <atomic>
 #include <charconv>
 #include <condition_variable>
 #include <cstring>
@@ -133,6 +134,7 @@ struct ThumbnailManager::Impl : QObject
             SharedPtr<IThumbnailProvider> provider = entry.entity ? findProvider(entry.entity->getClassInfo()) : nullptr;
             if (!provider) {
                 entry.queued = false;
+                changed();
                 continue;
             }
             const EntityHolder<Entity> entity = entry.entity;
@@ -164,6 +166,7 @@ struct ThumbnailManager::Impl : QObject
                 stored.keysStale = true;
             }
             stored.current = stored.generation == generation;
+            changed();
             lock.unlock();
             if (!failed)
                 announce({ entity });
@@ -177,6 +180,41 @@ struct ThumbnailManager::Impl : QObject
             Qt::QueuedConnection);
     }
 
+    /// What the GUI thread remembers of the pixmaps it served for one entity: per request, the pixmap-cache key.
+    struct ServedRequest
+    {
+        QSize size;
+        double devicePixelRatio;
+        std::uint32_t option;
+        QString key;
+    };
+    struct Served
+    {
+        std::uint64_t revision = 0;
+        Array<ServedRequest> requests;
+
+        const QString* find(QSize size, double devicePixelRatio, std::uint32_t option) const
+        {
+            for (const ServedRequest& request : requests)
+                if (request.size == size && request.devicePixelRatio == devicePixelRatio && request.option == option)
+                    return &request.key;
+            return nullptr;
+        }
+    };
+
+    /// Called under the mutex by everything that may change the answer to a request already served: a new,
+    /// invalidated or restored image, a provider registered or released, a render finished.
+    void changed() { revision.fetch_add(1, std::memory_order_release); }
+
+    /// The key of a request served before, while nothing has changed since it was confirmed under the mutex.
+    const QString* servedKey(std::uint64_t id, QSize size, double devicePixelRatio, std::uint32_t option) const
+    {
+        const auto found = served.find(id);
+        if (found == served.end() || found->second.revision != revision.load(std::memory_order_acquire))
+            return nullptr;
+        return found->second.find(size, devicePixelRatio, option);
+    }
+
     Mutex mutex;
     std::condition_variable_any wake;
     std::condition_variable_any renderDone;
@@ -185,6 +223,10 @@ struct ThumbnailManager::Impl : QObject
     std::deque<std::uint64_t> queue;
     bool rendering = false;
     CallbackList<ArrayView<const EntityHolder<Entity>>> clients;
+    std::atomic<std::uint64_t> revision { 0 };
+    // GUI thread only: QPixmap and QPixmapCache live there.
+    std::unordered_map<std::uint64_t, Served> served;
+    QPixmap hit; // receives cache hits, which are handed out by move
     // Last, so that it stops before the state it reads goes away.
     UniquePtr<StandbyThread> thread;
 };
@@ -208,6 +250,7 @@ void ThumbnailManager::registerProvider(ArrayView<const EntityClassInfo> classes
         throw Exception("A thumbnail provider must not be null.");
     const std::lock_guard lock(impl->mutex);
     impl->registrations.push_back({ { classes.begin(), classes.end() }, { excluded.begin(), excluded.end() }, provider });
+    impl->changed();
 }
 
 void ThumbnailManager::invalidateEntities(ArrayView<const EntityHolder<Entity>> entities)
@@ -224,12 +267,14 @@ void ThumbnailManager::invalidateEntities(ArrayView<const EntityHolder<Entity>> 
         entry.keysStale = true;
         ++entry.generation;
     }
+    impl->changed();
 }
 
 void ThumbnailManager::shutdownProviders()
 {
     std::unique_lock lock(impl->mutex);
     impl->registrations.clear();
+    impl->changed();
     impl->renderDone.wait(lock, [this] { return !impl->rendering; });
 }
 
@@ -243,20 +288,24 @@ bool ThumbnailManager::canGenerateThumbnailFor(const EntityHolder<Entity>& entit
 
 QString ThumbnailManager::makePixmapKey(std::uint64_t entityId, QSize size, double devicePixelRatio, std::uint32_t option)
 {
-    // Built in one buffer: this runs for every thumbnail painted, and the cache hit must cost little more than the key.
+    // Numbers are written with to_chars: the 'g' format with six significant digits, independent of the process
+    // locale. The buffer holds the longest key with room to spare.
     static constexpr std::string_view PREFIX = "entity_thumbnail_";
     char buffer[128];
-    char* end = buffer + sizeof(buffer);
+    char* const end = buffer + sizeof(buffer);
     char* out = std::copy(PREFIX.begin(), PREFIX.end(), buffer);
+    const auto separator = [&](char c) {
+        if (out != end)
+            *out++ = c;
+    };
     out = std::to_chars(out, end, entityId).ptr;
-    *out++ = '_';
+    separator('_');
     out = std::to_chars(out, end, size.width()).ptr;
-    *out++ = 'x';
+    separator('x');
     out = std::to_chars(out, end, size.height()).ptr;
-    *out++ = '@';
-    // The 'g' format with six significant digits, independent of the process locale.
+    separator('@');
     out = std::to_chars(out, end, devicePixelRatio, std::chars_format::general, 6).ptr;
-    *out++ = '_';
+    separator('_');
     out = std::to_chars(out, end, option).ptr;
     return QString::fromLatin1(buffer, out - buffer);
 }
@@ -266,11 +315,17 @@ QPixmap ThumbnailManager::getThumbnail(
 {
     if (!entity)
         return {};
-    const QString key = makePixmapKey(entity->getId(), size, devicePixelRatio, option);
+    const std::uint64_t id = entity->getId();
+    // A request served before, with nothing changed since: the answer is the pixmap cache's, found without the lock
+    // and without building the key again. This runs for every thumbnail painted.
+    if (const QString* key = impl->servedKey(id, size, devicePixelRatio, option))
+        if (QPixmapCache::find(*key, &impl->hit))
+            return std::move(impl->hit);
 
     const std::lock_guard lock(impl->mutex);
-    auto [found, inserted] = impl->entries.try_emplace(entity->getId());
+    auto [found, inserted] = impl->entries.try_emplace(id);
     Impl::Entry& entry = found->second;
+    Impl::Served& served = impl->served[id];
     if (!entry.entity)
         entry.entity = entity;
     if (entry.keysStale) {
@@ -278,22 +333,31 @@ QPixmap ThumbnailManager::getThumbnail(
             QPixmapCache::remove(stale);
         entry.pixmapKeys.clear();
         entry.keysStale = false;
+        served.requests.clear();
     }
 
+    const QString* known = served.find(size, devicePixelRatio, option);
+    const QString key = known ? *known : makePixmapKey(id, size, devicePixelRatio, option);
     QPixmap pixmap;
-    if (!QPixmapCache::find(key, &pixmap)) {
-        if (!entry.image.isNull() || (option & OPTION_PLACEHOLDER)) {
-            pixmap = makeThumbnail(entry.image, size, devicePixelRatio);
-            QPixmapCache::insert(key, pixmap);
+    bool cached = QPixmapCache::find(key, &pixmap);
+    if (!cached && (!entry.image.isNull() || (option & OPTION_PLACEHOLDER))) {
+        pixmap = makeThumbnail(entry.image, size, devicePixelRatio);
+        QPixmapCache::insert(key, pixmap);
+        // A request served before was evicted by the pixmap cache: its key is recorded already.
+        if (!known)
             entry.pixmapKeys.push_back(key);
-        }
+        cached = true;
     }
+    if (cached && !known)
+        served.requests.push_back({ size, devicePixelRatio, option, key });
 
     if (!entry.current && !entry.queued && impl->findProvider(entity->getClassInfo())) {
         entry.queued = true;
-        impl->queue.push_back(entity->getId());
+        impl->queue.push_back(id);
         impl->wake.notify_one();
     }
+    // What was checked above holds until the next change, which moves the revision.
+    served.revision = impl->revision.load(std::memory_order_relaxed);
     return pixmap;
 }
 
@@ -382,6 +446,7 @@ Expected<void, String> ThumbnailManager::deserializeThumbnailCache(IDeserializer
             if (entry.entity)
                 changed.push_back(entry.entity);
         }
+        impl->changed();
     }
     if (!changed.empty())
         impl->announce(std::move(changed));

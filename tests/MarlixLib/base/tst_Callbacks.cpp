@@ -22,6 +22,7 @@ private Q_SLOTS:
     void removedCallableIsReleased();
     void additionWhileCallingWaitsForNextRound();
     void lifetimeOutlivesList();
+    void listDestroyedByItsOwnCallback();
     void exceptionDoesNotStopOtherCallbacks();
     void ownerEndsEveryRegistration();
     void concurrentAddAndCall();
@@ -121,6 +122,34 @@ void TestCallbacks::lifetimeOutlivesList()
     }
     QVERIFY(!lifetime.isActive());
     lifetime.reset();
+}
+
+void TestCallbacks::listDestroyedByItsOwnCallback()
+{
+    // The round in progress finishes on the list's state; the lifetimes end harmlessly once it is gone.
+    auto list = std::make_unique<CallbackList<int>>();
+    QList<int> seen;
+    CallbackLifetime removedAfterDestruction;
+    auto first = list->add([&](int v) {
+        seen.push_back(v);
+        if (v == 1)
+            list->call(2); // a nested round, so that the list goes while two rounds run
+    });
+    auto destroyer = list->add([&](int v) {
+        seen.push_back(-v);
+        if (v == 2)
+            list.reset();
+    });
+    removedAfterDestruction = list->add([&](int v) {
+        seen.push_back(10 * v);
+        removedAfterDestruction.reset();
+    });
+    list->call(1);
+    QVERIFY(!list);
+    // The outer round goes on after the nested one destroyed the list, without the entry that removed itself.
+    QCOMPARE(seen, (QList<int> { 1, 2, -2, 20, -1 }));
+    QVERIFY(!first.isActive());
+    QVERIFY(!removedAfterDestruction.isActive());
 }
 
 void TestCallbacks::exceptionDoesNotStopOtherCallbacks()

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void pathStatus_data();
     void pathStatus();
     void nestedPathReadsAndWritesThePart();
+    void handleServesEveryObjectOfItsLayout();
     void typeMismatchThrowsAndChangesNothing_data();
     void typeMismatchThrowsAndChangesNothing();
     void conversionOnlyWhenAllowed();
@@ -83,6 +84,13 @@ void TestGenericDataObject::pathStatus()
     QCOMPARE(static_cast<int>(PropertyPathStatus::DoesNotResolve), 2);
     if (!isResolved(status))
         QVERIFY_THROWS_EXCEPTION(Exception, object.visitProperty(path.toStdString(), [](const GenericProperty&) { return 0; }));
+    // A handle resolves the same way, and reaches the same value.
+    const GenericPropertyHandle handle = object.resolveHandle(path.toStdString());
+    QCOMPARE(handle.getStatus(), status);
+    if (isResolved(status))
+        QCOMPARE(object.getProperty(handle).getData(), object.getProperty(path.toStdString()).getData());
+    else
+        QVERIFY_THROWS_EXCEPTION(Exception, object.getProperty(handle));
 }
 
 void TestGenericDataObject::nestedPathReadsAndWritesThePart()
@@ -98,6 +106,39 @@ void TestGenericDataObject::nestedPathReadsAndWritesThePart()
     QCOMPARE(text, String("position (1, 2, 3)"));
     QVERIFY(instance->getProperty("transform").isDataObject());
     QCOMPARE(&instance->getProperty("transform.scale").getParentObject(), static_cast<GenericDataObject*>(instance.get()));
+}
+
+void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
+{
+    auto first = materialClass().create();
+    auto second = materialClass().create();
+    const GenericPropertyHandle roughness = first->resolveHandle("roughness");
+    Array<String> paths;
+    auto lifetime = second->addObserver([&](const ObservedProperty& observed) { paths.emplace_back(observed.getPath()); });
+    UndoManager manager;
+    {
+        auto action = manager.createAction("Through a handle");
+        second->mutateProperty(roughness, [](GenericProperty& p) { p.set(0.75); });
+        action.commit();
+    }
+    QCOMPARE(second->getPropertyValue<double>("roughness"), 0.75);
+    QCOMPARE(first->getPropertyValue<double>("roughness"), materialClass().create()->getPropertyValue<double>("roughness"));
+    manager.undo();
+    QCOMPARE(second->getPropertyValue<double>("roughness"), first->getPropertyValue<double>("roughness"));
+
+    auto instance = instanceClass().create();
+    auto other = instanceClass().create();
+    other->mutateProperty(instance->resolveHandle("transform.position"), [](GenericProperty& p) { p.set(Pos { 7.0, 8.0, 9.0 }); });
+    QCOMPARE(other->getPropertyValue<PosRotScaleTm>("transform").position, (Pos { 7.0, 8.0, 9.0 }));
+
+    // A handle of another layout, an unresolved one or an empty one is refused before anything changes.
+    const String before = instance->getProperty("name").toString();
+    for (const GenericPropertyHandle& unusable :
+        { first->resolveHandle("name"), instance->resolveHandle("weight"), GenericPropertyHandle() }) {
+        QVERIFY_THROWS_EXCEPTION(Exception, instance->mutateProperty(unusable, [](GenericProperty& p) { p.set(String("x")); }));
+    }
+    QCOMPARE(instance->getProperty("name").toString(), before);
+    QCOMPARE(paths, (Array<String> { "roughness", "roughness" }));
 }
 
 void TestGenericDataObject::typeMismatchThrowsAndChangesNothing_data()

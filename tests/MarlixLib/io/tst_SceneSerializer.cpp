@@ -1,4 +1,5 @@
 #include <MarlixLib/Lib.h>
+#include <MarlixLib/base/Exception.h>
 #include <MarlixLib/data/EntityReferences.h>
 #include <MarlixLib/io/CborDeserializer.h>
 #include <MarlixLib/io/CborSerializer.h>
@@ -120,6 +121,8 @@ private Q_SLOTS:
     void badStreams();
     void referenceCyclesAreRefusedAndFreed_data();
     void referenceCyclesAreRefusedAndFreed();
+    void savingALoopIsRefused_data();
+    void savingALoopIsRefused();
 
 private:
     EntityGraphTracker source;
@@ -252,55 +255,96 @@ void TestSceneSerializer::badStreams()
     QVERIFY(target.isUnchanged());
 }
 
+namespace {
+/// Nodes a, b, c of one scene, with the references listed as "from, through, to": "anb" makes a's "next" b, "alb"
+/// adds b to a's "children".
+Array<EntityHolder<Entity>> linkedNodes(EntityGraphTracker& scene, const QStringList& references)
+{
+    Array<EntityHolder<Entity>> nodes;
+    for (int i = 0; i < 3; ++i) {
+        nodes.push_back(nodeClass().create());
+        scene.addEntity(nodes.back());
+    }
+    for (const QString& reference : references) {
+        const auto& from = nodes[std::size_t(reference[0].unicode() - 'a')];
+        const auto& to = nodes[std::size_t(reference[2].unicode() - 'a')];
+        if (reference[1] == 'n') {
+            from->setPropertyValue("next", to);
+        } else {
+            auto children = from->getPropertyValue<Array<EntityHolder<Entity>>>("children");
+            children.push_back(to);
+            from->setPropertyValue("children", children);
+        }
+    }
+    return nodes;
+}
+
+void unlink(const Array<EntityHolder<Entity>>& nodes)
+{
+    for (const auto& node : nodes) {
+        node->setPropertyValue("next", EntityHolder<Entity>());
+        node->setPropertyValue("children", Array<EntityHolder<Entity>> {});
+    }
+}
+
+// Saving refuses loops, so the streams that hold one are given as bytes: three nodes each, with the loops of the rows
+// that use them.
+const QByteArray SELF_THROUGH_REFERENCE = QByteArray::fromHex(
+    "84684076657273696f6e01657363656e658867636c6173736573a1614083644e6f6465644e6f6465644e6f646563696473a1"
+    "6140830a0b0c68656e746974696573a161408384646e657874a161230a686368696c6472656ea161408084646e657874a161"
+    "2300686368696c6472656ea161408084646e657874a1612300686368696c6472656ea161408068636865636b73756d1b4e8c"
+    "79b11e738c9e");
+const QByteArray SELF_THROUGH_LIST = QByteArray::fromHex(
+    "84684076657273696f6e01657363656e658867636c6173736573a1614083644e6f6465644e6f6465644e6f646563696473a1"
+    "61408314151668656e746974696573a161408384646e657874a1612300686368696c6472656ea1614081a161231484646e65"
+    "7874a1612300686368696c6472656ea161408084646e657874a1612300686368696c6472656ea161408068636865636b7375"
+    "6d1b8b4c626bd2c3fa70");
+const QByteArray TWO_THROUGH_REFERENCES = QByteArray::fromHex(
+    "84684076657273696f6e01657363656e658867636c6173736573a1614083644e6f6465644e6f6465644e6f646563696473a1"
+    "614083181e181f182068656e746974696573a161408384646e657874a16123181f686368696c6472656ea161408084646e65"
+    "7874a16123181e686368696c6472656ea161408084646e657874a1612300686368696c6472656ea161408068636865636b73"
+    "756d1bdff3ffffc3c605a9");
+const QByteArray THREE_THROUGH_LIST_REFERENCE_LIST = QByteArray::fromHex(
+    "84684076657273696f6e01657363656e658867636c6173736573a1614083644e6f6465644e6f6465644e6f646563696473a1"
+    "61408318281829182a68656e746974696573a161408384646e657874a1612300686368696c6472656ea1614081a161231829"
+    "84646e657874a16123182a686368696c6472656ea161408084646e657874a1612300686368696c6472656ea1614081a16123"
+    "182868636865636b73756d1bd1383e3ab684ee4d");
+} // namespace
+
 void TestSceneSerializer::referenceCyclesAreRefusedAndFreed_data()
 {
-    // Nodes a, b, c. Each row lists the references as "from>to" through "next" or "children" (n: next, l: list).
+    // A stream given as bytes, or else one saved from nodes linked as listed (see linkedNodes).
+    QTest::addColumn<QByteArray>("given");
     QTest::addColumn<QStringList>("references");
     QTest::addColumn<bool>("damageChecksum");
     QTest::addColumn<QString>("message");
-    QTest::newRow("itself through a reference") << QStringList { "ana" } << false << "cycle";
-    QTest::newRow("itself through a list") << QStringList { "ala" } << false << "cycle";
-    QTest::newRow("two nodes through references") << QStringList { "anb", "bna" } << false << "cycle";
-    QTest::newRow("a list, a reference and a list") << QStringList { "alb", "bnc", "cla" } << false << "cycle";
-    QTest::newRow("a loop with a damaged checksum") << QStringList { "alb", "bla" } << true << "checksum";
-    QTest::newRow("a chain with a damaged checksum") << QStringList { "alb", "bnc" } << true << "checksum";
-    QTest::newRow("a shared child is no loop") << QStringList { "alb", "alc", "bnc" } << false << "";
+    QTest::newRow("itself through a reference") << SELF_THROUGH_REFERENCE << QStringList() << false << "cycle";
+    QTest::newRow("itself through a list") << SELF_THROUGH_LIST << QStringList() << false << "cycle";
+    QTest::newRow("two nodes through references") << TWO_THROUGH_REFERENCES << QStringList() << false << "cycle";
+    QTest::newRow("a list, a reference and a list") << THREE_THROUGH_LIST_REFERENCE_LIST << QStringList() << false << "cycle";
+    QTest::newRow("a loop with a damaged checksum") << THREE_THROUGH_LIST_REFERENCE_LIST << QStringList() << true << "checksum";
+    QTest::newRow("a chain with a damaged checksum") << QByteArray() << QStringList { "alb", "bnc" } << true << "checksum";
+    QTest::newRow("a shared child is no loop") << QByteArray() << QStringList { "alb", "alc", "bnc" } << false << "";
 }
 
 void TestSceneSerializer::referenceCyclesAreRefusedAndFreed()
 {
+    QFETCH(QByteArray, given);
     QFETCH(QStringList, references);
     QFETCH(bool, damageChecksum);
     QFETCH(QString, message);
     const int nodesBefore = liveNodes;
-    Array<std::byte> stream;
-    {
+    Array<std::byte> stream(reinterpret_cast<const std::byte*>(given.constData()),
+        reinterpret_cast<const std::byte*>(given.constData()) + given.size());
+    if (given.isEmpty()) {
         EntityGraphTracker scene;
-        Array<EntityHolder<Entity>> nodes;
-        for (int i = 0; i < 3; ++i) {
-            nodes.push_back(nodeClass().create());
-            scene.addEntity(nodes.back());
-        }
-        for (const QString& reference : references) {
-            const auto& from = nodes[std::size_t(reference[0].unicode() - 'a')];
-            const auto& to = nodes[std::size_t(reference[2].unicode() - 'a')];
-            if (reference[1] == 'n') {
-                from->setPropertyValue("next", to);
-            } else {
-                auto children = from->getPropertyValue<Array<EntityHolder<Entity>>>("children");
-                children.push_back(to);
-                from->setPropertyValue("children", children);
-            }
-        }
+        const auto nodes = linkedNodes(scene, references);
         stream = SceneSerializer::saveToBytes(scene);
-        // The checksum is the stream's last value: its lowest byte comes last.
-        if (damageChecksum)
-            stream.back() ^= std::byte(1);
-        for (const auto& node : nodes) {
-            node->setPropertyValue("next", EntityHolder<Entity>());
-            node->setPropertyValue("children", Array<EntityHolder<Entity>> {});
-        }
+        unlink(nodes);
     }
+    // The checksum is the stream's last value: its lowest byte comes last.
+    if (damageChecksum)
+        stream.back() ^= std::byte(1);
     QCOMPARE(liveNodes, nodesBefore);
     {
         Guarded target;
@@ -316,6 +360,38 @@ void TestSceneSerializer::referenceCyclesAreRefusedAndFreed()
     }
     // Entities of a refused stream are gone with the failure, not kept alive by their own references.
     QCOMPARE(liveNodes, nodesBefore);
+}
+
+void TestSceneSerializer::savingALoopIsRefused_data()
+{
+    QTest::addColumn<QStringList>("references");
+    QTest::newRow("itself through a reference") << QStringList { "ana" };
+    QTest::newRow("itself through a list") << QStringList { "ala" };
+    QTest::newRow("two nodes through references") << QStringList { "anb", "bna" };
+    QTest::newRow("a list, a reference and a list") << QStringList { "alb", "bnc", "cla" };
+}
+
+void TestSceneSerializer::savingALoopIsRefused()
+{
+    QFETCH(QStringList, references);
+    EntityGraphTracker scene;
+    const auto nodes = linkedNodes(scene, references);
+    CborSerializer out;
+    try {
+        SceneSerializer::save(scene, out);
+        QFAIL("a scene with a loop was saved");
+    } catch (const Exception& error) {
+        const QString text = QString::fromStdString(error.getMessage());
+        QVERIFY2(text.contains("cannot be saved"), qPrintable(text));
+        const QString named = QStringLiteral("#%1 ").arg(nodes[std::size_t(references.front()[0].unicode() - 'a')]->getId());
+        QVERIFY2(text.contains(named), qPrintable(text));
+    }
+    // Nothing was written: the same serializer takes the scene once the loop is broken.
+    unlink(nodes);
+    SceneSerializer::save(scene, out);
+    EntityGraphTracker loaded;
+    QVERIFY(SceneSerializer::loadFromBytes(loaded, out.getBytes()));
+    QCOMPARE(loaded.size(), std::size_t(3));
 }
 
 QTEST_GUILESS_MAIN(TestSceneSerializer)

@@ -244,6 +244,12 @@ void tst_Thumbnails::invalidationRendersAgainAndDropsOldKeys()
     const QString largeKey = ThumbnailManager::makePixmapKey(material->getId(), { 32, 32 }, ratio, 0);
     QPixmap cached;
     QVERIFY(QPixmapCache::find(largeKey, &cached));
+    // Served again from the pixmap cache, and made again when the cache dropped it.
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(small.getThumbnail(material).toImage().pixelColor(8, 8), QColor(Qt::red));
+    QPixmapCache::remove(largeKey);
+    QCOMPARE(large.getThumbnail(material).toImage().pixelColor(16, 16), QColor(Qt::red));
+    QVERIFY(QPixmapCache::find(largeKey, &cached));
 
     provider->setColour({ 0, 255, 0, 255 });
     const EntityHolder<Entity> changed[] = { material };
