@@ -214,7 +214,13 @@ void PropertySheet::placeRow(Section& section, PropertySheetItem* row)
 void PropertySheet::updateSectionVisibility(Section& section)
 {
     const bool anyShown = std::ranges::any_of(section.rows, &PropertySheetItem::isShownByCondition);
-    section.box->setVisible(anyShown);
+    // Only a section this sheet hid is shown again: showing one early would polish and lay out all its rows before
+    // the sheet itself is shown, and then once more.
+    const bool hiddenHere = section.box->isHidden() && section.box->testAttribute(Qt::WA_WState_ExplicitShowHide);
+    if (!anyShown && !hiddenHere)
+        section.box->hide();
+    else if (anyShown && hiddenHere)
+        section.box->show();
 }
 
 PropertySheetItem* PropertySheet::findItem(StringView path) const
