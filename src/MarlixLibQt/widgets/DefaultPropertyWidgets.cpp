@@ -265,11 +265,6 @@ void installDefault(StringView name, PropertyWidgetConstructor::Constructor cons
 
 } // namespace
 
-QWidget* Detail::makeEntityEditor(const GenericPropertyAccessor& property, const Arguments& arguments)
-{
-    return makeTextEditor(property, arguments);
-}
-
 void PropertyWidgetConstructor::registerDefaultWidgets()
 {
     installDefault("bool", &makeCheckBox);
