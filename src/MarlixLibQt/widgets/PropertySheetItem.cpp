@@ -67,6 +67,8 @@ PropertySheetItem::PropertySheetItem(PropertySheet& sheet, GenericPropertyAccess
 
     nameLabel = new QLabel(uiName, this);
     nameLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    // Drawn like the editors' text, whose palettes dim it in a disabled row, so a row off by its condition reads so.
+    nameLabel->setForegroundRole(QPalette::Text);
 
     // The row is the editor's parent: it places the editor, and the editor stays a descendant of the section.
     PropertyWidgetConstructor::Arguments arguments;
