@@ -85,6 +85,8 @@ PropertySheetItem::PropertySheetItem(PropertySheet& sheet, GenericPropertyAccess
         made = PropertyWidgetConstructor::unsupportedPropertyConstructor(tr("No editor"), this);
     if (made->parentWidget() != this)
         made->setParent(this);
+    made->setAccessibleName(uiName);
+    nameLabel->setBuddy(made);
     editorWidget = made;
 
     refreshValueState();
@@ -192,8 +194,8 @@ bool PropertySheetItem::evaluateConditions()
     shownByCondition = !visibleIf || holdsForEvery(visibleIf->predicate, accessor.getObjects(), dependencies, getPath());
     enabledByCondition
         = !enabledIf || holdsForEvery(enabledIf->predicate, accessor.getObjects(), dependencies, getPath());
-    if (isEnabled() != enabledByCondition)
-        setEnabled(enabledByCondition);
+    // Also when the sheet itself is disabled: the row's own state must be right once the sheet is enabled again.
+    setEnabled(enabledByCondition);
     return shownByCondition != wasShown;
 }
 
