@@ -24,9 +24,10 @@ public:
     {
         for (const auto& object : this->accessor.getObjects())
             if (isResolved(object->checkPropertyPath(this->accessor.getPath())))
-                observation.add(object->getProperty(this->accessor.getPath()).addObserver([this](const ObservedProperty&) {
-                    this->notifyCallbacks();
-                }));
+                observation.add(
+                    object->getProperty(this->accessor.getPath()).addObserver([this](const ObservedProperty&) {
+                        this->notifyCallbacks();
+                    }));
     }
 
     ~ConvertedPropertyModel() override

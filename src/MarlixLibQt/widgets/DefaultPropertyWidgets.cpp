@@ -1,5 +1,7 @@
-#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
-
+#include <MarlixLib/data/CoreTypes.h>
+#include <MarlixLib/data/TypeDatabase.h>
+#include <MarlixLib/math/Vector3.h>
+#include <MarlixLib/units/Quantity.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/CheckBox.h>
 #include <MarlixLibQt/widgets/ColorEditButton.h>
@@ -11,15 +13,12 @@
 #include <MarlixLibQt/widgets/PosRotScale.h>
 #include <MarlixLibQt/widgets/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/PropertyModel.h>
+#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
 #include <MarlixLibQt/widgets/SliderConverter.h>
 #include <MarlixLibQt/widgets/Vector.h>
 
-#include <MarlixLib/data/CoreTypes.h>
-#include <MarlixLib/data/TypeDatabase.h>
-#include <MarlixLib/math/Vector3.h>
-#include <MarlixLib/units/Quantity.h>
-
 #include <QLineEdit>
+#include <QSignalBlocker>
 
 #include <algorithm>
 #include <cmath>
@@ -33,8 +32,6 @@ namespace {
 using Arguments = PropertyWidgetConstructor::Arguments;
 
 constexpr const char* QUANTITY_ATTRIBUTE = "Zorva.Quantity";
-// What an integer drop-down reads while the selected objects disagree: no entry stands for it.
-constexpr std::int64_t NO_ENTRY = std::numeric_limits<std::int64_t>::min();
 // Doubles hold every integer up to 2^53 exactly; 64-bit fields are limited to that so that no value is rounded away.
 constexpr double LARGEST_EXACT_INTEGER = 9007199254740992.0;
 
@@ -61,11 +58,6 @@ template <class N> N toNumber(double value)
     return static_cast<N>(limited);
 }
 
-bool hasMixedValues(const GenericPropertyAccessor& property)
-{
-    return property.getObjects().size() > 1 && isResolved(property.checkProperty()) && !property.hasSameValues();
-}
-
 /// Shows `quantity` in the host's display units, and follows every change of them.
 template <class Editor>
 void followDisplayUnits(Editor* editor, const UserData& options, const SharedPtr<IPropertySheetHost>& host)
@@ -89,13 +81,14 @@ template <class T> SharedPtr<Model<T>> showMixedAsEmpty(SharedPtr<PropertyModel<
 {
     PropertyModel<T>* source = model.get();
     return makeSharedPtr<LambdaModel<T>>(
-        model, [source] { return hasMixedValues(source->getAccessor()) ? T {} : source->get(); },
+        model, [source] { return Detail::hasMixedValues(source->getAccessor()) ? T {} : source->get(); },
         [source](T value) { source->set(std::move(value)); });
 }
 
 void updateMixedPlaceholder(QLineEdit* field, const GenericPropertyAccessor& property)
 {
-    field->setPlaceholderText(hasMixedValues(property) ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : QString());
+    field->setPlaceholderText(
+        Detail::hasMixedValues(property) ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : QString());
 }
 
 template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, const Arguments& arguments)
@@ -111,7 +104,8 @@ template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, 
             auto index = makeSharedPtr<LambdaModel<std::int64_t>>(
                 propertyModel,
                 [source] {
-                    return hasMixedValues(source->getAccessor()) ? NO_ENTRY : static_cast<std::int64_t>(source->get());
+                    return Detail::hasMixedValues(source->getAccessor()) ? Detail::NO_ENTRY
+                                                                         : static_cast<std::int64_t>(source->get());
                 },
                 [source](std::int64_t value) { source->set(toNumber<N>(static_cast<double>(value))); });
             return ComboBox::makeVirtualEnumDropDownImpl(entries->entries,
@@ -139,11 +133,35 @@ template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, 
     return number;
 }
 
+/// The box shows "partly checked" while the objects disagree; a click then checks every object.
+void showMixedAsPartlyChecked(CheckBox* box, const GenericPropertyAccessor& property)
+{
+    const QSignalBlocker blocker(box);
+    if (Detail::hasMixedValues(property)) {
+        box->setCheckState(Qt::PartiallyChecked);
+    } else {
+        box->setCheckState(box->getModel()->get() ? Qt::Checked : Qt::Unchecked);
+        box->setTristate(false);
+    }
+}
+
 QWidget* makeCheckBox(const GenericPropertyAccessor& property, const Arguments& arguments)
 {
     auto model = makeSharedPtr<PropertyModel<bool>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
-    return new CheckBox(Detail::guardReadOnly<bool>(model, Detail::isReadOnlyProperty(property)),
+    auto* box = new CheckBox(Detail::guardReadOnly<bool>(model, Detail::isReadOnlyProperty(property)),
         Detail::defaultNumber(property) != 0.0, QString(), arguments.parent);
+    if (property.getObjects().size() > 1) {
+        // Registered after the box's own observer, so it has the last word on what the box shows.
+        box->registerCallback(
+            model->addCallback([box, accessor = property](bool) { showMixedAsPartlyChecked(box, accessor); }));
+        // From "partly checked" a click goes to "checked" without a toggle, which is what the box writes on.
+        QObject::connect(box, &QAbstractButton::clicked, box, [box, accessor = property](bool checked) {
+            if (Detail::hasMixedValues(accessor))
+                box->getModel()->set(checked);
+        });
+        showMixedAsPartlyChecked(box, property);
+    }
+    return box;
 }
 
 template <class T> T defaultValueOf(const GenericPropertyAccessor& property)
@@ -185,32 +203,62 @@ QWidget* makePath(const GenericPropertyAccessor& property, const Arguments& argu
         std::move(browse), PropertyWidgetConstructor::getUiOptions(property), arguments.parent);
     if (several) {
         updateMixedPlaceholder(editor->lineEdit(), property);
-        editor->registerCallback(propertyModel->addCallback([field = editor->lineEdit(), accessor = property](
-                                                                const Io::Path&) {
-            updateMixedPlaceholder(field, accessor);
-        }));
+        editor->registerCallback(
+            propertyModel->addCallback([field = editor->lineEdit(), accessor = property](
+                                           const Io::Path&) { updateMixedPlaceholder(field, accessor); }));
     }
     return editor;
 }
 
 // The components of the vector types, in the order their fields show them.
-Array<double> toArray(const Vector2& v) { return { v.x, v.y }; }
-Array<double> toArray(const Pixel& v) { return { double(v.x), double(v.y) }; }
-Array<double> toArray(const Pos& v) { return { v.x, v.y, v.z }; }
-Array<double> toArray(const Dir& v) { return { v.x, v.y, v.z }; }
-Array<double> toArray(const Vector3& v) { return { v.x, v.y, v.z }; }
+Array<double> toArray(const Vector2& v)
+{
+    return { v.x, v.y };
+}
+Array<double> toArray(const Pixel& v)
+{
+    return { double(v.x), double(v.y) };
+}
+Array<double> toArray(const Pos& v)
+{
+    return { v.x, v.y, v.z };
+}
+Array<double> toArray(const Dir& v)
+{
+    return { v.x, v.y, v.z };
+}
+Array<double> toArray(const Vector3& v)
+{
+    return { v.x, v.y, v.z };
+}
 
 template <class V> V fromArray(const Array<double>& a);
-template <> Vector2 fromArray(const Array<double>& a) { return { a[0], a[1] }; }
-template <> Pixel fromArray(const Array<double>& a) { return { toNumber<std::int32_t>(a[0]), toNumber<std::int32_t>(a[1]) }; }
-template <> Pos fromArray(const Array<double>& a) { return { a[0], a[1], a[2] }; }
-template <> Dir fromArray(const Array<double>& a) { return { a[0], a[1], a[2] }; }
-template <> Vector3 fromArray(const Array<double>& a) { return { a[0], a[1], a[2] }; }
+template <> Vector2 fromArray(const Array<double>& a)
+{
+    return { a[0], a[1] };
+}
+template <> Pixel fromArray(const Array<double>& a)
+{
+    return { toNumber<std::int32_t>(a[0]), toNumber<std::int32_t>(a[1]) };
+}
+template <> Pos fromArray(const Array<double>& a)
+{
+    return { a[0], a[1], a[2] };
+}
+template <> Dir fromArray(const Array<double>& a)
+{
+    return { a[0], a[1], a[2] };
+}
+template <> Vector3 fromArray(const Array<double>& a)
+{
+    return { a[0], a[1], a[2] };
+}
 
 template <class V> QWidget* makeVector(const GenericPropertyAccessor& property, const Arguments& arguments)
 {
     const UserData& options = PropertyWidgetConstructor::getUiOptions(property);
-    auto propertyModel = makeSharedPtr<PropertyModel<V>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
+    auto propertyModel
+        = makeSharedPtr<PropertyModel<V>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
     PropertyModel<V>* source = propertyModel.get();
     const std::size_t size = toArray(V {}).size();
     SharedPtr<Model<Array<double>>> model = makeSharedPtr<LambdaModel<Array<double>>>(
@@ -220,22 +268,23 @@ template <class V> QWidget* makeVector(const GenericPropertyAccessor& property, 
             if (components.size() == size)
                 source->set(fromArray<V>(components));
         });
-    const Array<QString> labels = size == 2 ? Array<QString> { QStringLiteral("X"), QStringLiteral("Y") }
-                                            : Array<QString> { QStringLiteral("X"), QStringLiteral("Y"), QStringLiteral("Z") };
+    const Array<QString> labels = size == 2
+        ? Array<QString> { QStringLiteral("X"), QStringLiteral("Y") }
+        : Array<QString> { QStringLiteral("X"), QStringLiteral("Y"), QStringLiteral("Z") };
     auto* vector = new Vector(Detail::guardReadOnly(std::move(model), Detail::isReadOnlyProperty(property)),
         toArray(defaultValueOf<V>(property)), options.get<UiSliderOptions>(SLIDER_OPTIONS_KEY) != nullptr, options,
         labels, LabelPosition::Left, arguments.parent);
     if constexpr (std::is_same_v<V, Pixel>)
-        vector->setRange(Array<double>(size, lowestOf<std::int32_t>()), Array<double>(size, highestOf<std::int32_t>()),
-            1.0f, 0);
+        vector->setRange(
+            Array<double>(size, lowestOf<std::int32_t>()), Array<double>(size, highestOf<std::int32_t>()), 1.0f, 0);
     followDisplayUnits(vector, options, arguments.host);
     return vector;
 }
 
 QWidget* makeTransform(const GenericPropertyAccessor& property, const Arguments& arguments)
 {
-    auto model
-        = makeSharedPtr<PropertyModel<PosRotScaleTm>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
+    auto model = makeSharedPtr<PropertyModel<PosRotScaleTm>>(
+        property, Detail::undoManagerOf(arguments), arguments.displayName);
     return new PosRotScale(Detail::guardReadOnly<PosRotScaleTm>(model, Detail::isReadOnlyProperty(property)),
         arguments.host->getDisplayUnitsModel(), arguments.parent);
 }

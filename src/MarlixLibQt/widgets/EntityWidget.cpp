@@ -1,14 +1,12 @@
-#include <MarlixLibQt/widgets/EntityWidget.h>
-
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLib/data/EntityReferences.h>
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/EntityWidget.h>
 #include <MarlixLibQt/widgets/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/PropertyModel.h>
 #include <MarlixLibQt/widgets/ThumbnailManager.h>
-
-#include <MarlixLib/base/Exception.h>
-#include <MarlixLib/data/EntityGraphTracker.h>
-#include <MarlixLib/data/EntityReferences.h>
 
 #include <QActionGroup>
 #include <QMenu>
@@ -44,7 +42,8 @@ EntityWidget::EntityWidget(SharedPtr<Model<EntityHolder<Entity>>> model, EntityC
     connect(pickMenu, &QMenu::aboutToShow, this, &EntityWidget::rebuildMenu);
 
     if (SharedPtr<ThumbnailManager> manager = this->host->getThumbnailManager())
-        thumbnails = std::make_unique<ThumbnailClient>(manager, QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE),
+        thumbnails = std::make_unique<ThumbnailClient>(
+            manager, QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE),
             [this](ArrayView<const EntityHolder<Entity>> changed) {
                 const EntityHolder<Entity> shown = shownEntity.lock();
                 if (shown && std::find(changed.begin(), changed.end(), shown) != changed.end())
@@ -53,8 +52,8 @@ EntityWidget::EntityWidget(SharedPtr<Model<EntityHolder<Entity>>> model, EntityC
             ThumbnailManager::OPTION_PLACEHOLDER, this);
 
     registerCallback(this->model->addCallback([this](const EntityHolder<Entity>&) { notify(); }));
-    registerCallback(this->host->getEntityHandleContext().addExpirationObserver(
-        [this] { notify(); }, &this->acceptedClass));
+    registerCallback(
+        this->host->getEntityHandleContext().addExpirationObserver([this] { notify(); }, &this->acceptedClass));
     notify();
 }
 
@@ -136,9 +135,8 @@ void EntityWidget::observeName(const EntityHolder<Entity>& entity)
     if (!entity)
         return;
     if (const int index = entity->indexOfProperty(NAME_PROPERTY); index >= 0)
-        nameObservation = entity->addPropertyObserver(static_cast<std::uint32_t>(index), [this](const ObservedProperty&) {
-            setText(getEntityText(shownEntity.lock()));
-        });
+        nameObservation = entity->addPropertyObserver(static_cast<std::uint32_t>(index),
+            [this](const ObservedProperty&) { setText(getEntityText(shownEntity.lock())); });
 }
 
 void EntityWidget::rebuildMenu()
@@ -174,8 +172,8 @@ void EntityWidget::rebuildMenu()
 void EntityWidget::addEntityAction(const EntityHolder<Entity>& entity, const EntityHolder<Entity>& current)
 {
     // The menu must not keep entities alive: it holds them weakly until it is made again.
-    QAction* action = pickMenu->addAction(thumbnailOf(entity), getEntityText(entity), this,
-        [this, weak = std::weak_ptr<Entity>(entity)] {
+    QAction* action = pickMenu->addAction(
+        thumbnailOf(entity), getEntityText(entity), this, [this, weak = std::weak_ptr<Entity>(entity)] {
             if (const EntityHolder<Entity> chosen = weak.lock())
                 pick(chosen);
         });
@@ -205,21 +203,20 @@ QIcon EntityWidget::thumbnailOf(const EntityHolder<Entity>& entity) const
 QWidget* Detail::makeEntityEditor(
     const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
 {
-    auto model = makeSharedPtr<PropertyModel<EntityHolder<Entity>>>(
-        property, undoManagerOf(arguments), arguments.displayName);
-    EntityClassInfo accepted
-        = getEntityClassAcceptedByProperty(property).value_or(arguments.host->getEntityHandleContext().getDefaultEntityClass());
+    auto model
+        = makeSharedPtr<PropertyModel<EntityHolder<Entity>>>(property, undoManagerOf(arguments), arguments.displayName);
+    EntityClassInfo accepted = getEntityClassAcceptedByProperty(property).value_or(
+        arguments.host->getEntityHandleContext().getDefaultEntityClass());
     // A property may narrow its type's class further, never widen it.
-    if (const auto* narrowed = PropertyWidgetConstructor::getUiOptions(property).get<EntityClassInfo>(ENTITY_CLASS_ATTRIBUTE);
+    if (const auto* narrowed
+        = PropertyWidgetConstructor::getUiOptions(property).get<EntityClassInfo>(ENTITY_CLASS_ATTRIBUTE);
         narrowed && accepted.isBaseClassOf(*narrowed))
         accepted = *narrowed;
     auto* editor = new EntityWidget(guardReadOnly<EntityHolder<Entity>>(model, isReadOnlyProperty(property)),
         std::move(accepted), arguments.host, arguments.parent);
     editor->setReferencingEntities(property.getObjects());
     if (property.getObjects().size() > 1)
-        editor->setMixedValuesFunction([accessor = property] {
-            return isResolved(accessor.checkProperty()) && !accessor.hasSameValues();
-        });
+        editor->setMixedValuesFunction([accessor = property] { return hasMixedValues(accessor); });
     return editor;
 }
 

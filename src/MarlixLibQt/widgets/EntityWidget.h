@@ -1,11 +1,10 @@
 #pragma once
 
+#include <MarlixLib/data/Entity.h>
+#include <MarlixLib/data/EntityClassInfo.h>
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Model.h>
-
-#include <MarlixLib/data/Entity.h>
-#include <MarlixLib/data/EntityClassInfo.h>
 
 #include <QToolButton>
 

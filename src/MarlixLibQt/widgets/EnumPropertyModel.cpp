@@ -29,8 +29,8 @@ void EnumPropertyModel::writeValue(const std::int64_t& value)
     for (const auto& object : accessor.getObjects()) {
         const TypeDefinition& type = object->getProperty(accessor.getPath()).getTypeDefinition();
         if (type.getKind() != TypeKind::Enumeration)
-            throw Exception("The property \"" + accessor.getPath() + "\" holds a " + type.getName()
-                + ", not an enumeration");
+            throw Exception(
+                "The property \"" + accessor.getPath() + "\" holds a " + type.getName() + ", not an enumeration");
         if (!type.findEnumerationName(value))
             throw Exception(std::to_string(value) + " is not a value of " + type.getName());
     }

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLibQt/widgets/Model.h>
 #include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
 
-#include <MarlixLib/data/GenericPropertyAccessor.h>
-
 #include <QPointer>
 #include <QWidget>
+
+#include <cstdint>
+#include <limits>
 
 // What the built-in property editors share; internal to the library.
 
@@ -16,7 +18,13 @@ class IUndoManager;
 
 namespace Marlix::Widgets::Detail {
 
+/// What drop-downs read while the selected objects disagree: no entry stands for it, so none is shown.
+inline constexpr std::int64_t NO_ENTRY = std::numeric_limits<std::int64_t>::min();
+
 bool isReadOnlyProperty(const GenericPropertyAccessor& property);
+
+/// True when the accessor addresses several objects that hold different values.
+bool hasMixedValues(const GenericPropertyAccessor& property);
 
 /// Read-only look on every field and button of `editor`: text stays selectable, nothing else reacts.
 void applyReadOnlyLook(QWidget* editor);
@@ -33,7 +41,8 @@ template <class T> SharedPtr<Model<T>> guardReadOnly(SharedPtr<Model<T>> model, 
     if (!readOnly)
         return model;
     Model<T>* source = model.get();
-    return makeSharedPtr<LambdaModel<T>>(model, [source] { return source->get(); }, [](T) { });
+    return makeSharedPtr<LambdaModel<T>>(
+        model, [source] { return source->get(); }, [](T) {});
 }
 
 /// Refusals of `model` are shown at `editor` for as long as both live.
@@ -49,7 +58,8 @@ template <class M> void reportRejectionsAt(M& model, QWidget* editor)
 QWidget* makeTextEditor(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments);
 
 /// An EntityWidget over a reference property, offering entities of the class the property accepts.
-QWidget* makeEntityEditor(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments);
+QWidget* makeEntityEditor(
+    const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments);
 
 /// The numeric value of the definition's default, or 0 when it has none or it is not a number.
 double defaultNumber(const GenericPropertyAccessor& property);

@@ -1,16 +1,15 @@
-#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
-
+#include <MarlixLib/base/Exception.h>
+#include <MarlixLib/data/TypeDefinition.h>
+#include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/widgets/ComboBox.h>
 #include <MarlixLibQt/widgets/EnumPropertyModel.h>
 #include <MarlixLibQt/widgets/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/LineEdit.h>
 #include <MarlixLibQt/widgets/PropertyControllerObserver.h>
 #include <MarlixLibQt/widgets/PropertyEditorSupport.h>
+#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/Slider.h>
 #include <MarlixLibQt/widgets/TextPropertyModel.h>
-
-#include <MarlixLib/base/Exception.h>
-#include <MarlixLib/data/TypeDefinition.h>
-#include <MarlixLib/undo/IUndoManager.h>
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
@@ -20,8 +19,6 @@
 #include <QLineEdit>
 #include <QToolTip>
 
-#include <limits>
-
 namespace Marlix::Widgets {
 
 namespace Detail {
@@ -30,6 +27,11 @@ bool isReadOnlyProperty(const GenericPropertyAccessor& property)
 {
     return !property.isEmpty() && isResolved(property.checkProperty())
         && property.getDefinition().getFlags().has(PropertyFlag::ReadOnly);
+}
+
+bool hasMixedValues(const GenericPropertyAccessor& property)
+{
+    return property.getObjects().size() > 1 && isResolved(property.checkProperty()) && !property.hasSameValues();
 }
 
 void applyReadOnlyLook(QWidget* editor)
@@ -44,7 +46,7 @@ void applyReadOnlyLook(QWidget* editor)
         else if (auto* spinBox = qobject_cast<QAbstractSpinBox*>(widget))
             spinBox->setReadOnly(true);
         else if (qobject_cast<QAbstractButton*>(widget) || qobject_cast<QComboBox*>(widget)
-            || qobject_cast<QAbstractSlider*>(widget))
+            || qobject_cast<QAbstractSlider*>(widget) || qobject_cast<Slider*>(widget))
             widget->setEnabled(false);
     }
 }
@@ -75,8 +77,6 @@ double defaultNumber(const GenericPropertyAccessor& property)
 namespace {
 
 constexpr const char* UNIT = "widgets/PropertyWidgetConstructor";
-// What an enumeration editor reads while the selected objects disagree: no entry stands for it, so none is shown.
-constexpr std::int64_t NO_ENTRY = std::numeric_limits<std::int64_t>::min();
 
 const PropertyWidgetConstructor::Constructor* findConstructor(const TypeDefinition& type)
 {
@@ -96,14 +96,18 @@ std::int64_t defaultInteger(const GenericPropertyAccessor& property)
     return value.getType()->toInt64(value.data());
 }
 
-QWidget* makeEnumerationEditor(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
+QWidget* makeEnumerationEditor(
+    const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
 {
     auto model = makeSharedPtr<EnumPropertyModel>(property, Detail::undoManagerOf(arguments), arguments.displayName);
-    EnumPropertyModel* source = model.get();
-    SharedPtr<Model<std::int64_t>> bound = makeSharedPtr<LambdaModel<std::int64_t>>(
-        model,
-        [source] { return source->getAccessor().hasSameValues() ? source->get() : NO_ENTRY; },
-        [source](std::int64_t value) { source->set(value); });
+    SharedPtr<Model<std::int64_t>> bound = model;
+    if (property.getObjects().size() > 1) {
+        EnumPropertyModel* source = model.get();
+        bound = makeSharedPtr<LambdaModel<std::int64_t>>(
+            model,
+            [source] { return Detail::hasMixedValues(source->getAccessor()) ? Detail::NO_ENTRY : source->get(); },
+            [source](std::int64_t value) { source->set(value); });
+    }
     bound = Detail::guardReadOnly(std::move(bound), Detail::isReadOnlyProperty(property));
 
     const UserData& options = PropertyWidgetConstructor::getUiOptions(property);
@@ -130,31 +134,14 @@ QWidget* makeEnumerationEditor(const GenericPropertyAccessor& property, const Pr
     return editor;
 }
 
-} // namespace
-
-QWidget* Detail::makeTextEditor(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
-{
-    const TypeDefinition& type = property.getDefinition().getTypeDefinition();
-    if (!TextPropertyModel::hasTextForm(type))
-        return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("Values of %1 cannot be edited").arg(QString::fromStdString(type.getName())),
-            arguments.parent);
-    auto model = makeSharedPtr<TextPropertyModel>(property, Detail::undoManagerOf(arguments), arguments.displayName);
-    auto* editor = new LineEdit(
-        Detail::guardReadOnly<String>(model, Detail::isReadOnlyProperty(property)), String(), {}, arguments.parent);
-    Detail::reportRejectionsAt(*model, editor);
-    return editor;
-}
-
-namespace {
-
 QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
 {
     if (property.isEmpty() || !isResolved(property.checkProperty()))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("No property \"%1\" on every object").arg(QString::fromStdString(property.getPath())),
+            QStringLiteral("Property \"%1\" not found").arg(QString::fromStdString(property.getPath())),
             arguments.parent);
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
+    // A registered constructor that returns nothing leaves the property to the editors of its kind.
     if (const PropertyWidgetConstructor::Constructor* constructor = findConstructor(type))
         if (QWidget* editor = (*constructor)(property, arguments))
             return editor;
@@ -169,6 +156,21 @@ QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidge
 }
 
 } // namespace
+
+QWidget* Detail::makeTextEditor(
+    const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments)
+{
+    const TypeDefinition& type = property.getDefinition().getTypeDefinition();
+    if (!TextPropertyModel::hasTextForm(type))
+        return PropertyWidgetConstructor::unsupportedPropertyConstructor(
+            QStringLiteral("Values of %1 cannot be edited").arg(QString::fromStdString(type.getName())),
+            arguments.parent);
+    auto model = makeSharedPtr<TextPropertyModel>(property, Detail::undoManagerOf(arguments), arguments.displayName);
+    auto* editor = new LineEdit(
+        Detail::guardReadOnly<String>(model, Detail::isReadOnlyProperty(property)), String(), {}, arguments.parent);
+    Detail::reportRejectionsAt(*model, editor);
+    return editor;
+}
 
 QWidget* PropertyWidgetConstructor::make(const GenericPropertyAccessor& property, const Arguments& arguments)
 {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <MarlixLibQt/MarlixLibQtExport.h>
-
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLib/data/UserData.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/Model.h>
 #include <MarlixLibQt/widgets/UiConditions.h>
 

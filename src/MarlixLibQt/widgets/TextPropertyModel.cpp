@@ -21,8 +21,8 @@ String TextPropertyModel::readValue() const
 void TextPropertyModel::writeValue(const String& value)
 {
     if (!hasTextForm(getAccessor().getDefinition().getTypeDefinition()))
-        throw Exception("Values of " + getAccessor().getDefinition().getTypeDefinition().getName()
-            + " have no text form");
+        throw Exception(
+            "Values of " + getAccessor().getDefinition().getTypeDefinition().getName() + " have no text form");
     // Parsed once, then written to every object or to none.
     if (auto written = getAccessor().setFromString(value); !written)
         throw Exception(written.error());

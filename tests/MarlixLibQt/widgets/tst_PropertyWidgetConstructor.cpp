@@ -13,6 +13,7 @@
 #include <MarlixTestScene/TestScene.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -37,13 +38,13 @@ EntityHolder<Entity> entityNamed(const EntityGraphTracker& scene, StringView nam
 }
 
 /// A class with one property of `type`, made for one test so that what it registers on the type stays there.
-EntityHolder<Entity> makeObjectWith(SharedPtr<const TypeDefinition> type, Value defaultValue, UserData options = {},
-    Flags<PropertyFlag> flags = {})
+EntityHolder<Entity> makeObjectWith(
+    SharedPtr<const TypeDefinition> type, Value defaultValue, UserData options = {}, Flags<PropertyFlag> flags = {})
 {
     const EntityClassInfo info("TestObject", EntityClassInfo::entityClass(),
         { makeSharedPtr<const GroupLayout>("TestObject",
-            Array<PropertyDefinition> { PropertyDefinition("value", std::move(type), std::move(defaultValue),
-                std::move(options), flags) }) },
+            Array<PropertyDefinition> {
+                PropertyDefinition("value", std::move(type), std::move(defaultValue), std::move(options), flags) }) },
         [](const EntityClassInfo& entityClass) { return makeSharedPtr<Entity>(entityClass); });
     return info.create();
 }
@@ -70,6 +71,7 @@ private Q_SLOTS:
 
     void constructorLookup_data();
     void constructorLookup();
+    void defaultRegistrationKeepsEarlierConstructors();
     void unsupportedLabelElides();
     void editorClassPerType_data();
     void editorClassPerType();
@@ -84,6 +86,7 @@ private Q_SLOTS:
     void readOnlyPropertyRefusesEdits();
     void mixedValues();
     void entityWidgetPicksAcceptedEntityAndNone();
+    void entityWidgetLeavesOutFilteredEntitiesAndCycles();
 
 private:
     QWidget* make(const EntityHolder<Entity>& object, const String& path);
@@ -139,8 +142,8 @@ void tst_PropertyWidgetConstructor::constructorLookup_data()
     QTest::newRow("registered wins over the enumeration") << QList<int> { 1 } << QStringLiteral("custom 1");
     QTest::newRow("wrong-typed entry is ignored") << QList<int> { 0 } << QStringLiteral("Marlix::Widgets::ComboBox");
     QTest::newRow("re-registering replaces") << QList<int> { 1, 2 } << QStringLiteral("custom 2");
-    QTest::newRow("wrong type stored over a constructor") << QList<int> { 1, 0 }
-                                                          << QStringLiteral("Marlix::Widgets::ComboBox");
+    QTest::newRow("wrong type stored over a constructor")
+        << QList<int> { 1, 0 } << QStringLiteral("Marlix::Widgets::ComboBox");
 }
 
 void tst_PropertyWidgetConstructor::constructorLookup()
@@ -153,15 +156,37 @@ void tst_PropertyWidgetConstructor::constructorLookup()
             type->getMutableUserData().set(String(PropertyWidgetConstructor::CONSTRUCTOR_ATTRIBUTE), String("label"));
             continue;
         }
-        PropertyWidgetConstructor::registerConstructor(type, [tag](const GenericPropertyAccessor&, const auto& arguments) {
-            return static_cast<QWidget*>(new QLabel(QStringLiteral("custom %1").arg(tag), arguments.parent));
-        });
+        PropertyWidgetConstructor::registerConstructor(
+            type, [tag](const GenericPropertyAccessor&, const auto& arguments) {
+                return static_cast<QWidget*>(new QLabel(QStringLiteral("custom %1").arg(tag), arguments.parent));
+            });
     }
     const GenericPropertyAccessor property(makeObjectWith(type, Value::make(type, std::int16_t(1))), "value");
     QWidget* editor = make(property);
     const auto* label = qobject_cast<QLabel*>(editor);
     QCOMPARE(label ? label->text() : className(editor), expected);
     QCOMPARE(PropertyWidgetConstructor::hasCustomConstructor(property), label != nullptr);
+}
+
+void tst_PropertyWidgetConstructor::defaultRegistrationKeepsEarlierConstructors()
+{
+    const SharedPtr<TypeDefinition> type = TypeDatabase::instance().lookupTypeDefinition("bool");
+    const auto* installed
+        = type->getMutableUserData().get<Constructor>(PropertyWidgetConstructor::CONSTRUCTOR_ATTRIBUTE);
+    QVERIFY(installed);
+    const Constructor defaults = *installed;
+    const EntityHolder<Entity> wood = entityNamed(*scene, "Wood");
+
+    PropertyWidgetConstructor::registerConstructor(type, [](const GenericPropertyAccessor&, const auto& arguments) {
+        return static_cast<QWidget*>(new QLabel(QStringLiteral("host's"), arguments.parent));
+    });
+    PropertyWidgetConstructor::registerDefaultWidgets();
+    auto* label = qobject_cast<QLabel*>(make(wood, "doubleSided"));
+    PropertyWidgetConstructor::registerConstructor(type, defaults);
+    QVERIFY(label);
+    QCOMPARE(label->text(), QStringLiteral("host's"));
+    PropertyWidgetConstructor::registerDefaultWidgets();
+    QCOMPARE(className(make(wood, "doubleSided")), QStringLiteral("Marlix::Widgets::CheckBox"));
 }
 
 void tst_PropertyWidgetConstructor::unsupportedLabelElides()
@@ -198,26 +223,46 @@ void tst_PropertyWidgetConstructor::editorClassPerType_data()
     const QString vector = QStringLiteral("Marlix::Widgets::Vector");
     const QString entity = QStringLiteral("Marlix::Widgets::EntityWidget");
     const QString lineEdit = QStringLiteral("Marlix::Widgets::LineEdit");
-    QTest::newRow("double with slider") << "Wood" << "roughness" << number << true;
-    QTest::newRow("double") << "Wood" << "thickness" << number << false;
-    QTest::newRow("float with slider") << "Wood" << "opacity" << number << true;
-    QTest::newRow("int32") << "Wood" << "layers" << number << false;
-    QTest::newRow("uint32") << "Table" << "vertexCount" << number << false;
-    QTest::newRow("bool") << "Wood" << "doubleSided" << QStringLiteral("Marlix::Widgets::CheckBox") << false;
-    QTest::newRow("String") << "Wood" << "name" << lineEdit << false;
-    QTest::newRow("Path") << "Wood" << "texture" << QStringLiteral("Marlix::Widgets::Path") << false;
-    QTest::newRow("enumeration") << "Wood" << "shading" << QStringLiteral("Marlix::Widgets::ComboBox") << false;
-    QTest::newRow("Rgb") << "Wood" << "color" << QStringLiteral("Marlix::Widgets::ColorEditButton") << false;
-    QTest::newRow("Vector2") << "Wood" << "tiling" << vector << false;
-    QTest::newRow("Pixel") << "Table" << "resolution" << vector << false;
-    QTest::newRow("Dir") << "Lamp 1" << "pivot" << vector << false;
-    QTest::newRow("Pos, nested") << "Lamp 1" << "transform.position" << vector << false;
-    QTest::newRow("Vector3, nested") << "Lamp 1" << "transform.scale" << vector << false;
-    QTest::newRow("PosRotScaleTm") << "Lamp 1" << "transform" << QStringLiteral("Marlix::Widgets::PosRotScale") << false;
-    QTest::newRow("entity reference") << "Table" << "material" << entity << false;
-    QTest::newRow("entity reference, other type") << "Lamp 1" << "materialOverride" << entity << false;
-    QTest::newRow("list: text form") << "Table group" << "children" << lineEdit << false;
-    QTest::newRow("missing property") << "Wood" << "nothing" << QStringLiteral("QLabel") << false;
+    QTest::newRow("double with slider") << "Wood"
+                                        << "roughness" << number << true;
+    QTest::newRow("double") << "Wood"
+                            << "thickness" << number << false;
+    QTest::newRow("float with slider") << "Wood"
+                                       << "opacity" << number << true;
+    QTest::newRow("int32") << "Wood"
+                           << "layers" << number << false;
+    QTest::newRow("uint32") << "Table"
+                            << "vertexCount" << number << false;
+    QTest::newRow("bool") << "Wood"
+                          << "doubleSided" << QStringLiteral("Marlix::Widgets::CheckBox") << false;
+    QTest::newRow("String") << "Wood"
+                            << "name" << lineEdit << false;
+    QTest::newRow("Path") << "Wood"
+                          << "texture" << QStringLiteral("Marlix::Widgets::Path") << false;
+    QTest::newRow("enumeration") << "Wood"
+                                 << "shading" << QStringLiteral("Marlix::Widgets::ComboBox") << false;
+    QTest::newRow("Rgb") << "Wood"
+                         << "color" << QStringLiteral("Marlix::Widgets::ColorEditButton") << false;
+    QTest::newRow("Vector2") << "Wood"
+                             << "tiling" << vector << false;
+    QTest::newRow("Pixel") << "Table"
+                           << "resolution" << vector << false;
+    QTest::newRow("Dir") << "Lamp 1"
+                         << "pivot" << vector << false;
+    QTest::newRow("Pos, nested") << "Lamp 1"
+                                 << "transform.position" << vector << false;
+    QTest::newRow("Vector3, nested") << "Lamp 1"
+                                     << "transform.scale" << vector << false;
+    QTest::newRow("PosRotScaleTm") << "Lamp 1"
+                                   << "transform" << QStringLiteral("Marlix::Widgets::PosRotScale") << false;
+    QTest::newRow("entity reference") << "Table"
+                                      << "material" << entity << false;
+    QTest::newRow("entity reference, other type") << "Lamp 1"
+                                                  << "materialOverride" << entity << false;
+    QTest::newRow("list: text form") << "Table group"
+                                     << "children" << lineEdit << false;
+    QTest::newRow("missing property") << "Wood"
+                                      << "nothing" << QStringLiteral("QLabel") << false;
 }
 
 void tst_PropertyWidgetConstructor::editorClassPerType()
@@ -237,9 +282,12 @@ void tst_PropertyWidgetConstructor::typedNumberIsOneNamedUndoStep_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<double>("expected");
-    QTest::newRow("double") << "roughness" << "0.25" << 0.25;
-    QTest::newRow("float") << "opacity" << "0.5" << 0.5;
-    QTest::newRow("int32, range of its type") << "layers" << "-7" << -7.0;
+    QTest::newRow("double") << "roughness"
+                            << "0.25" << 0.25;
+    QTest::newRow("float") << "opacity"
+                           << "0.5" << 0.5;
+    QTest::newRow("int32, range of its type") << "layers"
+                                              << "-7" << -7.0;
 }
 
 void tst_PropertyWidgetConstructor::typedNumberIsOneNamedUndoStep()
@@ -274,7 +322,8 @@ void tst_PropertyWidgetConstructor::quantityFollowsDisplayUnits()
     QCOMPARE(field->getConversion().suffix, String("m"));
     QCOMPARE(field->value(), 0.004);
 
-    host->getDisplayUnitsModel()->set({ LengthUnit::Centimeter, AngleUnit::Degree, RadianceUnit::Nit, TimeUnit::Second });
+    host->getDisplayUnitsModel()->set(
+        { LengthUnit::Centimeter, AngleUnit::Degree, RadianceUnit::Nit, TimeUnit::Second });
     QCOMPARE(field->getConversion().suffix, String("cm"));
     QCOMPARE(field->value(), 0.4);
 
@@ -408,9 +457,12 @@ void tst_PropertyWidgetConstructor::mixedValues()
     const QString mixed = QString::fromLatin1(GenericPropertyAccessor::MIXED_VALUES_TEXT.data());
     auto* box = qobject_cast<ComboBox*>(make(GenericPropertyAccessor({ wood, steel }, "shading")));
     auto* name = qobject_cast<LineEdit*>(make(GenericPropertyAccessor({ wood, steel }, "name")));
-    auto* material = qobject_cast<EntityWidget*>(make(GenericPropertyAccessor(
-        { entityNamed(*scene, "Table"), entityNamed(*scene, "Lamp") }, "material")));
-    QVERIFY(box && name && material);
+    auto* material = qobject_cast<EntityWidget*>(
+        make(GenericPropertyAccessor({ entityNamed(*scene, "Table"), entityNamed(*scene, "Lamp") }, "material")));
+    auto* check = qobject_cast<QCheckBox*>(
+        make(GenericPropertyAccessor({ wood, entityNamed(*scene, "Glass") }, "doubleSided")));
+    QVERIFY(box && name && material && check);
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
     QCOMPARE(box->currentIndex(), -1);
     QCOMPARE(name->text(), QString());
     QCOMPARE(name->placeholderText(), mixed);
@@ -427,6 +479,14 @@ void tst_PropertyWidgetConstructor::mixedValues()
     QCOMPARE(name->placeholderText(), QString());
     steel->setPropertyValue("shading", ShadingModel::Diffuse);
     QCOMPARE(box->currentText(), QStringLiteral("Diffuse"));
+
+    QVERIFY(showActive(check));
+    QTest::mouseClick(check, Qt::LeftButton, {}, check->rect().center());
+    QCOMPARE(check->checkState(), Qt::Checked);
+    QVERIFY(wood->getPropertyValue<bool>("doubleSided"));
+    QCOMPARE(undo->getUndoCount(), 2u);
+    undo->undo();
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
 }
 
 void tst_PropertyWidgetConstructor::entityWidgetPicksAcceptedEntityAndNone()
@@ -481,6 +541,43 @@ void tst_PropertyWidgetConstructor::entityWidgetPicksAcceptedEntityAndNone()
     QCOMPARE(widget->text(), QStringLiteral("Steel"));
     entityNamed(*scene, "Steel")->setPropertyValue("name", String("Brushed steel"));
     QCOMPARE(widget->text(), QStringLiteral("Brushed steel"));
+}
+
+void tst_PropertyWidgetConstructor::entityWidgetLeavesOutFilteredEntitiesAndCycles()
+{
+    class FilteringHost : public DefaultPropertySheetHost
+    {
+    public:
+        using DefaultPropertySheetHost::DefaultPropertySheetHost;
+        EntityFilter getDefaultEntityFilter() const override
+        {
+            return [](const EntityHolder<Entity>& entity) {
+                return entity->indexOfProperty("name") < 0 || entity->getPropertyValue<String>("name") != "Glass";
+            };
+        }
+    };
+    host = makeSharedPtr<FilteringHost>(scene, nullptr, undo);
+    auto* material = qobject_cast<EntityWidget*>(make(entityNamed(*scene, "Table"), "material"));
+    QVERIFY(material);
+    QCOMPARE(material->getCandidates(),
+        (Array<EntityHolder<Entity>> { entityNamed(*scene, "Wood"), entityNamed(*scene, "Steel") }));
+    QVERIFY(!material->pick(entityNamed(*scene, "Glass")));
+    QCOMPARE(undo->getUndoCount(), 0u);
+
+    // A chain first -> second: second may not point back at first, nor at itself.
+    const EntityClassInfo nodeClass("TestNode", EntityClassInfo::entityClass(),
+        { makeSharedPtr<const GroupLayout>("TestNode",
+            Array<PropertyDefinition> { PropertyDefinition(
+                "next", TypeDefinition::makeEntityReference("TestNodeReference", EntityClassInfo::entityClass())) }) },
+        [](const EntityClassInfo& entityClass) { return makeSharedPtr<Entity>(entityClass); });
+    const EntityHolder<Entity> first = nodeClass.create();
+    const EntityHolder<Entity> second = nodeClass.create();
+    const EntityHolder<Entity> third = nodeClass.create();
+    first->setPropertyValue("next", second);
+    scene->replaceEntities({ first, second, third });
+    auto* next = qobject_cast<EntityWidget*>(make(second, "next"));
+    QVERIFY(next);
+    QCOMPARE(next->getCandidates(), Array<EntityHolder<Entity>> { third });
 }
 
 int main(int argc, char** argv)
