@@ -9,6 +9,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Models"), QStringLiteral("models"), createModelsPage },
         { QStringLiteral("Editors"), QStringLiteral("editors"), createEditorsPage },
         { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
+        { QStringLiteral("Properties"), QStringLiteral("properties"), createPropertiesPage },
     };
 }
 

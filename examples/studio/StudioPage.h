@@ -24,5 +24,6 @@ QWidget* createControlsPage(QWidget* parent);
 QWidget* createModelsPage(QWidget* parent);
 QWidget* createEditorsPage(QWidget* parent);
 QWidget* createColourPage(QWidget* parent);
+QWidget* createPropertiesPage(QWidget* parent);
 
 } // namespace Studio

@@ -7,6 +7,8 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QUndoGroup>
+#include <QUndoStack>
 
 namespace Studio {
 
@@ -19,6 +21,7 @@ StudioWindow::StudioWindow(QWidget* parent)
     , pages(allPages())
     , pageList(new QListWidget)
     , stack(new QStackedWidget)
+    , undoGroup(new QUndoGroup(this))
 {
     setWindowTitle(tr("Marlix Studio"));
 
@@ -31,14 +34,30 @@ StudioWindow::StudioWindow(QWidget* parent)
 
     for (const Page& page : pages) {
         pageList->addItem(page.title);
-        stack->addWidget(page.create(stack));
+        QWidget* content = page.create(stack);
+        stack->addWidget(content);
+        // A page with a document of its own (a scene with undo) owns its QUndoStack.
+        QUndoStack* pageStack = content->findChild<QUndoStack*>();
+        if (pageStack)
+            undoGroup->addStack(pageStack);
+        pageStacks.push_back(pageStack);
     }
-    connect(pageList, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
+    connect(pageList, &QListWidget::currentRowChanged, this, [this](int row) {
+        stack->setCurrentIndex(row);
+        undoGroup->setActiveStack(row >= 0 ? pageStacks[std::size_t(row)] : nullptr);
+    });
 
     QMenu* fileMenu = menuBar()->addMenu(tr("&File"));
     QAction* quit = fileMenu->addAction(tr("&Quit"));
     quit->setShortcut(QKeySequence::Quit);
     connect(quit, &QAction::triggered, this, &QWidget::close);
+    QMenu* editMenu = menuBar()->addMenu(tr("&Edit"));
+    QAction* undo = undoGroup->createUndoAction(editMenu, tr("&Undo"));
+    undo->setShortcut(QKeySequence::Undo);
+    QAction* redo = undoGroup->createRedoAction(editMenu, tr("&Redo"));
+    redo->setShortcut(QKeySequence::Redo);
+    editMenu->addAction(undo);
+    editMenu->addAction(redo);
     statusBar()->showMessage(tr("Ready"));
 
     showPage(0);

@@ -6,6 +6,8 @@
 
 class QListWidget;
 class QStackedWidget;
+class QUndoGroup;
+class QUndoStack;
 
 namespace Studio {
 
@@ -25,6 +27,9 @@ private:
     std::vector<Page> pages;
     QListWidget* pageList;
     QStackedWidget* stack;
+    /// The undo stack of each page, null for pages without one; the Edit menu acts on the current page's.
+    std::vector<QUndoStack*> pageStacks;
+    QUndoGroup* undoGroup;
 };
 
 } // namespace Studio

@@ -4,7 +4,9 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QPixmap>
+#include <QThread>
 
 #include <cstdio>
 #include <cstring>
@@ -13,6 +15,18 @@
 namespace {
 
 constexpr QSize WINDOW_SIZE(1280, 800);
+// Content made on other threads (thumbnails) reaches a page through the event loop; each page gets this long.
+constexpr int SETTLE_MILLISECONDS = 400;
+
+void settle()
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < SETTLE_MILLISECONDS) {
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(10);
+    }
+}
 
 // Renders every page of the window into DIR/<page>.png; returns the number of pages that could not be written.
 int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
@@ -25,7 +39,7 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
     int failures = 0;
     for (int i = 0; i < window.pageCount(); ++i) {
         window.showPage(i);
-        QApplication::processEvents();
+        settle();
         const QPixmap shot = window.grab();
         const QString file = QDir(folder).absoluteFilePath(window.page(i).screenshotName + QStringLiteral(".png"));
         if (shot.isNull() || !shot.save(file)) {

@@ -1,5 +1,6 @@
 #include <MarlixLibQt/widgets/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/PropertyControllerObserver.h>
+#include <MarlixLibQt/widgets/PropertySheet.h>
 
 #include <QMetaObject>
 #include <QVariant>
@@ -56,6 +57,14 @@ PropertyControllerHandler* PropertyControllerHandler::installOnWidget(
     if (!widget || !widget->style()->styleHint(SH_INSTALL_HANDLER, nullptr, widget, nullptr))
         return nullptr;
     return new PropertyControllerHandler(host.getPropertyController(), property, widget);
+}
+
+PropertyControllerHandler* PropertyControllerHandler::installOnWidget(
+    QWidget* widget, PropertySheet* sheet, const GenericPropertyAccessor& property)
+{
+    if (!sheet)
+        return nullptr;
+    return installOnWidget(widget, *sheet->getPropertySheetHost(), property);
 }
 
 void PropertyControllerHandler::registerMetaType()

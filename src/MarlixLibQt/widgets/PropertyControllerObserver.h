@@ -11,6 +11,7 @@ class QWidget;
 namespace Marlix::Widgets {
 
 class IPropertySheetHost;
+class PropertySheet;
 
 /// Keeps the controller state of one property, re-read on the GUI thread whenever the controller reports a change.
 class MARLIXLIBQT_EXPORT PropertyControllerObserver
@@ -60,6 +61,9 @@ public:
     /// for one; returns it (a child of `widget`), or null when the style does not draw controller states.
     static PropertyControllerHandler* installOnWidget(
         QWidget* widget, IPropertySheetHost& host, const GenericPropertyAccessor& property);
+    /// The same with the host of `sheet`; null without a sheet, since an editor outside a sheet has no controller.
+    static PropertyControllerHandler* installOnWidget(
+        QWidget* widget, PropertySheet* sheet, const GenericPropertyAccessor& property);
 
     /// Registers Flags<State> with Qt's meta types, with a conversion to unsigned int for the style. Idempotent.
     static void registerMetaType();

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+
+#include <MarlixLib/base/FlatSet.h>
+#include <MarlixLib/data/GenericPropertyAccessor.h>
+
+#include <QPointer>
+#include <QWidget>
+
+class QLabel;
+class QToolButton;
+
+namespace Marlix::Widgets {
+
+class Collapsible;
+class PropertySheet;
+struct UiEnabledIf;
+struct UiVisibleIf;
+
+/// One row of a property sheet: the property's label, its editor and a reset button, for one property of every
+/// selected object. A direct child of its section, so that the style can tell sheet rows from other widgets.
+class MARLIXLIBQT_EXPORT PropertySheetItem : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Set on the editor, true while the selected objects hold different values; styles and editors may read it.
+    static constexpr const char* MIXED_VALUES_PROPERTY = "Zorva.MixedValues";
+    /// The label's tooltip line while the objects disagree.
+    static constexpr StringView MIXED_VALUES_TEXT = GenericPropertyAccessor::MIXED_VALUES_TEXT;
+    static constexpr StringView RESET_ACTION_PREFIX = "Reset of ";
+
+    /// A row for `accessor` in `section`; the editor comes from PropertyWidgetConstructor with the sheet's host.
+    PropertySheetItem(PropertySheet& sheet, GenericPropertyAccessor accessor, Collapsible* section);
+    ~PropertySheetItem() override;
+
+    PropertySheet& getSheet() const { return sheet; }
+    Collapsible* getSection() const { return section; }
+    const GenericPropertyAccessor& getAccessor() const { return accessor; }
+    const String& getPath() const { return accessor.getPath(); }
+    QLabel* label() const { return nameLabel; }
+    QWidget* editor() const { return editorWidget; }
+    /// Null while no object holds anything else than the default: the button is made when it is first needed.
+    QToolButton* resetButton() const { return resetTool; }
+
+    /// True while the selected objects hold different values.
+    bool hasMixedValues() const { return mixed; }
+    /// True when the property is writable and some object holds another value than the definition's default.
+    bool canReset() const { return resettable; }
+    /// Writes the definition's default to every object as one undo action; does nothing when canReset() is false.
+    /// A write the objects refuse changes none of them.
+    void resetToDefault();
+
+    /// Whether the property has a shown-if or an enabled-if condition at all.
+    bool hasConditions() const { return visibleIf || enabledIf; }
+    /// The last result of the conditions (true without a condition).
+    bool isShownByCondition() const { return shownByCondition; }
+    bool isEnabledByCondition() const { return enabledByCondition; }
+    /// Evaluates the conditions on every object again and records the properties they read; true when the shown
+    /// state changed. The enabled state is applied here; the sheet places the row when it is shown or hidden.
+    bool evaluateConditions();
+    /// Whether a change of `definition` may change the result of the conditions.
+    bool dependsOn(const PropertyDefinition& definition) const { return dependencies.contains(&definition); }
+
+    /// Re-reads whether the objects agree and whether they hold the default, after the property changed.
+    void refreshValueState();
+
+    /// The width the label needs in its current font.
+    int labelWidthHint() const;
+    /// Width of the label column, set by the sheet for a whole section or for every section at once.
+    void setLabelWidth(int width);
+    int labelWidth() const { return labelColumnWidth; }
+    /// The height of a one-line row (taller editors make the row taller) and the gap between label, editor and
+    /// reset button. 0 as height lets the editor's size hint decide.
+    void setRowMetrics(int height, int gap);
+    int oneLineHeight() const { return rowHeight; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    void placeChildren();
+    void updateResetButton();
+    void updateLabel();
+    int resetSlotWidth() const;
+
+    PropertySheet& sheet;
+    Collapsible* section;
+    GenericPropertyAccessor accessor;
+    QLabel* nameLabel = nullptr;
+    QPointer<QWidget> editorWidget;
+    QToolButton* resetTool = nullptr;
+    QString uiName;
+    QString description;
+    const UiVisibleIf* visibleIf = nullptr;
+    const UiEnabledIf* enabledIf = nullptr;
+    FlatSet<const PropertyDefinition*> dependencies;
+    int labelColumnWidth = 0;
+    int rowHeight = 0;
+    int spacing = 0;
+    bool mixed = false;
+    bool resettable = false;
+    bool writable = true;
+    bool shownByCondition = true;
+    bool enabledByCondition = true;
+};
+
+} // namespace Marlix::Widgets
