@@ -4,7 +4,7 @@ namespace Marlix::Widgets {
 
 EnumPropertyModel::EnumPropertyModel(
     GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager, Optional<String> displayName)
-    : ConvertedPropertyModel<std::int64_t>(std::move(accessor), std::move(undoManager), std::move(displayName))
+    : PropertyModelBase<std::int64_t>(std::move(accessor), std::move(undoManager), std::move(displayName))
 {
 }
 

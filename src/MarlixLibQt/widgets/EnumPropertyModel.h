@@ -1,7 +1,7 @@
 #pragma once
 
 #include <MarlixLibQt/MarlixLibQtExport.h>
-#include <MarlixLibQt/widgets/ConvertedPropertyModel.h>
+#include <MarlixLibQt/widgets/PropertyModelBase.h>
 
 #include <cstdint>
 
@@ -9,7 +9,7 @@ namespace Marlix::Widgets {
 
 /// The integer value of an enumeration property, whatever native type stores it. Only values that the enumeration
 /// names are written; any other value is refused and changes nothing.
-class MARLIXLIBQT_EXPORT EnumPropertyModel : public ConvertedPropertyModel<std::int64_t>
+class MARLIXLIBQT_EXPORT EnumPropertyModel : public PropertyModelBase<std::int64_t>
 {
 public:
     EnumPropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,

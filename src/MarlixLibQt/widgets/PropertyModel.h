@@ -9,96 +9,19 @@
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/PropertyModelBase.h>
 
 #include <typeindex>
 
 namespace Marlix::Widgets {
 
-/// A model bound to one property of one or more entities: every edit, or every gesture between beginChange() and
-/// commitChange(), becomes one undoable action, and every change of the property reaches the observers.
-template <class T> class PropertyModel : public AbstractModel<T>
+/// A model bound to one property of one or more entities, read and written as a T: every edit, or every gesture
+/// between beginChange() and commitChange(), becomes one undoable action, and every change of the property reaches
+/// the observers.
+template <class T> class PropertyModel : public PropertyModelBase<T>
 {
 public:
-    static constexpr StringView ACTION_LABEL_PREFIX = "Update of ";
-
-    /// Without an undo manager edits are applied without actions. `displayName` replaces the property's name in
-    /// undo labels.
-    PropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,
-        Optional<String> displayName = std::nullopt)
-        : accessor(std::move(accessor))
-        , displayName(std::move(displayName))
-        , undoManager(std::move(undoManager))
-    {
-        // Objects on which the path does not resolve have nothing to observe; they read as the default value.
-        const auto& objects = this->accessor.getObjects();
-        for (std::size_t i = 0; i < objects.size(); ++i)
-            if (const GenericPropertyHandle& handle = this->accessor.getHandle(i); handle.isResolved())
-                observation.add(objects[i]->getProperty(handle).addObserver([this](const ObservedProperty&) {
-                    this->notifyCallbacks();
-                }));
-    }
-
-    ~PropertyModel() override
-    {
-        // An open gesture reverts with its holder; the observers must be gone before that tells them.
-        observation.clear();
-        action = ActionHolder();
-    }
-
-    PropertyModel(const PropertyModel&) = delete;
-    PropertyModel& operator=(const PropertyModel&) = delete;
-
-    T get() const override
-    {
-        if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
-            return T {};
-        // The accessor's property is the addressed one, a field of a nested data object included.
-        return readProperty(accessor.getProperty());
-    }
-
-    void set(T value) override
-    {
-        if (setDepth.load(std::memory_order_acquire) >= 1)
-            return; // a notification of this very set() writing back
-        const Detail::DepthGuard guard(setDepth);
-        if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
-            return;
-        const bool gestureOpen = action.isOpen();
-        try {
-            if (!gestureOpen)
-                beginChange();
-            store(value);
-            if (!gestureOpen)
-                commitChange();
-            else
-                action.publish();
-        } catch (const Exception&) {
-            // A bad edit leaves the data and the undo stack as they were.
-            revertChange();
-            return;
-        }
-        this->notifyCallbacks();
-    }
-
-    void beginChange() override
-    {
-        if (undoManager && !action.isOpen())
-            action = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
-    }
-
-    void commitChange() override
-    {
-        if (action.isOpen())
-            action.commit();
-        action = ActionHolder();
-    }
-
-    void revertChange() override
-    {
-        if (action.isOpen())
-            action.revert();
-        action = ActionHolder();
-    }
+    using PropertyModelBase<T>::PropertyModelBase;
 
     /// Reads `property` as a T, converting between numbers; the read is recorded in the observing scope.
     virtual T readProperty(const GenericProperty& property) const
@@ -120,30 +43,18 @@ public:
         property.set(value);
     }
 
-    const GenericPropertyAccessor& getAccessor() const { return accessor; }
-    const SharedPtr<IUndoManager>& getUndoManager() const { return undoManager; }
-    const Optional<String>& getDisplayName() const { return displayName; }
-    void setDisplayName(Optional<String> name) { displayName = std::move(name); }
-    /// True between beginChange() and commitChange() or revertChange() when there is an undo manager.
-    bool isChangeOpen() const { return action.isOpen(); }
-
-private:
-    static SharedPtr<TypeDefinition> nativeDefinition()
+protected:
+    T readValue() const override
     {
-        return TypeDatabase::instance().lookupNativeTypeDefinition<T>();
+        // The accessor's property is the addressed one, a field of a nested data object included.
+        return readProperty(this->getAccessor().getProperty());
     }
 
-    String getUndoName() const
-    {
-        if (displayName)
-            return *displayName;
-        return isResolved(accessor.checkProperty()) ? accessor.getDefinition().getName() : accessor.getPath();
-    }
-
-    void store(const T& value)
+    void writeValue(const T& value) override
     {
         // Every object is checked before the first is written, so a mismatch on one of them changes none, with or
         // without an action to revert.
+        const GenericPropertyAccessor& accessor = this->getAccessor();
         const auto& objects = accessor.getObjects();
         for (std::size_t i = 0; i < objects.size(); ++i)
             objects[i]->getProperty(accessor.getHandle(i))
@@ -152,12 +63,11 @@ private:
         accessor.mutate([this, &value](GenericProperty& property) { writeProperty(property, value); });
     }
 
-    GenericPropertyAccessor accessor;
-    Optional<String> displayName;
-    SharedPtr<IUndoManager> undoManager;
-    CallbacksOwner observation;
-    ActionHolder action;
-    std::atomic<std::int32_t> setDepth { 0 };
+private:
+    static SharedPtr<TypeDefinition> nativeDefinition()
+    {
+        return TypeDatabase::instance().lookupNativeTypeDefinition<T>();
+    }
 };
 
 /// The entities of a multi-entity reference list, searchable by identity.

@@ -4,7 +4,7 @@ namespace Marlix::Widgets {
 
 TextPropertyModel::TextPropertyModel(
     GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager, Optional<String> displayName)
-    : ConvertedPropertyModel<String>(std::move(accessor), std::move(undoManager), std::move(displayName))
+    : PropertyModelBase<String>(std::move(accessor), std::move(undoManager), std::move(displayName))
 {
 }
 

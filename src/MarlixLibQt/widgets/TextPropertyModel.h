@@ -1,13 +1,13 @@
 #pragma once
 
 #include <MarlixLibQt/MarlixLibQtExport.h>
-#include <MarlixLibQt/widgets/ConvertedPropertyModel.h>
+#include <MarlixLibQt/widgets/PropertyModelBase.h>
 
 namespace Marlix::Widgets {
 
 /// The text form of a property of any type. It reads GenericPropertyAccessor::MIXED_VALUES_TEXT while the objects
 /// disagree; a text that does not parse is refused and changes nothing.
-class MARLIXLIBQT_EXPORT TextPropertyModel : public ConvertedPropertyModel<String>
+class MARLIXLIBQT_EXPORT TextPropertyModel : public PropertyModelBase<String>
 {
 public:
     TextPropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,

@@ -7,31 +7,35 @@
 
 namespace Marlix::Widgets {
 
-/// A model over one property whose value is converted on the way in and out: the property's integer value, its text
-/// form. Edits follow the rules of PropertyModel (one undo action "Update of <name>" per edit or per gesture, a
-/// refused edit changes nothing), and a refused edit is reported, so that the editor can say why.
-template <class T> class ConvertedPropertyModel : public AbstractModel<T>
+/// What every model over one property shares, whatever it reads the property as (its value, its integer value, its
+/// text form): one undo action "Update of <name>" per edit or per gesture, a refused edit changes nothing and is
+/// reported, so that the editor can say why, and every change of the property reaches the observers.
+template <class T> class PropertyModelBase : public AbstractModel<T>
 {
 public:
     static constexpr StringView ACTION_LABEL_PREFIX = "Update of ";
     using RejectionHandler = Function<void(const String& message)>;
 
-    ConvertedPropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,
+    /// Without an undo manager edits are applied without actions. `displayName` replaces the property's name in
+    /// undo labels.
+    PropertyModelBase(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,
         Optional<String> displayName = std::nullopt)
         : accessor(std::move(accessor))
         , displayName(std::move(displayName))
         , undoManager(std::move(undoManager))
     {
-        for (const auto& object : this->accessor.getObjects())
-            if (isResolved(object->checkPropertyPath(this->accessor.getPath())))
-                observation.add(
-                    object->getProperty(this->accessor.getPath()).addObserver([this](const ObservedProperty&) {
-                        this->notifyCallbacks();
-                    }));
+        // Objects on which the path does not resolve have nothing to observe; they read as the default value.
+        const auto& objects = this->accessor.getObjects();
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            if (const GenericPropertyHandle& handle = this->accessor.getHandle(i); handle.isResolved())
+                observation.add(objects[i]->getProperty(handle).addObserver([this](const ObservedProperty&) {
+                    this->notifyCallbacks();
+                }));
     }
 
-    ~ConvertedPropertyModel() override
+    ~PropertyModelBase() override
     {
+        // An open gesture reverts with its holder; the observers must be gone before that tells them.
         observation.clear();
         action = ActionHolder();
     }
@@ -43,10 +47,13 @@ public:
         return readValue();
     }
 
+    PropertyModelBase(const PropertyModelBase&) = delete;
+    PropertyModelBase& operator=(const PropertyModelBase&) = delete;
+
     void set(T value) override
     {
         if (setDepth.load(std::memory_order_acquire) >= 1)
-            return;
+            return; // a notification of this very set() writing back
         const Detail::DepthGuard guard(setDepth);
         if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
             return;
@@ -60,11 +67,14 @@ public:
             else
                 action.publish();
         } catch (const Exception& error) {
+            // A bad edit leaves the data and the undo stack as they were.
             revertChange();
-            if (rejectionHandler)
+            if (rejectionHandler) {
                 rejectionHandler(error.getMessage());
-            // The editor still shows what was refused; it reads the value that stayed.
-            this->notifyCallbacks();
+                // The editor that asked to hear of refusals still shows what was refused; it reads the value that
+                // stayed.
+                this->notifyCallbacks();
+            }
             return;
         }
         this->notifyCallbacks();
@@ -95,6 +105,10 @@ public:
 
     const GenericPropertyAccessor& getAccessor() const { return accessor; }
     const SharedPtr<IUndoManager>& getUndoManager() const { return undoManager; }
+    const Optional<String>& getDisplayName() const { return displayName; }
+    void setDisplayName(Optional<String> name) { displayName = std::move(name); }
+    /// True between beginChange() and commitChange() or revertChange() when there is an undo manager.
+    bool isChangeOpen() const { return action.isOpen(); }
 
 protected:
     /// Called only while the path resolves on every object.
