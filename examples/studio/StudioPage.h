@@ -17,6 +17,10 @@ struct Page
     std::function<QWidget*(QWidget* parent)> create;
 };
 
+/// A page whose content is still arriving from other threads (thumbnails) holds this dynamic property false until it
+/// is complete; the screenshot mode waits for it.
+inline constexpr const char* PAGE_SETTLED_PROPERTY = "studioPageSettled";
+
 /// Every page, in the order of the page list. Each capability of the library adds its page here.
 std::vector<Page> allPages();
 

@@ -73,4 +73,9 @@ void StudioWindow::showPage(int index)
     pageList->setCurrentRow(index);
 }
 
+QWidget* StudioWindow::currentPageWidget() const
+{
+    return stack->currentWidget();
+}
+
 } // namespace Studio

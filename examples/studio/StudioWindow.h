@@ -21,6 +21,8 @@ public:
 
     int pageCount() const;
     void showPage(int index);
+    /// The widget of the page shown now.
+    QWidget* currentPageWidget() const;
     const Page& page(int index) const { return pages[static_cast<std::size_t>(index)]; }
 
 private:

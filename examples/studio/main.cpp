@@ -1,3 +1,4 @@
+#include "StudioPage.h"
 #include "StudioWindow.h"
 
 #include <MarlixLibQt/LibQt.h>
@@ -7,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QPixmap>
 #include <QThread>
+#include <QVariant>
 
 #include <cstdio>
 #include <cstring>
@@ -15,17 +17,28 @@
 namespace {
 
 constexpr QSize WINDOW_SIZE(1280, 800);
-// Content made on other threads (thumbnails) reaches a page through the event loop; each page gets this long.
+// Posted work (layouts, repaints) gets this long on every page; a page whose content comes from other threads
+// (thumbnails) also says when it is complete, and is waited for up to the limit on a loaded machine.
 constexpr int SETTLE_MILLISECONDS = 400;
+constexpr int SETTLE_LIMIT_MILLISECONDS = 20000;
 
-void settle()
+void settle(const QWidget* page)
 {
     QElapsedTimer timer;
     timer.start();
-    while (timer.elapsed() < SETTLE_MILLISECONDS) {
+    const auto waiting = [&] {
+        if (timer.elapsed() < SETTLE_MILLISECONDS)
+            return true;
+        const QVariant settled = page ? page->property(Studio::PAGE_SETTLED_PROPERTY) : QVariant();
+        return settled.isValid() && !settled.toBool() && timer.elapsed() < SETTLE_LIMIT_MILLISECONDS;
+    };
+    while (waiting()) {
         QApplication::processEvents(QEventLoop::AllEvents, 20);
         QThread::msleep(10);
     }
+    if (page && page->property(Studio::PAGE_SETTLED_PROPERTY).isValid()
+        && !page->property(Studio::PAGE_SETTLED_PROPERTY).toBool())
+        std::fprintf(stderr, "marlix-studio: a page was still incomplete when its screenshot was taken\n");
 }
 
 // Renders every page of the window into DIR/<page>.png; returns the number of pages that could not be written.
@@ -39,7 +52,7 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
     int failures = 0;
     for (int i = 0; i < window.pageCount(); ++i) {
         window.showPage(i);
-        settle();
+        settle(window.currentPageWidget());
         const QPixmap shot = window.grab();
         const QString file = QDir(folder).absoluteFilePath(window.page(i).screenshotName + QStringLiteral(".png"));
         if (shot.isNull() || !shot.save(file)) {

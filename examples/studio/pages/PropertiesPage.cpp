@@ -19,6 +19,7 @@
 
 #include <array>
 #include <memory>
+#include <set>
 
 namespace Studio {
 
@@ -76,6 +77,8 @@ private:
     PropertySheet* sheet;
     QLabel* sheetCaption = nullptr;
     std::unique_ptr<ThumbnailClient> thumbnailClient;
+    /// Entities whose first image has arrived; the page is settled when every entity has one.
+    std::set<std::uint64_t> rendered;
     CallbacksOwner observation;
 };
 
@@ -85,6 +88,7 @@ PropertiesPage::PropertiesPage(QWidget* parent)
     , list(new QListWidget)
     , sheet(new PropertySheet(makeSharedPtr<DefaultPropertySheetHost>(scene, thumbnails, undoManager)))
 {
+    setProperty(PAGE_SETTLED_PROPERTY, false);
     TestScene::registerTypes();
     TestScene::populate(*scene);
     refreshAppearances();
@@ -93,10 +97,13 @@ PropertiesPage::PropertiesPage(QWidget* parent)
     thumbnailClient = std::make_unique<ThumbnailClient>(
         thumbnails, QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE),
         [this](ArrayView<const EntityHolder<Entity>> changed) {
-            for (const auto& entity : changed)
+            for (const auto& entity : changed) {
+                rendered.insert(entity->getId());
                 for (int row = 0; row < list->count(); ++row)
                     if (scene->getEntities()[std::size_t(row)] == entity)
                         updateItem(row);
+            }
+            setProperty(PAGE_SETTLED_PROPERTY, rendered.size() >= scene->getEntities().size());
         },
         ThumbnailManager::OPTION_PLACEHOLDER, list);
 
