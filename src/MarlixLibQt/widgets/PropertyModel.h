@@ -33,9 +33,8 @@ public:
         const auto& objects = this->accessor.getObjects();
         for (std::size_t i = 0; i < objects.size(); ++i)
             if (const GenericPropertyHandle& handle = this->accessor.getHandle(i); handle.isResolved())
-                observation.add(objects[i]->getProperty(handle).addObserver([this](const ObservedProperty&) {
-                    this->notifyCallbacks();
-                }));
+                observation.add(objects[i]->getProperty(handle).addObserver(
+                    [this](const ObservedProperty&) { this->notifyCallbacks(); }));
     }
 
     ~PropertyModel() override
@@ -145,9 +144,10 @@ private:
         // Every object is checked before the first is written, so a mismatch on one of them changes none, with or
         // without an action to revert.
         const auto& objects = accessor.getObjects();
-        for (std::size_t i = 0; i < objects.size(); ++i)
-            objects[i]->getProperty(accessor.getHandle(i))
-                .checkIsOfType(std::type_index(typeid(T)), nativeDefinition().get(), TypeKind::Plain, false);
+        for (std::size_t i = 0; i < objects.size(); ++i) {
+            const GenericProperty property = objects[i]->getProperty(accessor.getHandle(i));
+            property.checkIsOfType(std::type_index(typeid(T)), nativeDefinition().get(), TypeKind::Plain, false);
+        }
         // One object of the selection after the other, each through the handle resolved when the model was made.
         accessor.mutate([this, &value](GenericProperty& property) { writeProperty(property, value); });
     }
