@@ -293,8 +293,10 @@ static void handleWriteWithOneObserver(benchmark::State& state)
     Sink sink;
     const auto material = steel();
     const GenericPropertyHandle handle = material->resolveHandle("roughness");
-    const CallbackLifetime lifetime = material->addPropertyObserver(handle.getRootIndex(),
-        [&sink](const ObservedProperty& p) { sink.take(p.getObject().getProperty(p.getPropertyIndex()).get<double>()); });
+    const auto observer = [&sink](const ObservedProperty& p) {
+        sink.take(p.getObject().getProperty(p.getPropertyIndex()).get<double>());
+    };
+    const CallbackLifetime lifetime = material->addPropertyObserver(handle.getRootIndex(), observer);
     double value = 0.0;
     for (auto _ : state) {
         material->mutateProperty(handle, [&](GenericProperty& property) { property.set(value); });

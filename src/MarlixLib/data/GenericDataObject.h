@@ -70,7 +70,8 @@ public:
     template <class Writer> decltype(auto) mutateProperty(StringView path, Writer&& writer)
     {
         const Detail::ResolvedProperty resolved = resolveOrThrow(path);
-        return mutateResolved(*resolved.definition, resolved.storage, resolved.rootIndex, path, std::forward<Writer>(writer));
+        return mutateResolved(
+            *resolved.definition, resolved.storage, resolved.rootIndex, path, std::forward<Writer>(writer));
     }
     /// The same through a handle: no path lookup. An Exception when the handle does not resolve on this object.
     template <class Writer> decltype(auto) mutateProperty(const GenericPropertyHandle& handle, Writer&& writer)

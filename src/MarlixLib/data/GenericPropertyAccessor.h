@@ -67,7 +67,6 @@ private:
     Array<EntityHolder<Entity>> objects;
     String path;
     Array<GenericPropertyHandle> handles; // one per object
-
 };
 
 } // namespace Marlix

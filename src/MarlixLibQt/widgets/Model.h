@@ -59,16 +59,20 @@ namespace Detail {
 /// Raises a depth counter for one scope; the counter is lowered again also when the scope is left by an exception.
 /// Models belong to the thread that owns them (the GUI thread), so the counter only guards against re-entrance on
 /// that thread: it is read and written atomically, without the cost of a locked read-modify-write, and another
-/// thread reading it never sees a torn value.
+/// thread reading it never sees a torn value. Inlining is forced: the library instantiates models of some thirty
+/// types, and past that many call sites the compiler stops inlining even functions smaller than their call.
 class DepthGuard
 {
 public:
-    explicit DepthGuard(std::atomic<std::int32_t>& depth) noexcept
+    [[gnu::always_inline]] explicit DepthGuard(std::atomic<std::int32_t>& depth) noexcept
         : depth(depth)
     {
         depth.store(depth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
-    ~DepthGuard() { depth.store(depth.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed); }
+    [[gnu::always_inline]] ~DepthGuard()
+    {
+        depth.store(depth.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
+    }
     DepthGuard(const DepthGuard&) = delete;
     DepthGuard& operator=(const DepthGuard&) = delete;
 

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPixmapCache>
 
+#include <array>
 #include <atomic>
 #include <charconv>
 #include <condition_variable>
@@ -202,17 +203,54 @@ struct ThumbnailManager::Impl : QObject
         }
     };
 
+    struct RecentlyServed
+    {
+        std::uint64_t id = 0; // identities start at 1
+        Served* served = nullptr;
+    };
+
     /// Called under the mutex by everything that may change the answer to a request already served: a new,
     /// invalidated or restored image, a provider registered or released, a render finished.
     void changed() { revision.fetch_add(1, std::memory_order_release); }
 
+    /// A request answered under the mutex: stale pixmaps dropped, the pixmap found or made, a render queued when the
+    /// image is not current, and the request remembered for servedKey().
+    QPixmap serve(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option);
+
     /// The key of a request served before, while nothing has changed since it was confirmed under the mutex.
-    const QString* servedKey(std::uint64_t id, QSize size, double devicePixelRatio, std::uint32_t option) const
+    const QString* servedKey(std::uint64_t id, QSize size, double devicePixelRatio, std::uint32_t option)
+    {
+        RecentlyServed& slot = recentlyServed[id % recentlyServed.size()];
+        if (slot.id != id && !fillSlot(slot, id)) [[unlikely]]
+            return nullptr;
+        if (slot.served->revision != revision.load(std::memory_order_acquire))
+            return nullptr;
+        return slot.served->find(size, devicePixelRatio, option);
+    }
+
+    bool fillSlot(RecentlyServed& slot, std::uint64_t id)
     {
         const auto found = served.find(id);
-        if (found == served.end() || found->second.revision != revision.load(std::memory_order_acquire))
-            return nullptr;
-        return found->second.find(size, devicePixelRatio, option);
+        if (found == served.end())
+            return false;
+        slot = { id, &found->second };
+        return true;
+    }
+
+    /// Every request: from the pixmap cache when it was served before and nothing changed since, found without the
+    /// lock and without building the key again; otherwise through serve(). Kept short: this runs for every
+    /// thumbnail painted.
+    QPixmap request(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option)
+    {
+        if (!entity)
+            return {};
+        if (const QString* key = servedKey(entity->getId(), size, devicePixelRatio, option)) {
+            if (!hit)
+                hit.emplace(); // made on the first request: a pixmap needs the application
+            if (QPixmapCache::find(*key, &*hit))
+                return std::move(*hit);
+        }
+        return serve(entity, size, devicePixelRatio, option);
     }
 
     Mutex mutex;
@@ -226,7 +264,10 @@ struct ThumbnailManager::Impl : QObject
     std::atomic<std::uint64_t> revision { 0 };
     // GUI thread only: QPixmap and QPixmapCache live there.
     std::unordered_map<std::uint64_t, Served> served;
-    QPixmap hit; // receives cache hits, which are handed out by move
+    // A direct-mapped front of `served` for the entities a view keeps repainting: one mask and one comparison instead
+    // of a hash-table lookup. Values of `served` are never erased, so the pointers stay valid.
+    std::array<RecentlyServed, 64> recentlyServed;
+    Optional<QPixmap> hit; // receives cache hits, which are handed out by move
     // Last, so that it stops before the state it reads goes away.
     UniquePtr<StandbyThread> thread;
 };
@@ -313,19 +354,16 @@ QString ThumbnailManager::makePixmapKey(std::uint64_t entityId, QSize size, doub
 QPixmap ThumbnailManager::getThumbnail(
     const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option)
 {
-    if (!entity)
-        return {};
-    const std::uint64_t id = entity->getId();
-    // A request served before, with nothing changed since: the answer is the pixmap cache's, found without the lock
-    // and without building the key again. This runs for every thumbnail painted.
-    if (const QString* key = impl->servedKey(id, size, devicePixelRatio, option))
-        if (QPixmapCache::find(*key, &impl->hit))
-            return std::move(impl->hit);
+    return impl->request(entity, size, devicePixelRatio, option);
+}
 
-    const std::lock_guard lock(impl->mutex);
-    auto [found, inserted] = impl->entries.try_emplace(id);
-    Impl::Entry& entry = found->second;
-    Impl::Served& served = impl->served[id];
+QPixmap ThumbnailManager::Impl::serve(
+    const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option)
+{
+    const std::uint64_t id = entity->getId();
+    const std::lock_guard lock(mutex);
+    Entry& entry = entries.try_emplace(id).first->second;
+    Served& record = served[id];
     if (!entry.entity)
         entry.entity = entity;
     if (entry.keysStale) {
@@ -333,10 +371,10 @@ QPixmap ThumbnailManager::getThumbnail(
             QPixmapCache::remove(stale);
         entry.pixmapKeys.clear();
         entry.keysStale = false;
-        served.requests.clear();
+        record.requests.clear();
     }
 
-    const QString* known = served.find(size, devicePixelRatio, option);
+    const QString* known = record.find(size, devicePixelRatio, option);
     const QString key = known ? *known : makePixmapKey(id, size, devicePixelRatio, option);
     QPixmap pixmap;
     bool cached = QPixmapCache::find(key, &pixmap);
@@ -349,15 +387,15 @@ QPixmap ThumbnailManager::getThumbnail(
         cached = true;
     }
     if (cached && !known)
-        served.requests.push_back({ size, devicePixelRatio, option, key });
+        record.requests.push_back({ size, devicePixelRatio, option, key });
 
-    if (!entry.current && !entry.queued && impl->findProvider(entity->getClassInfo())) {
+    if (!entry.current && !entry.queued && findProvider(entity->getClassInfo())) {
         entry.queued = true;
-        impl->queue.push_back(id);
-        impl->wake.notify_one();
+        queue.push_back(id);
+        wake.notify_one();
     }
     // What was checked above holds until the next change, which moves the revision.
-    served.revision = impl->revision.load(std::memory_order_relaxed);
+    record.revision = revision.load(std::memory_order_relaxed);
     return pixmap;
 }
 
@@ -470,7 +508,7 @@ ThumbnailClient::ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size
 QPixmap ThumbnailClient::getThumbnail(const EntityHolder<Entity>& entity) const
 {
     const double ratio = widget ? widget->devicePixelRatioF() : qApp->devicePixelRatio();
-    return manager->getThumbnail(entity, size, ratio, option);
+    return manager->impl->request(entity, size, ratio, option);
 }
 
 bool ThumbnailClient::canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const

@@ -70,6 +70,7 @@ public:
     [[nodiscard]] CallbackLifetime addChangedCallback(ChangedCallback callback);
 
 private:
+    friend class ThumbnailClient; // its requests skip one call on the way to the pixmap cache
     struct Impl;
     UniquePtr<Impl> impl;
 };

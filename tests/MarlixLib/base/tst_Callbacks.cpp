@@ -26,6 +26,7 @@ private Q_SLOTS:
     void exceptionDoesNotStopOtherCallbacks();
     void ownerEndsEveryRegistration();
     void concurrentAddAndCall();
+    void listMutexExcludesOtherThreads();
     void functionSharesItsCallable();
     void stopExceptionNamesUnitAndLine();
     void flatContainersStaySorted();
@@ -201,6 +202,31 @@ void TestCallbacks::concurrentAddAndCall()
     other.join();
     QVERIFY(sum >= 2000);
     QCOMPARE(list.size(), std::size_t(1));
+}
+
+void TestCallbacks::listMutexExcludesOtherThreads()
+{
+    Detail::ReentrantMutex mutex;
+    QVERIFY(mutex.lock());
+    QVERIFY(!mutex.lock()); // taken again by the holder: nothing to release for that
+    mutex.unlock();
+    // A plain counter stays exact only if no two increments overlap. Each holder yields between reading and writing,
+    // so the others keep arriving while the mutex is held and have to sleep until it is released.
+    long counter = 0;
+    const auto work = [&] {
+        for (int i = 0; i < 1000; ++i) {
+            const Detail::ReentrantLock lock(mutex);
+            const long read = counter;
+            std::this_thread::yield();
+            counter = read + 1;
+        }
+    };
+    std::thread a(work);
+    std::thread b(work);
+    work();
+    a.join();
+    b.join();
+    QCOMPARE(counter, 3000L);
 }
 
 void TestCallbacks::functionSharesItsCallable()

@@ -114,7 +114,7 @@ void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
     auto second = materialClass().create();
     const GenericPropertyHandle roughness = first->resolveHandle("roughness");
     Array<String> paths;
-    auto lifetime = second->addObserver([&](const ObservedProperty& observed) { paths.emplace_back(observed.getPath()); });
+    auto lifetime = second->addObserver([&](const ObservedProperty& p) { paths.emplace_back(p.getPath()); });
     UndoManager manager;
     {
         auto action = manager.createAction("Through a handle");
@@ -122,20 +122,23 @@ void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
         action.commit();
     }
     QCOMPARE(second->getPropertyValue<double>("roughness"), 0.75);
-    QCOMPARE(first->getPropertyValue<double>("roughness"), materialClass().create()->getPropertyValue<double>("roughness"));
+    const double initial = materialClass().create()->getPropertyValue<double>("roughness");
+    QCOMPARE(first->getPropertyValue<double>("roughness"), initial);
     manager.undo();
-    QCOMPARE(second->getPropertyValue<double>("roughness"), first->getPropertyValue<double>("roughness"));
+    QCOMPARE(second->getPropertyValue<double>("roughness"), initial);
 
     auto instance = instanceClass().create();
     auto other = instanceClass().create();
-    other->mutateProperty(instance->resolveHandle("transform.position"), [](GenericProperty& p) { p.set(Pos { 7.0, 8.0, 9.0 }); });
+    const GenericPropertyHandle position = instance->resolveHandle("transform.position");
+    other->mutateProperty(position, [](GenericProperty& p) { p.set(Pos { 7.0, 8.0, 9.0 }); });
     QCOMPARE(other->getPropertyValue<PosRotScaleTm>("transform").position, (Pos { 7.0, 8.0, 9.0 }));
 
     // A handle of another layout, an unresolved one or an empty one is refused before anything changes.
     const String before = instance->getProperty("name").toString();
     for (const GenericPropertyHandle& unusable :
         { first->resolveHandle("name"), instance->resolveHandle("weight"), GenericPropertyHandle() }) {
-        QVERIFY_THROWS_EXCEPTION(Exception, instance->mutateProperty(unusable, [](GenericProperty& p) { p.set(String("x")); }));
+        QVERIFY_THROWS_EXCEPTION(
+            Exception, instance->mutateProperty(unusable, [](GenericProperty& p) { p.set(String("x")); }));
     }
     QCOMPARE(instance->getProperty("name").toString(), before);
     QCOMPARE(paths, (Array<String> { "roughness", "roughness" }));
