@@ -213,9 +213,17 @@ struct ThumbnailManager::Impl : QObject
     /// invalidated or restored image, a provider registered or released, a render finished.
     void changed() { revision.fetch_add(1, std::memory_order_release); }
 
+    /// The key under which a request's pixmap is in the pixmap cache, and the revision at which that was so.
+    struct Confirmed
+    {
+        const QString* key = nullptr; // null when nothing was cached: the entity has no image yet
+        std::uint64_t revision = 0;
+    };
+
     /// A request answered under the mutex: stale pixmaps dropped, the pixmap found or made, a render queued when the
-    /// image is not current, and the request remembered for servedKey().
-    QPixmap serve(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option);
+    /// image is not current, and the request remembered for servedKey() and, through `confirmed`, for a client.
+    QPixmap serve(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option,
+        Confirmed* confirmed = nullptr);
 
     /// The key of a request served before, while nothing has changed since it was confirmed under the mutex.
     const QString* servedKey(std::uint64_t id, QSize size, double devicePixelRatio, std::uint32_t option)
@@ -357,8 +365,8 @@ QPixmap ThumbnailManager::getThumbnail(
     return impl->request(entity, size, devicePixelRatio, option);
 }
 
-QPixmap ThumbnailManager::Impl::serve(
-    const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio, std::uint32_t option)
+QPixmap ThumbnailManager::Impl::serve(const EntityHolder<Entity>& entity, QSize size, double devicePixelRatio,
+    std::uint32_t option, Confirmed* confirmed)
 {
     const std::uint64_t id = entity->getId();
     const std::lock_guard lock(mutex);
@@ -386,8 +394,10 @@ QPixmap ThumbnailManager::Impl::serve(
             entry.pixmapKeys.push_back(key);
         cached = true;
     }
-    if (cached && !known)
+    if (cached && !known) {
         record.requests.push_back({ size, devicePixelRatio, option, key });
+        known = &record.requests.back().key;
+    }
 
     if (!entry.current && !entry.queued && findProvider(entity->getClassInfo())) {
         entry.queued = true;
@@ -396,6 +406,8 @@ QPixmap ThumbnailManager::Impl::serve(
     }
     // What was checked above holds until the next change, which moves the revision.
     record.revision = revision.load(std::memory_order_relaxed);
+    if (confirmed && cached)
+        *confirmed = { known, record.revision };
     return pixmap;
 }
 
@@ -498,6 +510,7 @@ ThumbnailClient::ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size
     , onChanged(std::move(onChanged))
     , option(option)
     , widget(widget)
+    , revision(this->manager ? &this->manager->impl->revision : nullptr)
 {
     if (!this->manager)
         throw Exception("A thumbnail client needs a thumbnail manager.");
@@ -507,8 +520,34 @@ ThumbnailClient::ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size
 
 QPixmap ThumbnailClient::getThumbnail(const EntityHolder<Entity>& entity) const
 {
+    if (!entity)
+        return {};
     const double ratio = widget ? widget->devicePixelRatioF() : qApp->devicePixelRatio();
-    return manager->impl->request(entity, size, ratio, option);
+    const std::uint64_t id = entity->getId();
+    Remembered& slot = remembered[id % remembered.size()];
+    if (slot.entityId == id && slot.devicePixelRatio == ratio
+        && slot.revision == revision->load(std::memory_order_acquire)) {
+        if (!hit)
+            hit.emplace(); // made on the first request: a pixmap needs the application
+        if (QPixmapCache::find(slot.key, &*hit))
+            return std::move(*hit);
+    }
+    ThumbnailManager::Impl::Confirmed confirmed;
+    QPixmap pixmap = manager->impl->serve(entity, size, ratio, option, &confirmed);
+    if (confirmed.key)
+        slot = { id, confirmed.revision, ratio, *confirmed.key };
+    else
+        slot.entityId = 0;
+    return pixmap;
+}
+
+void ThumbnailClient::setThumbnailSize(QSize newSize)
+{
+    if (newSize == size)
+        return;
+    size = newSize;
+    // The keys remembered were those of the old size.
+    remembered.fill({});
 }
 
 bool ThumbnailClient::canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const

@@ -18,6 +18,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <array>
+#include <atomic>
 #include <cstdint>
 
 namespace Marlix {
@@ -85,17 +87,31 @@ public:
     /// At the device pixel ratio of the client's widget, or of the application without one.
     QPixmap getThumbnail(const EntityHolder<Entity>& entity) const;
     QSize getThumbnailSize() const { return size; }
-    void setThumbnailSize(QSize newSize) { size = newSize; }
+    void setThumbnailSize(QSize newSize);
     bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
     const SharedPtr<ThumbnailManager>& getManager() const { return manager; }
 
 private:
+    /// A request this client was served, with the manager's revision at which the answer was confirmed: while the
+    /// revision stands, the pixmap is found in the pixmap cache under `key` without asking the manager.
+    struct Remembered
+    {
+        std::uint64_t entityId = 0; // identities start at 1
+        std::uint64_t revision = 0;
+        double devicePixelRatio = 0.0;
+        QString key;
+    };
+
     SharedPtr<ThumbnailManager> manager;
     QSize size;
     ThumbnailManager::ChangedCallback onChanged;
     CallbackLifetime subscription;
     std::uint32_t option;
     QPointer<QWidget> widget;
+    const std::atomic<std::uint64_t>* revision; // the manager's; it moves with every change of an answer
+    // Direct-mapped by entity identity: a view repaints the same few entities over and over.
+    mutable std::array<Remembered, 16> remembered;
+    mutable Optional<QPixmap> hit; // receives cache hits, which are handed out by move
 };
 
 } // namespace Marlix

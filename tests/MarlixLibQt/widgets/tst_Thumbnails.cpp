@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <set>
 
 using namespace Marlix;
 
@@ -91,6 +92,7 @@ private Q_SLOTS:
     void pixmapKeys();
     void rendersOffTheGuiThreadAndTellsClients();
     void invalidationRendersAgainAndDropsOldKeys();
+    void manyEntitiesThroughOneClient();
     void entityWithoutProvider();
     void cacheStreamRoundTrip();
     void badStreamLeavesCache_data();
@@ -260,6 +262,34 @@ void tst_Thumbnails::invalidationRendersAgainAndDropsOldKeys()
     QCOMPARE(small.getThumbnail(material).toImage().pixelColor(8, 8), QColor(Qt::green));
     QVERIFY(!QPixmapCache::find(largeKey, &cached));
     QCOMPARE(large.getThumbnail(material).toImage().pixelColor(16, 16), QColor(Qt::green));
+
+    // A client that changes its size is served the new size at once, not what it remembers of the old one.
+    small.setThumbnailSize({ 24, 24 });
+    QCOMPARE(small.getThumbnail(material).deviceIndependentSize().toSize(), QSize(24, 24));
+}
+
+void tst_Thumbnails::manyEntitiesThroughOneClient()
+{
+    // More entities than a client remembers at once: each is still served its own pixmap, every time.
+    auto manager = makeSharedPtr<ThumbnailManager>();
+    const EntityClassInfo classes[] = { TestScene::materialClass() };
+    manager->registerProvider(classes, {}, makeSharedPtr<SolidProvider>());
+    ChangeLog log;
+    ThumbnailClient client(manager, { 16, 16 }, log.callback(), 0, nullptr);
+    Array<EntityHolder<Entity>> materials;
+    for (int i = 0; i < 40; ++i)
+        materials.push_back(TestScene::materialClass().create());
+    for (const auto& material : materials)
+        client.getThumbnail(material);
+    QTRY_COMPARE(log.ids.size(), materials.size());
+
+    Array<qint64> pixmaps;
+    for (const auto& material : materials)
+        pixmaps.push_back(client.getThumbnail(material).cacheKey());
+    QCOMPARE(std::set<qint64>(pixmaps.begin(), pixmaps.end()).size(), materials.size());
+    for (int round = 0; round < 2; ++round)
+        for (std::size_t i = 0; i < materials.size(); ++i)
+            QCOMPARE(client.getThumbnail(materials[i]).cacheKey(), pixmaps[i]);
 }
 
 void tst_Thumbnails::entityWithoutProvider()
