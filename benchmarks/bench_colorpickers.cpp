@@ -1,3 +1,5 @@
+#include "RatioReporter.h"
+
 #include <MarlixLibQt/widgets/ColorPicker.h>
 #include <MarlixLibQt/widgets/HwbColorPicker.h>
 
@@ -7,8 +9,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <map>
-#include <string>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
@@ -71,58 +71,6 @@ static void rgbaPanelColorChange(benchmark::State& state)
 }
 BENCHMARK(rgbaPanelColorChange)->Unit(benchmark::kMicrosecond);
 
-namespace {
-/// Prints the usual table, then the field against its baseline and the panel against one frame.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
-                perIterationNs[run.benchmark_name()] = run.GetAdjustedRealTime() * toNanoseconds(run.time_unit);
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const double field = find("hwbFieldRecompute");
-        const double baseline = find("hsvLoopBaseline");
-        if (field > 0.0 && baseline > 0.0)
-            std::printf("ratio HWB field / fromHsvF loop: %.3f (goal 1.2 or less)\n", field / baseline);
-        const double panel = find("rgbaPanelColorChange");
-        if (panel > 0.0)
-            std::printf("RGBA panel colour change: %.3f ms, %.1f %% of a 16.7 ms frame\n", panel / 1e6,
-                100.0 * panel / FRAME_NS);
-    }
-
-private:
-    static double toNanoseconds(benchmark::TimeUnit unit)
-    {
-        switch (unit) {
-        case benchmark::kSecond:
-            return 1e9;
-        case benchmark::kMillisecond:
-            return 1e6;
-        case benchmark::kMicrosecond:
-            return 1e3;
-        case benchmark::kNanosecond:
-            return 1.0;
-        }
-        return 1.0;
-    }
-
-    double find(const std::string& name) const
-    {
-        const auto it = perIterationNs.find(name);
-        return it == perIterationNs.end() ? 0.0 : it->second;
-    }
-
-    std::map<std::string, double> perIterationNs;
-};
-} // namespace
-
 int main(int argc, char** argv)
 {
     // Widgets need a platform; without a display the run still measures what the library computes.
@@ -130,7 +78,13 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    Benchmarks::RatioReporter reporter(Benchmarks::Clock::Real,
+        { { "hwbFieldRecompute", "hsvLoopBaseline", "HWB field / fromHsvF loop", "goal 1.2 or less" } },
+        [](const Benchmarks::RatioReporter& figures) {
+            if (const auto* panel = figures.find("rgbaPanelColorChange"); panel && panel->nanoseconds > 0.0)
+                std::printf("RGBA panel colour change: %.3f ms, %.1f %% of a 16.7 ms frame\n", panel->nanoseconds / 1e6,
+                    100.0 * panel->nanoseconds / FRAME_NS);
+        });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

@@ -1,3 +1,5 @@
+#include "RatioReporter.h"
+
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/data/EntityGraphTracker.h>
@@ -16,11 +18,9 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <malloc.h>
 #include <memory>
 #include <new>
-#include <string>
 
 using namespace Marlix;
 
@@ -410,83 +410,30 @@ static void cborCodecDecode(benchmark::State& state)
 }
 BENCHMARK(cborCodecDecode)->Unit(benchmark::kMillisecond);
 
-namespace {
-/// Prints the usual table, then each library figure against its baseline.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        // CPU time, since the machine may be shared; with repetitions, the median stands for the benchmark.
-        for (const Run& run : runs) {
-            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (run.iterations == 0 || (run.run_type != Run::RT_Iteration && !median))
-                continue;
-            Figures& figures = results[run.run_name.str()];
-            if (figures.fromMedian && !median)
-                continue;
-            figures.fromMedian = median;
-            figures.time = run.GetAdjustedCPUTime();
-            for (const auto& [name, counter] : run.counters)
-                figures.counters[name] = counter.value;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        ratio("time", "entityWriteWithOneObserver", "qtSetPropertyWithOneSlot", "the path looked up on every write");
-        ratio("time", "handleWriteWithOneObserver", "qtSetPropertyWithOneSlot", "goal 0.5 or less");
-        ratio("time", "accessorWriteWithOneObserver", "qtSetPropertyWithOneSlot", "goal 0.5 or less");
-        ratio("heapBytes", "entityWithTwentyDoubles", "qObjectWithTwentyProperties", "");
-        if (Figures* entity = find("entityWithTwentyDoubles"))
-            std::printf("heap bytes of an entity with 20 doubles: %.0f (goal 512 or less)\n", entity->counters["heapBytes"]);
-        ratio("time", "saveLargeScene", "cborCodecEncode", "the codec alone on the same stream");
-        ratio("time", "loadLargeScene", "cborCodecDecode", "the codec alone on the same stream");
-        for (const char* name : { "saveLargeScene", "loadLargeScene" })
-            if (Figures* figures = find(name))
-                std::printf("%s: %.1f MB/s\n", name, figures->counters["bytes_per_second"] / 1e6);
-    }
-
-private:
-    struct Figures
-    {
-        double time = 0.0;
-        bool fromMedian = false;
-        std::map<std::string, double> counters;
-    };
-
-    Figures* find(const std::string& name)
-    {
-        const auto found = results.find(name);
-        return found == results.end() ? nullptr : &found->second;
-    }
-
-    void ratio(const std::string& measure, const std::string& mine, const std::string& baseline, const char* goal)
-    {
-        Figures* a = find(mine);
-        Figures* b = find(baseline);
-        if (!a || !b)
-            return;
-        const double x = measure == "time" ? a->time : a->counters[measure];
-        const double y = measure == "time" ? b->time : b->counters[measure];
-        if (y > 0.0)
-            std::printf("ratio %s / %s (%s): %.3f%s%s%s\n", mine.c_str(), baseline.c_str(), measure.c_str(), x / y,
-                *goal ? " (" : "", goal, *goal ? ")" : "");
-    }
-
-    std::map<std::string, Figures> results;
-};
-} // namespace
-
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     CoreSession core;
     session = &core;
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    // CPU time, since the machine may be shared.
+    Benchmarks::RatioReporter reporter(Benchmarks::Clock::Cpu,
+        {
+            { "entityWriteWithOneObserver", "qtSetPropertyWithOneSlot", {}, "the path looked up on every write" },
+            { "handleWriteWithOneObserver", "qtSetPropertyWithOneSlot", {}, "goal 0.5 or less" },
+            { "accessorWriteWithOneObserver", "qtSetPropertyWithOneSlot", {}, "goal 0.5 or less" },
+            { "entityWithTwentyDoubles", "qObjectWithTwentyProperties", {}, {}, "heapBytes" },
+            { "saveLargeScene", "cborCodecEncode", {}, "the codec alone on the same stream" },
+            { "loadLargeScene", "cborCodecDecode", {}, "the codec alone on the same stream" },
+        },
+        [](const Benchmarks::RatioReporter& figures) {
+            if (const auto* entity = figures.find("entityWithTwentyDoubles"))
+                std::printf(
+                    "heap bytes of an entity with 20 doubles: %.0f (goal 512 or less)\n", entity->counter("heapBytes"));
+            for (const char* name : { "saveLargeScene", "loadLargeScene" })
+                if (const auto* scene = figures.find(name))
+                    std::printf("%s: %.1f MB/s\n", name, scene->counter("bytes_per_second") / 1e6);
+        });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

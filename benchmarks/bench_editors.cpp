@@ -1,3 +1,5 @@
+#include "RatioReporter.h"
+
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/widgets/Model.h>
 #include <MarlixLibQt/widgets/SpinBox.h>
@@ -14,9 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <memory>
-#include <string>
 
 using Marlix::makeSharedPtr;
 using Marlix::SharedPtr;
@@ -225,38 +225,6 @@ static void qDoubleSpinBoxDragWithTwoConnected(benchmark::State& state)
 }
 BENCHMARK(qDoubleSpinBoxDragWithTwoConnected)->Unit(benchmark::kMillisecond);
 
-namespace {
-/// Prints the usual table, then the time of the library's drag relative to the plain one.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        // With repetitions the mean of the repetitions is compared, else the single run.
-        for (const Run& run : runs) {
-            const std::string& name = run.run_name.function_name;
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean")
-                perIteration[name] = run.GetAdjustedRealTime();
-            else if (run.run_type == Run::RT_Iteration && run.iterations > 0 && run.repetitions <= 1)
-                perIteration[name] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const auto library = perIteration.find("spinBoxDragOnModelWithTwoViews");
-        const auto plain = perIteration.find("qDoubleSpinBoxDragWithTwoConnected");
-        if (library != perIteration.end() && plain != perIteration.end() && plain->second > 0.0)
-            std::printf("ratio SpinBox on a model / QDoubleSpinBox with signals: %.3f\n",
-                library->second / plain->second);
-    }
-
-private:
-    std::map<std::string, double> perIteration;
-};
-} // namespace
-
 int main(int argc, char** argv)
 {
     // Without a display the widgets are drawn offscreen; the events and the painting are the same.
@@ -269,7 +237,11 @@ int main(int argc, char** argv)
     librarySide = std::make_unique<LibrarySide>();
     plainSide = std::make_unique<PlainSide>();
     if (checkBothSidesDrag()) {
-        RatioReporter reporter;
+        Marlix::Benchmarks::RatioReporter reporter(Marlix::Benchmarks::Clock::Real,
+            { { "spinBoxDragOnModelWithTwoViews", "qDoubleSpinBoxDragWithTwoConnected",
+                "SpinBox on a model / QDoubleSpinBox with signals" } });
+        // With repetitions the mean of the repetitions is compared, else the single run.
+        reporter.setStatistic("mean");
         benchmark::RunSpecifiedBenchmarks(&reporter);
     } else {
         result = 1;

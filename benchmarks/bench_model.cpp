@@ -1,13 +1,11 @@
+#include "RatioReporter.h"
+
 #include <MarlixLibQt/widgets/Model.h>
 
 #include <QCoreApplication>
 #include <QObject>
 
 #include <benchmark/benchmark.h>
-
-#include <cstdio>
-#include <map>
-#include <string>
 
 using Marlix::CallbackLifetime;
 using Marlix::Widgets::VariableModel;
@@ -94,49 +92,12 @@ static void signalWithThreeSlots(benchmark::State& state)
 }
 BENCHMARK(signalWithThreeSlots);
 
-namespace {
-/// Prints the usual table, then the time of the model relative to the signal.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        // With repetitions, the median stands for the benchmark: the machine may be shared.
-        for (const Run& run : runs) {
-            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (run.iterations == 0 || (run.run_type != Run::RT_Iteration && !median))
-                continue;
-            Figure& figure = perIteration[run.run_name.str()];
-            if (figure.fromMedian && !median)
-                continue;
-            figure = { run.GetAdjustedRealTime(), median };
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const auto model = perIteration.find("modelSetWithThreeObservers");
-        const auto signal = perIteration.find("signalWithThreeSlots");
-        if (model != perIteration.end() && signal != perIteration.end() && signal->second.time > 0.0)
-            std::printf("ratio model / signal: %.3f (goal 0.8 or less)\n", model->second.time / signal->second.time);
-    }
-
-private:
-    struct Figure
-    {
-        double time = 0.0;
-        bool fromMedian = false;
-    };
-    std::map<std::string, Figure> perIteration;
-};
-} // namespace
-
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    Marlix::Benchmarks::RatioReporter reporter(Marlix::Benchmarks::Clock::Real,
+        { { "modelSetWithThreeObservers", "signalWithThreeSlots", "model / signal", "goal 0.8 or less" } });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

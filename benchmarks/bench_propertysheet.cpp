@@ -1,3 +1,5 @@
+#include "RatioReporter.h"
+
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/TypeDatabase.h>
@@ -15,7 +17,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <map>
 #include <string>
 
 using namespace Marlix;
@@ -110,44 +111,6 @@ static void formLayoutOf200LabelsAndSpinBoxes(benchmark::State& state)
 }
 BENCHMARK(formLayoutOf200LabelsAndSpinBoxes)->Unit(benchmark::kMillisecond);
 
-namespace {
-/// Prints the usual table, then the sheet's time against the hand-made form's.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        // CPU time, since the machine may be shared; with repetitions, the median stands for the benchmark.
-        for (const Run& run : runs) {
-            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (run.iterations == 0 || (run.run_type != Run::RT_Iteration && !median))
-                continue;
-            const std::string name = run.run_name.function_name;
-            if (fromMedian[name] && !median)
-                continue;
-            fromMedian[name] = median;
-            times[name] = run.GetAdjustedCPUTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const auto sheet = times.find("propertySheetOf200Doubles");
-        const auto form = times.find("formLayoutOf200LabelsAndSpinBoxes");
-        if (sheet != times.end() && form != times.end() && form->second > 0.0)
-            std::printf("ratio PropertySheet of 200 doubles / QFormLayout of 200 QLabel + QDoubleSpinBox: %.2f "
-                        "(goal 2 or less)\n",
-                sheet->second / form->second);
-    }
-
-private:
-    std::map<std::string, double> times;
-    std::map<std::string, bool> fromMedian;
-};
-} // namespace
-
 int main(int argc, char** argv)
 {
     // Without a display the widgets are drawn offscreen; building, layout and painting are the same.
@@ -161,7 +124,10 @@ int main(int argc, char** argv)
         host = makeSharedPtr<DefaultPropertySheetHost>(nullptr, nullptr, makeSharedPtr<UndoManager>());
         entity = twoHundredDoublesClass().create();
         if (sheetHasEveryRow()) {
-            RatioReporter reporter;
+            // CPU time, since the machine may be shared.
+            Benchmarks::RatioReporter reporter(Benchmarks::Clock::Cpu,
+                { { "propertySheetOf200Doubles", "formLayoutOf200LabelsAndSpinBoxes",
+                    "PropertySheet of 200 doubles / QFormLayout of 200 QLabel + QDoubleSpinBox", "goal 2 or less" } });
             benchmark::RunSpecifiedBenchmarks(&reporter);
         } else {
             result = 1;

@@ -1,3 +1,5 @@
+#include "RatioReporter.h"
+
 #include <MarlixLibQt/widgets/ThumbnailManager.h>
 
 #include <MarlixTestScene/TestScene.h>
@@ -6,11 +8,6 @@
 #include <QPixmapCache>
 
 #include <benchmark/benchmark.h>
-
-#include <cstdio>
-#include <map>
-#include <string>
-#include <vector>
 
 using namespace Marlix;
 
@@ -83,42 +80,6 @@ void BM_ThumbnailClientHit(benchmark::State& state)
 }
 BENCHMARK(BM_ThumbnailClientHit);
 
-/// Prints the hit path's cost as a multiple of the bare pixmap-cache lookup.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        // With repetitions, the median stands for the benchmark: the machine may be shared.
-        for (const Run& run : runs) {
-            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (run.iterations == 0 || (run.run_type != Run::RT_Iteration && !median))
-                continue;
-            Figure& figure = times[run.run_name.str()];
-            if (figure.fromMedian && !median)
-                continue;
-            figure = { run.GetAdjustedRealTime(), median };
-        }
-    }
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const double baseline = times["BM_QPixmapCacheFind"].time;
-        const double hit = times["BM_ThumbnailClientHit"].time;
-        if (baseline > 0.0)
-            std::printf("thumbnail hit / QPixmapCache::find: %.2fx (goal 1.5x or less)\n", hit / baseline);
-    }
-
-private:
-    struct Figure
-    {
-        double time = 0.0;
-        bool fromMedian = false;
-    };
-    std::map<std::string, Figure> times;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -129,7 +90,9 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     Fixture instance;
     current = &instance;
-    RatioReporter reporter;
+    Benchmarks::RatioReporter reporter(Benchmarks::Clock::Real,
+        { { "BM_ThumbnailClientHit", "BM_QPixmapCacheFind", "thumbnail hit / QPixmapCache::find",
+            "goal 1.5x or less" } });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;
