@@ -108,9 +108,11 @@ template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, 
                                                                          : static_cast<std::int64_t>(source->get());
                 },
                 [source](std::int64_t value) { source->set(toNumber<N>(static_cast<double>(value))); });
-            return ComboBox::makeVirtualEnumDropDownImpl(entries->entries,
+            QWidget* dropDown = ComboBox::makeVirtualEnumDropDownImpl(entries->entries,
                 Detail::guardReadOnly<std::int64_t>(index, readOnly),
                 static_cast<std::int64_t>(Detail::defaultNumber(property)), arguments.parent);
+            Detail::showMixedInDropDown(dropDown, property);
+            return dropDown;
         }
     }
 

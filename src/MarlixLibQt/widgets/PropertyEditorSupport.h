@@ -26,6 +26,9 @@ bool isReadOnlyProperty(const GenericPropertyAccessor& property);
 /// True when the accessor addresses several objects that hold different values.
 bool hasMixedValues(const GenericPropertyAccessor& property);
 
+/// A drop-down of several objects says that they disagree while it shows no entry (it reads NO_ENTRY then).
+void showMixedInDropDown(QWidget* editor, const GenericPropertyAccessor& property);
+
 /// Read-only look on every field and button of `editor`: text stays selectable, nothing else reacts.
 void applyReadOnlyLook(QWidget* editor);
 

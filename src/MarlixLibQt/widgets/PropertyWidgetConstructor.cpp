@@ -1,6 +1,7 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/data/TypeDefinition.h>
 #include <MarlixLib/undo/IUndoManager.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/ComboBox.h>
 #include <MarlixLibQt/widgets/EnumPropertyModel.h>
 #include <MarlixLibQt/widgets/IPropertySheetHost.h>
@@ -32,6 +33,13 @@ bool isReadOnlyProperty(const GenericPropertyAccessor& property)
 bool hasMixedValues(const GenericPropertyAccessor& property)
 {
     return property.getObjects().size() > 1 && isResolved(property.checkProperty()) && !property.hasSameValues();
+}
+
+void showMixedInDropDown(QWidget* editor, const GenericPropertyAccessor& property)
+{
+    // A single object shows no entry only for a value outside the enumeration; that is no mix of values.
+    if (auto* dropDown = qobject_cast<QComboBox*>(editor); dropDown && property.getObjects().size() > 1)
+        dropDown->setPlaceholderText(toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT));
 }
 
 void applyReadOnlyLook(QWidget* editor)
@@ -130,6 +138,7 @@ QWidget* makeEnumerationEditor(
                 makeSharedPtr<ListViewModel<std::int64_t>>(std::move(numbers)), defaultValue, arguments.parent);
         }
     }
+    Detail::showMixedInDropDown(editor, property);
     Detail::reportRejectionsAt(*model, editor);
     return editor;
 }

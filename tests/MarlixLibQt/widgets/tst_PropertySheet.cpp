@@ -11,6 +11,7 @@
 #include <MarlixLibQt/widgets/UiConditions.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QComboBox>
 #include <QLabel>
 #include <QProxyStyle>
 #include <QTest>
@@ -254,6 +255,11 @@ void TestPropertySheet::mixedValuesShownAndCleared()
         QCOMPARE(row->label()->font().italic(), expected);
         QCOMPARE(row->label()->toolTip().contains(QStringLiteral("<different values>")), expected);
         QCOMPARE(row->editor()->property(PropertySheetItem::MIXED_VALUES_PROPERTY).toBool(), expected);
+        // A drop-down shows no entry, and says why, only while the values disagree.
+        if (const auto* dropDown = qobject_cast<const QComboBox*>(row->editor())) {
+            QCOMPARE(dropDown->currentIndex() < 0, expected);
+            QCOMPARE(dropDown->placeholderText(), QStringLiteral("<different values>"));
+        }
     };
     shows(mixed);
 
