@@ -184,13 +184,15 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Option
     };
     ops.fromString = [](const TypeDefinition& type, StringView text, void* target) -> Expected<void, String> {
         if (text.size() < 2 || text.front() != '{' || text.back() != '}')
-            return Unexpected<String>("\"" + String(text) + "\" is not a " + type.getName() + " (expected {name: value, ...})");
+            return Unexpected<String>(String("\"").append(text).append("\" is not a ").append(type.getName()).append(
+                " (expected {name: value, ...})"));
         const auto items = Detail::splitList(String("[") + String(text.substr(1, text.size() - 2)) + "]");
         if (!items)
             return Unexpected<String>(items.error());
         const GroupLayout& layout = *type.getLayout();
         if (items->size() != layout.getProperties().size())
-            return Unexpected<String>("\"" + String(text) + "\" does not give every field of " + type.getName());
+            return Unexpected<String>(
+                String("\"").append(text).append("\" does not give every field of ").append(type.getName()));
         for (std::size_t i = 0; i < items->size(); ++i) {
             const PropertyDefinition& property = layout.getProperties()[i];
             const String& item = (*items)[i];
@@ -273,7 +275,7 @@ Expected<Array<String>, String> Detail::splitList(StringView text)
     while (!text.empty() && text.back() == ' ')
         text.remove_suffix(1);
     if (text.size() < 2 || text.front() != '[' || text.back() != ']')
-        return Unexpected<String>("\"" + String(text) + "\" is not a list (expected [a, b, ...])");
+        return Unexpected<String>(String("\"").append(text).append("\" is not a list (expected [a, b, ...])"));
     text = text.substr(1, text.size() - 2);
     Array<String> items;
     String current;
@@ -316,7 +318,7 @@ Expected<Array<String>, String> Detail::splitList(StringView text)
         }
     }
     if (inQuotes || depth != 0)
-        return Unexpected<String>("\"" + String(text) + "\" has unbalanced quotes or brackets");
+        return Unexpected<String>(String("\"").append(text).append("\" has unbalanced quotes or brackets"));
     if (any) {
         if (!wasQuoted) {
             const auto first = current.find_first_not_of(' ');

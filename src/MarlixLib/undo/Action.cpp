@@ -8,7 +8,9 @@
 namespace Marlix {
 
 namespace {
-thread_local Detail::Action* innermostAction = nullptr;
+// Read on every property write. The library is linked by its hosts, not opened at run time, so its thread-local
+// words can sit in the static TLS block and be reached without a call into the dynamic loader.
+[[gnu::tls_model("initial-exec")]] thread_local Detail::Action* innermostAction = nullptr;
 
 /// The old and the newest value of one root property touched by an action.
 class PropertyRecord final : public UndoRecord
