@@ -196,23 +196,33 @@ void SpinBox::onValueChanged(double displayValue)
 
 QSize SpinBox::sizeHint() const
 {
-    return limitToSizedBounds(QDoubleSpinBox::sizeHint(), prefix() + suffix());
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::sizeHint();
+    ensurePolished();
+    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + suffix());
 }
 
 QSize SpinBox::minimumSizeHint() const
 {
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::minimumSizeHint();
+    ensurePolished();
     // The base class leaves the suffix out of the minimum.
-    return limitToSizedBounds(QDoubleSpinBox::minimumSizeHint(), prefix());
+    return sizeForLimitedBounds(lineEdit()->minimumSizeHint().height(), prefix());
 }
 
-QSize SpinBox::limitToSizedBounds(const QSize& hint, const QString& fixedText) const
+bool SpinBox::hasLimitedSizedBounds() const
 {
+    return minimum() < -WIDEST_SIZED_BOUND || maximum() > WIDEST_SIZED_BOUND;
+}
+
+QSize SpinBox::sizeForLimitedBounds(int editHeight, const QString& fixedText) const
+{
+    // Measured as the base class measures its bounds (at most 18 characters of each), so a field has the size that a
+    // plain spin box with the limited range would have. The base class's own hint is not asked for: it would measure
+    // the full bounds, whose texts are longer than the limited ones, only to be thrown away.
     const double low = std::clamp(minimum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
     const double high = std::clamp(maximum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
-    if (low == minimum() && high == maximum())
-        return hint;
-    // Measured as the base class measures its bounds (at most 18 characters of each), so a field keeps the width that
-    // a plain spin box with the limited range would have.
     const QFontMetrics metrics(fontMetrics());
     const QString fixedContent = fixedText + QLatin1Char(' ');
     int width = 0;
@@ -226,8 +236,7 @@ QSize SpinBox::limitToSizedBounds(const QSize& hint, const QString& fixedText) c
     width += 2; // room for the blinking cursor
     QStyleOptionSpinBox option;
     initStyleOption(&option);
-    const QSize limited = style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, hint.height()), this);
-    return { std::min(hint.width(), limited.width()), hint.height() };
+    return style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, editHeight), this);
 }
 
 QString SpinBox::textFromValue(double value) const

@@ -152,7 +152,9 @@ private:
     /// What the editor shows, without prefix and suffix: the text of any value while textDeferred is set.
     QString shownValueText() const;
     QString stripSuffix(const QString& text) const;
-    QSize limitToSizedBounds(const QSize& hint, const QString& fixedText) const;
+    bool hasLimitedSizedBounds() const;
+    /// The size hint of a field whose bounds are limited to WIDEST_SIZED_BOUND, for an editor of the given height.
+    QSize sizeForLimitedBounds(int editHeight, const QString& fixedText) const;
     bool pasteValueText(const QString& text);
 
     SharedPtr<Model<double>> model;
