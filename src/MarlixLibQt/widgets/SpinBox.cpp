@@ -13,6 +13,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMouseEvent>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QStyleOptionSpinBox>
 #include <QWheelEvent>
@@ -70,9 +71,10 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
     if (!this->model)
         Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
 
-    auto* edit = new QLineEdit(this);
+    // The editor the base class made is configured rather than replaced: a second one would be built, wired up and
+    // thrown away for every field.
+    QLineEdit* edit = lineEdit();
     edit->setAttribute(Qt::WA_Hover);
-    setLineEdit(edit);
     edit->installEventFilter(this);
     setAttribute(Qt::WA_Hover);
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -81,9 +83,8 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
     // Typed text reaches the model on Enter or focus loss, not per keystroke, so a typed number is one change.
     setKeyboardTracking(false);
     setStepType(StepType::Fixed);
-    setDecimals(DEFAULT_DECIMALS);
-    setSingleStep(DEFAULT_STEP);
-    applyRange();
+    // Also shows the model's value.
+    applyRange(DEFAULT_STEP, DEFAULT_DECIMALS);
 
     registerCallback(this->model->addCallback([this](double value) { showModelValue(value); }));
     connect(this, &QDoubleSpinBox::valueChanged, this, &SpinBox::onValueChanged);
@@ -97,8 +98,6 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
     setTextFunctions([this] { return convertValueToText(this->model->get()); },
                      [this](const QString& text) { return pasteValueText(text); });
     setEditableFunction([this] { return isEnabled() && !isReadOnly(); });
-
-    notify();
 }
 
 SpinBox::~SpinBox()
@@ -116,26 +115,33 @@ void SpinBox::setRange(double minimum, double maximum, double step, int decimals
         Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
     modelMinimum = minimum;
     modelMaximum = maximum;
-    {
-        const QSignalBlocker blocker(this);
-        setDecimals(decimals);
-        setSingleStep(step);
-    }
-    applyRange();
+    applyRange(step, decimals);
 }
 
 void SpinBox::applyRange()
+{
+    applyRange(singleStep(), decimals());
+}
+
+void SpinBox::applyRange(double step, int decimalCount)
 {
     const auto toDisplay = [this](double bound) {
         return std::abs(bound) >= UNBOUNDED ? bound : conversion.toDisplay(bound);
     };
     const double first = toDisplay(modelMinimum);
     const double second = toDisplay(modelMaximum);
+    const QSignalBlocker blocker(this);
     {
-        const QSignalBlocker blocker(this);
+        // Each of these re-shows the old value in the new format, and the editor lays out and validates every text it
+        // is given; only the text of the model's value below counts.
+        const QScopedValueRollback deferring(textDeferred, true);
+        // Decimals before the range: they re-round the current bounds, which are cheaper to round than the new ones.
+        if (decimalCount != decimals())
+            setDecimals(decimalCount);
+        setSingleStep(step);
         QDoubleSpinBox::setRange(std::min(first, second), std::max(first, second));
-        setValue(conversion.toDisplay(model->get()));
     }
+    setValue(conversion.toDisplay(model->get()));
     updateRangeToolTip();
 }
 
@@ -190,23 +196,33 @@ void SpinBox::onValueChanged(double displayValue)
 
 QSize SpinBox::sizeHint() const
 {
-    return limitToSizedBounds(QDoubleSpinBox::sizeHint(), prefix() + suffix());
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::sizeHint();
+    ensurePolished();
+    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + suffix());
 }
 
 QSize SpinBox::minimumSizeHint() const
 {
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::minimumSizeHint();
+    ensurePolished();
     // The base class leaves the suffix out of the minimum.
-    return limitToSizedBounds(QDoubleSpinBox::minimumSizeHint(), prefix());
+    return sizeForLimitedBounds(lineEdit()->minimumSizeHint().height(), prefix());
 }
 
-QSize SpinBox::limitToSizedBounds(const QSize& hint, const QString& fixedText) const
+bool SpinBox::hasLimitedSizedBounds() const
 {
+    return minimum() < -WIDEST_SIZED_BOUND || maximum() > WIDEST_SIZED_BOUND;
+}
+
+QSize SpinBox::sizeForLimitedBounds(int editHeight, const QString& fixedText) const
+{
+    // Measured as the base class measures its bounds (at most 18 characters of each), so a field has the size that a
+    // plain spin box with the limited range would have. The base class's own hint is not asked for: it would measure
+    // the full bounds, whose texts are longer than the limited ones, only to be thrown away.
     const double low = std::clamp(minimum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
     const double high = std::clamp(maximum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
-    if (low == minimum() && high == maximum())
-        return hint;
-    // Measured as the base class measures its bounds (at most 18 characters of each), so a field keeps the width that
-    // a plain spin box with the limited range would have.
     const QFontMetrics metrics(fontMetrics());
     const QString fixedContent = fixedText + QLatin1Char(' ');
     int width = 0;
@@ -220,12 +236,13 @@ QSize SpinBox::limitToSizedBounds(const QSize& hint, const QString& fixedText) c
     width += 2; // room for the blinking cursor
     QStyleOptionSpinBox option;
     initStyleOption(&option);
-    const QSize limited = style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, hint.height()), this);
-    return { std::min(hint.width(), limited.width()), hint.height() };
+    return style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, editHeight), this);
 }
 
 QString SpinBox::textFromValue(double value) const
 {
+    if (textDeferred)
+        return shownValueText();
     QString text = QDoubleSpinBox::textFromValue(value);
     const QLocale numberLocale = locale();
     // With equal group and decimal separators the grouped integer part would read as more decimals.
@@ -251,6 +268,16 @@ double SpinBox::valueFromText(const QString& text) const
         && body.size() > 1)
         return QDoubleSpinBox::valueFromText(QLatin1Char('0') + body);
     return QDoubleSpinBox::valueFromText(text);
+}
+
+QString SpinBox::shownValueText() const
+{
+    // The base class compares prefix + this + suffix with the editor's text and leaves an equal text alone.
+    const QString shown = lineEdit()->displayText();
+    const qsizetype fixed = prefix().size() + suffix().size();
+    if (shown.size() >= fixed && shown.startsWith(prefix()) && shown.endsWith(suffix()))
+        return shown.mid(prefix().size(), shown.size() - fixed);
+    return shown;
 }
 
 QString SpinBox::stripSuffix(const QString& text) const

@@ -144,11 +144,17 @@ private:
     void showModelValue(double modelValue);
     void onValueChanged(double displayValue);
     void applyRange();
+    /// Sets step, decimals and the converted range, then shows the model's value: the text is formatted once.
+    void applyRange(double step, int decimalCount);
     void updateRangeToolTip();
     void updateDraggingHint(const QPoint& position);
     void updateToolTip();
+    /// What the editor shows, without prefix and suffix: the text of any value while textDeferred is set.
+    QString shownValueText() const;
     QString stripSuffix(const QString& text) const;
-    QSize limitToSizedBounds(const QSize& hint, const QString& fixedText) const;
+    bool hasLimitedSizedBounds() const;
+    /// The size hint of a field whose bounds are limited to WIDEST_SIZED_BOUND, for an editor of the given height.
+    QSize sizeForLimitedBounds(int editHeight, const QString& fixedText) const;
     bool pasteValueText(const QString& text);
 
     SharedPtr<Model<double>> model;
@@ -166,6 +172,8 @@ private:
     ModelValueConverter<double> conversion;
     double modelMinimum = -UNBOUNDED;
     double modelMaximum = UNBOUNDED;
+    /// Set while several setters run that would each re-format the text; the last step formats it once.
+    bool textDeferred = false;
 };
 
 } // namespace Marlix::Widgets

@@ -423,6 +423,42 @@ private Q_SLOTS:
         QCOMPARE(field.spinBox->convertValueToText(value), text);
     }
 
+    void textAfterRangeChange_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("suffix");
+        QTest::addColumn<double>("minimum");
+        QTest::addColumn<double>("maximum");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("fewer decimals") << 0.125 << QString() << -10.0 << 10.0 << 1 << "0.1";
+        QTest::newRow("more decimals") << 2.5 << QString() << -10.0 << 10.0 << 4 << "2.5000";
+        QTest::newRow("same decimals, clamped") << 7.0 << QString() << 0.0 << 5.0 << 3 << "5.000";
+        QTest::newRow("whole, clamped") << 50.0 << QString() << 0.0 << 10.0 << 0 << "10";
+        QTest::newRow("suffix kept") << 2.0 << QStringLiteral(" px") << 0.0 << 10.0 << 2 << "2.00 px";
+        QTest::newRow("unchanged text") << 0.0 << QStringLiteral(" px") << -1.0 << 1.0 << 3 << "0.000 px";
+    }
+
+    void textAfterRangeChange()
+    {
+        QFETCH(double, value);
+        QFETCH(QString, suffix);
+        QFETCH(double, minimum);
+        QFETCH(double, maximum);
+        QFETCH(int, decimals);
+        QFETCH(QString, text);
+        Field field(value);
+        QCOMPARE(field.spinBox->getLineEdit()->text(), QString::number(value, 'f', 3));
+        field.spinBox->setDisplaySuffix(suffix);
+        field.spinBox->setRange(minimum, maximum, 1.0, decimals);
+        QLineEdit* edit = field.spinBox->getLineEdit();
+        QCOMPARE(edit->text(), text);
+        QVERIFY(edit->hasAcceptableInput());
+        QCOMPARE(field.spinBox->findChildren<QLineEdit*>(), QList<QLineEdit*> { edit });
+        // Showing the model's value never writes it, not even clamped.
+        QCOMPARE(field.model->sets, 0);
+    }
+
     void rangeToolTip_data()
     {
         QTest::addColumn<double>("minimum");
