@@ -280,7 +280,15 @@ void MarlixOriginalStyle::drawSpinBox(const QStyleOptionSpinBox* option, QPainte
     painter->fillPath(fieldPath, QColor::fromRgb(CONTROL_COLOR));
 
     if (option->buttonSymbols != QAbstractSpinBox::NoButtons) {
-        painter->setClipPath(fieldPath);
+        // Only a button's highlight reaches the rounded corners. Clipping to the field costs more than the rest of
+        // the field's painting, so it is set only while a button is lit.
+        const auto lit = [&](SubControl subControl, QAbstractSpinBox::StepEnabledFlag step) {
+            return enabled && (option->stepEnabled & step) && (option->activeSubControls & subControl)
+                && (option->state & (State_Sunken | State_MouseOver));
+        };
+        if (lit(SC_SpinBoxUp, QAbstractSpinBox::StepUpEnabled)
+            || lit(SC_SpinBoxDown, QAbstractSpinBox::StepDownEnabled))
+            painter->setClipPath(fieldPath);
         const auto drawButton = [&](SubControl subControl, QAbstractSpinBox::StepEnabledFlag step,
                                     Qt::ArrowType arrow) {
             const QRect button = subControlRect(CC_SpinBox, option, subControl, widget);

@@ -90,6 +90,7 @@ private Q_SLOTS:
     void animationOverlayMarksControlledFields_data();
     void animationOverlayMarksControlledFields();
     void spinBoxArrowsStepTheValue();
+    void litSpinButtonStaysInsideTheRoundedField();
 };
 
 void tst_StyleDrawing::flatButtonDrawsNoPanel_data()
@@ -365,6 +366,33 @@ void tst_StyleDrawing::spinBoxArrowsStepTheValue()
     QTest::mouseClick(&spin, Qt::LeftButton, {}, down.center());
     QTest::mouseClick(&spin, Qt::LeftButton, {}, down.center());
     QCOMPARE(spin.value(), 4);
+}
+
+void tst_StyleDrawing::litSpinButtonStaysInsideTheRoundedField()
+{
+    MarlixOriginalStyle style;
+    QSpinBox spin;
+    spin.setStyle(&style);
+    QStyleOptionSpinBox option;
+    option.initFrom(&spin);
+    option.rect = QRect(0, 0, 80, 24);
+    option.subControls = QStyle::SC_SpinBoxUp | QStyle::SC_SpinBoxDown | QStyle::SC_SpinBoxEditField;
+    option.buttonSymbols = QAbstractSpinBox::UpDownArrows;
+    option.stepEnabled = QAbstractSpinBox::StepUpEnabled | QAbstractSpinBox::StepDownEnabled;
+    option.frame = false; // the outline would cover the corner on its own
+    option.activeSubControls = QStyle::SC_SpinBoxUp;
+    option.state |= QStyle::State_Enabled | QStyle::State_Sunken;
+    QImage image(option.rect.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::red);
+    {
+        QPainter painter(&image);
+        style.drawComplexControl(QStyle::CC_SpinBox, &option, &painter, &spin);
+    }
+    const QRect up = style.subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxUp, &spin);
+    // The pressed button is lit, and its light ends at the field's rounded corner.
+    QVERIFY(image.pixelColor(up.left() + 2, up.center().y()) != QColor::fromRgb(MarlixOriginalStyle::CONTROL_COLOR));
+    const QColor corner = image.pixelColor(option.rect.topRight());
+    QVERIFY2(corner.red() > corner.blue() && corner.red() > corner.green(), qPrintable(corner.name()));
 }
 
 QTEST_MAIN(tst_StyleDrawing)
