@@ -33,17 +33,15 @@ Number::Number(SharedPtr<Model<double>> model, double defaultValue, bool withSli
         layout->addWidget(slider, 1);
     }
     layout->addWidget(spinBox, withSlider ? 0 : 1);
+    // The spin box and the slider follow the model on their own callbacks; the number adds none, so a change is
+    // shown once.
     setFocusProxy(spinBox);
-
-    registerCallback(this->model->addCallback([this](double) { notify(); }));
 
     setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
     setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
     setTextFunctions([this] { return spinBox->convertValueToText(this->model->get()); },
                      [this](const QString& text) { return spinBox->pasteText(text); });
     setEditableFunction([this] { return isEnabled() && !spinBox->isReadOnly(); });
-
-    notify();
 }
 
 Number::~Number() = default;
