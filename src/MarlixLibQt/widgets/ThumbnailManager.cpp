@@ -532,10 +532,15 @@ QPixmap ThumbnailClient::getThumbnail(const EntityHolder<Entity>& entity) const
         if (QPixmapCache::find(slot.key, &*hit))
             return std::move(*hit);
     }
+    return serveAndRemember(entity, ratio, slot);
+}
+
+QPixmap ThumbnailClient::serveAndRemember(const EntityHolder<Entity>& entity, double ratio, Remembered& slot) const
+{
     ThumbnailManager::Impl::Confirmed confirmed;
     QPixmap pixmap = manager->impl->serve(entity, size, ratio, option, &confirmed);
     if (confirmed.key)
-        slot = { id, confirmed.revision, ratio, *confirmed.key };
+        slot = { entity->getId(), confirmed.revision, ratio, *confirmed.key };
     else
         slot.entityId = 0;
     return pixmap;

@@ -102,6 +102,11 @@ private:
         QString key;
     };
 
+    /// The manager's answer, remembered in `slot` when it is in the pixmap cache. Kept out of getThumbnail(), whose
+    /// hit path then needs no frame for the manager's call.
+    [[gnu::noinline]] QPixmap serveAndRemember(
+        const EntityHolder<Entity>& entity, double ratio, Remembered& slot) const;
+
     SharedPtr<ThumbnailManager> manager;
     QSize size;
     ThumbnailManager::ChangedCallback onChanged;
