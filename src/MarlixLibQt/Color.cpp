@@ -66,7 +66,7 @@ QColorExtended::QColorExtended(Qt::GlobalColor color)
 
 float QColorExtended::componentF(Specification spec, int index) const
 {
-    // The RGB specifications wrap over four so that alpha (index 3) can be read in both.
+    // The two RGB colour spaces wrap over four so that alpha (index 3) can be read in both.
     const int i = wrapIndex(index, componentCount(spec, __LINE__), __LINE__);
     switch (spec) {
     case RgbSpec:

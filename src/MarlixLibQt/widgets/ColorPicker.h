@@ -20,7 +20,7 @@ template <class Component> struct ColorPickerRowDescription
     const char* label;
 };
 
-/// The rows of the panel of one component enumeration, top to bottom, and the specification they address.
+/// The rows of the panel of one component enumeration, top to bottom, and the colour space they address.
 template <class Component> struct ColorPickerTable;
 
 template <> struct ColorPickerTable<QColorExtended::RgbComponent>
@@ -69,7 +69,7 @@ template <> struct ColorPickerTable<QColorExtended::CmykComponent>
     } };
 };
 
-/// A panel of one slider row per component of a colour specification, all bound to one colour model. Every colour
+/// A panel of one slider row per component of a colour space, all bound to one colour model. Every colour
 /// change redraws every row, so each slider shows what its component would give if it were moved.
 template <class Component, int N> class ColorPicker : public QFrame, public BaseWithModel
 {

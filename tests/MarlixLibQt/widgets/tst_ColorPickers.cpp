@@ -51,7 +51,7 @@ QRgb gradientPixel(const ColorSlider* slider, int x)
     return slider->getGradient().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied).pixel(x, 0);
 }
 
-/// One of the four component panels, by the specification it edits.
+/// One of the four component panels, by the colour space it edits.
 struct Panel
 {
     std::unique_ptr<QFrame> widget;
