@@ -1,7 +1,7 @@
 #include "RatioReporter.h"
 
-#include <MarlixLibQt/widgets/ColorPicker.h>
-#include <MarlixLibQt/widgets/HwbColorPicker.h>
+#include <MarlixLibQt/widgets/color/ColorPicker.h>
+#include <MarlixLibQt/widgets/color/HwbColorPicker.h>
 
 #include <QApplication>
 #include <QImage>

@@ -2,7 +2,7 @@
 
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/widgets/Model.h>
-#include <MarlixLibQt/widgets/SpinBox.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
 
 #include <QApplication>
 #include <QDoubleSpinBox>

@@ -5,9 +5,9 @@
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/LibQt.h>
-#include <MarlixLibQt/widgets/DefaultPropertySheetHost.h>
-#include <MarlixLibQt/widgets/PropertySheet.h>
-#include <MarlixLibQt/widgets/PropertySheetItem.h>
+#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
+#include <MarlixLibQt/widgets/properties/PropertySheet.h>
+#include <MarlixLibQt/widgets/properties/PropertySheetItem.h>
 
 #include <QApplication>
 #include <QDoubleSpinBox>

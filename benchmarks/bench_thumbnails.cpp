@@ -1,6 +1,6 @@
 #include "RatioReporter.h"
 
-#include <MarlixLibQt/widgets/ThumbnailManager.h>
+#include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 
 #include <MarlixTestScene/TestScene.h>
 

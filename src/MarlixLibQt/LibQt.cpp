@@ -2,8 +2,8 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
-#include <MarlixLibQt/widgets/PropertyControllerObserver.h>
-#include <MarlixLibQt/widgets/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>
+#include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/base/Exception.h>

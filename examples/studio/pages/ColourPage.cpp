@@ -3,10 +3,10 @@
 #include <MarlixLibQt/Color.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
-#include <MarlixLibQt/widgets/ColorEditButton.h>
-#include <MarlixLibQt/widgets/ColorPickerDialog.h>
-#include <MarlixLibQt/widgets/ColorPickerWidget.h>
-#include <MarlixLibQt/widgets/GradientControl.h>
+#include <MarlixLibQt/widgets/color/ColorEditButton.h>
+#include <MarlixLibQt/widgets/color/ColorPickerDialog.h>
+#include <MarlixLibQt/widgets/color/ColorPickerWidget.h>
+#include <MarlixLibQt/widgets/color/GradientControl.h>
 #include <MarlixLibQt/widgets/Model.h>
 
 #include <MarlixLib/color/ColorGradient.h>

@@ -1,17 +1,17 @@
 #include "StudioPage.h"
 
-#include <MarlixLibQt/widgets/Address.h>
-#include <MarlixLibQt/widgets/CheckBox.h>
-#include <MarlixLibQt/widgets/ComboBox.h>
-#include <MarlixLibQt/widgets/LineEdit.h>
-#include <MarlixLibQt/widgets/Number.h>
-#include <MarlixLibQt/widgets/Path.h>
-#include <MarlixLibQt/widgets/PosRotScale.h>
-#include <MarlixLibQt/widgets/Slider.h>
-#include <MarlixLibQt/widgets/SpinBox.h>
-#include <MarlixLibQt/widgets/TimeEdit.h>
-#include <MarlixLibQt/widgets/ValuePicker.h>
-#include <MarlixLibQt/widgets/Vector.h>
+#include <MarlixLibQt/widgets/editors/Address.h>
+#include <MarlixLibQt/widgets/editors/CheckBox.h>
+#include <MarlixLibQt/widgets/editors/ComboBox.h>
+#include <MarlixLibQt/widgets/editors/LineEdit.h>
+#include <MarlixLibQt/widgets/editors/Number.h>
+#include <MarlixLibQt/widgets/editors/Path.h>
+#include <MarlixLibQt/widgets/editors/PosRotScale.h>
+#include <MarlixLibQt/widgets/editors/Slider.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/editors/TimeEdit.h>
+#include <MarlixLibQt/widgets/editors/ValuePicker.h>
+#include <MarlixLibQt/widgets/editors/Vector.h>
 
 #include <QApplication>
 #include <QFileDialog>

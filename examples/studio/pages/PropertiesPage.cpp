@@ -4,10 +4,10 @@
 #include <MarlixLib/data/EntityGraphTracker.h>
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/DefaultPropertySheetHost.h>
-#include <MarlixLibQt/widgets/PropertySheet.h>
-#include <MarlixLibQt/widgets/ThumbnailManager.h>
-#include <MarlixLibQt/widgets/UndoStackBridge.h>
+#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
+#include <MarlixLibQt/widgets/properties/PropertySheet.h>
+#include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
+#include <MarlixLibQt/widgets/properties/UndoStackBridge.h>
 #include <MarlixTestScene/TestScene.h>
 
 #include <QLabel>

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/BaseWithModel.h>
+#include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/editors/SliderConverter.h>
+
+#include <QWidget>
+
+class QStyleOptionSlider;
+
+namespace Marlix::Widgets {
+
+/// A horizontal slider bound to a Model<double>; its converter maps values to a track fraction on a linear or
+/// logarithmic scale, and one press-move-release is one change bracket of the model.
+class MARLIXLIBQT_EXPORT Slider : public QWidget, public BaseWithModel
+{
+    Q_OBJECT
+
+public:
+    explicit Slider(SharedPtr<Model<double>> model, QWidget* parent = nullptr);
+    ~Slider() override;
+
+    void setConversion(SliderConverter converter);
+    const SliderConverter& getConversion() const { return converter; }
+
+    /// The handle's place as a fraction of the track, 0 at the left end and 1 at the right end.
+    double getPosition() const { return position; }
+
+    /// The track's x range in widget coordinates: a press at `left` sets the left end, at `right` the right end.
+    int getTrackLeft() const;
+    int getTrackRight() const;
+
+    void notify() override;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void initStyleOption(QStyleOptionSlider& option) const;
+    void mouseEvent(QMouseEvent* event);
+    int getHalfHandle() const;
+
+    SharedPtr<Model<double>> model;
+    SliderConverter converter;
+    double position = 0.0;
+    bool pressed = false;
+};
+
+} // namespace Marlix::Widgets

@@ -1,0 +1,564 @@
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
+
+#include <MarlixLibQt/QtUtils.h>
+
+#include <MarlixLib/base/Exception.h>
+
+#include <QApplication>
+#include <QCursor>
+#include <QFocusEvent>
+#include <QFontMetrics>
+#include <QHoverEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QStyleOptionSpinBox>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Marlix::Widgets {
+
+namespace {
+
+constexpr int DEFAULT_DECIMALS = 3;
+constexpr double DEFAULT_STEP = 0.1;
+// Whole numbers up to 2^53 are exact in a double, so they can be written without decimals.
+constexpr double LARGEST_EXACT_INTEGER = 9007199254740992.0;
+
+bool isWholeNumber(double value)
+{
+    return std::abs(value) <= LARGEST_EXACT_INTEGER && value == std::trunc(value);
+}
+
+// Rich text so that the hint keeps its small print; plain lines are escaped, lines that already are markup kept.
+QString toRichToolTip(const QString& text)
+{
+    if (text.isEmpty())
+        return {};
+    QStringList lines = text.split(QLatin1Char('\n'));
+    for (QString& line : lines)
+        if (!line.startsWith(QLatin1Char('<')))
+            line = line.toHtmlEscaped();
+    return QStringLiteral("<qt>") + lines.join(QStringLiteral("<br/>")) + QStringLiteral("</qt>");
+}
+
+// A degree sign sits on the number; every other unit is written after a space.
+QString toSpinBoxSuffix(const String& suffix)
+{
+    if (suffix.empty())
+        return {};
+    const QString text = QString::fromStdString(suffix);
+    return text == QStringLiteral("°") ? text : QLatin1Char(' ') + text;
+}
+
+} // namespace
+
+SpinBox::SpinBox(QWidget* parent)
+    : SpinBox(makeSharedPtr<VariableModel<double>>(0.0), 0.0, parent)
+{
+}
+
+SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* parent)
+    : QDoubleSpinBox(parent)
+    , CommonContextMenuOwner(this)
+    , model(std::move(model))
+{
+    if (!this->model)
+        Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
+
+    // The editor the base class made is configured rather than replaced: a second one would be built, wired up and
+    // thrown away for every field.
+    QLineEdit* edit = lineEdit();
+    edit->setAttribute(Qt::WA_Hover);
+    edit->installEventFilter(this);
+    setAttribute(Qt::WA_Hover);
+    setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    // No wheel focus: a wheel over an unfocused field must scroll the surrounding view, not grab the field.
+    setFocusPolicy(Qt::StrongFocus);
+    // Typed text reaches the model on Enter or focus loss, not per keystroke, so a typed number is one change.
+    setKeyboardTracking(false);
+    setStepType(StepType::Fixed);
+    // Also shows the model's value.
+    applyRange(DEFAULT_STEP, DEFAULT_DECIMALS);
+
+    registerCallback(this->model->addCallback([this](double value) { showModelValue(value); }));
+    connect(this, &QDoubleSpinBox::valueChanged, this, &SpinBox::onValueChanged);
+    connect(this, &QAbstractSpinBox::editingFinished, this, [this] {
+        if (inputAction == InputAction::Keyboard || inputAction == InputAction::Wheel)
+            endValueChange();
+    });
+
+    setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
+    setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
+    setTextFunctions([this] { return convertValueToText(this->model->get()); },
+                     [this](const QString& text) { return pasteValueText(text); });
+    setEditableFunction([this] { return isEnabled() && !isReadOnly(); });
+}
+
+SpinBox::~SpinBox()
+{
+    // A field destroyed in the middle of a gesture still leaves the model's bracket closed.
+    if (inputAction != InputAction::None) {
+        inputAction = InputAction::None;
+        model->commitChange();
+    }
+}
+
+void SpinBox::setRange(double minimum, double maximum, double step, int decimals)
+{
+    if (std::isnan(minimum) || std::isnan(maximum) || minimum > maximum || !(step >= 0.0) || decimals < 0)
+        Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
+    modelMinimum = minimum;
+    modelMaximum = maximum;
+    applyRange(step, decimals);
+}
+
+void SpinBox::applyRange()
+{
+    applyRange(singleStep(), decimals());
+}
+
+void SpinBox::applyRange(double step, int decimalCount)
+{
+    const auto toDisplay = [this](double bound) {
+        return std::abs(bound) >= UNBOUNDED ? bound : conversion.toDisplay(bound);
+    };
+    const double first = toDisplay(modelMinimum);
+    const double second = toDisplay(modelMaximum);
+    const QSignalBlocker blocker(this);
+    {
+        // Each of these re-shows the old value in the new format, and the editor lays out and validates every text it
+        // is given; only the text of the model's value below counts.
+        const QScopedValueRollback deferring(textDeferred, true);
+        // Decimals before the range: they re-round the current bounds, which are cheaper to round than the new ones.
+        if (decimalCount != decimals())
+            setDecimals(decimalCount);
+        setSingleStep(step);
+        QDoubleSpinBox::setRange(std::min(first, second), std::max(first, second));
+    }
+    setValue(conversion.toDisplay(model->get()));
+    updateRangeToolTip();
+}
+
+void SpinBox::setStepType(StepType type)
+{
+    stepType = type;
+    QDoubleSpinBox::setStepType(type == StepType::Adaptive ? QAbstractSpinBox::AdaptiveDecimalStepType
+                                                           : QAbstractSpinBox::DefaultStepType);
+}
+
+void SpinBox::setConversion(ModelValueConverter<double> converter)
+{
+    if (!converter.toDisplay || !converter.fromDisplay)
+        Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
+    conversion = std::move(converter);
+    setSuffix(toSpinBoxSuffix(conversion.suffix));
+    applyRange();
+}
+
+void SpinBox::setDisplaySuffix(const QString& text)
+{
+    setSuffix(text);
+    updateRangeToolTip();
+}
+
+QString SpinBox::convertValueToText(double modelValue) const
+{
+    const double shown = std::clamp(conversion.toDisplay(modelValue), minimum(), maximum());
+    return textFromValue(shown);
+}
+
+void SpinBox::notify()
+{
+    showModelValue(model->get());
+}
+
+void SpinBox::showModelValue(double modelValue)
+{
+    const bool wasBlocked = blockSignals(true);
+    setValue(conversion.toDisplay(modelValue));
+    blockSignals(wasBlocked);
+}
+
+void SpinBox::onValueChanged(double displayValue)
+{
+    // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
+    // changed (Enter on an untouched field) would lose the model's precision.
+    if (textFromValue(displayValue) == convertValueToText(model->get()))
+        return;
+    model->set(conversion.fromDisplay(displayValue));
+}
+
+QSize SpinBox::sizeHint() const
+{
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::sizeHint();
+    ensurePolished();
+    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + suffix());
+}
+
+QSize SpinBox::minimumSizeHint() const
+{
+    if (!hasLimitedSizedBounds())
+        return QDoubleSpinBox::minimumSizeHint();
+    ensurePolished();
+    // The base class leaves the suffix out of the minimum.
+    return sizeForLimitedBounds(lineEdit()->minimumSizeHint().height(), prefix());
+}
+
+bool SpinBox::hasLimitedSizedBounds() const
+{
+    return minimum() < -WIDEST_SIZED_BOUND || maximum() > WIDEST_SIZED_BOUND;
+}
+
+QSize SpinBox::sizeForLimitedBounds(int editHeight, const QString& fixedText) const
+{
+    // Measured as the base class measures its bounds (at most 18 characters of each), so a field has the size that a
+    // plain spin box with the limited range would have. The base class's own hint is not asked for: it would measure
+    // the full bounds, whose texts are longer than the limited ones, only to be thrown away.
+    const double low = std::clamp(minimum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
+    const double high = std::clamp(maximum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
+    const QFontMetrics metrics(fontMetrics());
+    const QString fixedContent = fixedText + QLatin1Char(' ');
+    int width = 0;
+    for (const double bound : { low, high }) {
+        QString text = textFromValue(bound);
+        text.truncate(18);
+        width = std::max(width, metrics.horizontalAdvance(text + fixedContent));
+    }
+    if (!specialValueText().isEmpty())
+        width = std::max(width, metrics.horizontalAdvance(specialValueText()));
+    width += 2; // room for the blinking cursor
+    QStyleOptionSpinBox option;
+    initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, editHeight), this);
+}
+
+QString SpinBox::textFromValue(double value) const
+{
+    if (textDeferred)
+        return shownValueText();
+    QString text = QDoubleSpinBox::textFromValue(value);
+    const QLocale numberLocale = locale();
+    // With equal group and decimal separators the grouped integer part would read as more decimals.
+    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && std::abs(value) >= 1000.0 && decimals() > 0) {
+        const QString separator = numberLocale.decimalPoint();
+        const QString fraction = text.right(decimals());
+        QString whole = text.left(text.size() - decimals() - separator.size());
+        whole.remove(separator);
+        text = whole + separator + fraction;
+    }
+    if (precisionType != PrecisionType::AllDecimals && decimals() >= 1) {
+        while (text.size() >= 4 && text.endsWith(QStringLiteral("00")))
+            text.chop(1);
+    }
+    return text;
+}
+
+double SpinBox::valueFromText(const QString& text) const
+{
+    const QLocale numberLocale = locale();
+    const QString body = stripSuffix(text).trimmed();
+    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && body.startsWith(numberLocale.decimalPoint())
+        && body.size() > 1)
+        return QDoubleSpinBox::valueFromText(QLatin1Char('0') + body);
+    return QDoubleSpinBox::valueFromText(text);
+}
+
+QString SpinBox::shownValueText() const
+{
+    // The base class compares prefix + this + suffix with the editor's text and leaves an equal text alone.
+    const QString shown = lineEdit()->displayText();
+    const qsizetype fixed = prefix().size() + suffix().size();
+    if (shown.size() >= fixed && shown.startsWith(prefix()) && shown.endsWith(suffix()))
+        return shown.mid(prefix().size(), shown.size() - fixed);
+    return shown;
+}
+
+QString SpinBox::stripSuffix(const QString& text) const
+{
+    QString body = text;
+    if (!prefix().isEmpty() && body.startsWith(prefix()))
+        body.remove(0, prefix().size());
+    const QString trimmedSuffix = suffix().trimmed();
+    QString trimmed = body.trimmed();
+    if (!trimmedSuffix.isEmpty() && trimmed.endsWith(trimmedSuffix))
+        trimmed.chop(trimmedSuffix.size());
+    return trimmed;
+}
+
+QValidator::State SpinBox::validate(QString& text, int& position) const
+{
+    const QLocale numberLocale = locale();
+    const QString decimalPoint = numberLocale.decimalPoint();
+    const QString body = stripSuffix(text).trimmed();
+    // A separator that is not this locale's decimal point would be read as grouping and silently change the value.
+    for (const QChar separator : { QLatin1Char('.'), QLatin1Char(',') })
+        if (body.contains(separator) && decimalPoint != QString(separator))
+            return QValidator::Intermediate;
+    bool parsed = false;
+    double number = numberLocale.toDouble(body, &parsed);
+    if (!parsed)
+        number = QLocale::c().toDouble(body, &parsed);
+    if (parsed && (number < minimum() || number > maximum()))
+        return QValidator::Intermediate;
+    if (numberLocale.groupSeparator() == decimalPoint && body.startsWith(decimalPoint)) {
+        QString withZero = QLatin1Char('0') + body;
+        int zeroPosition = position + 1;
+        return QDoubleSpinBox::validate(withZero, zeroPosition);
+    }
+    return QDoubleSpinBox::validate(text, position);
+}
+
+void SpinBox::stepBy(int steps)
+{
+    if (stepType == StepType::Proportional) {
+        setValue(value() + steps * getProportionalStep(value()));
+        return;
+    }
+    QDoubleSpinBox::stepBy(steps);
+}
+
+void SpinBox::beginValueChange(InputAction action)
+{
+    if (inputAction != InputAction::None)
+        model->commitChange();
+    inputAction = action;
+    model->beginChange();
+}
+
+void SpinBox::endValueChange()
+{
+    if (inputAction == InputAction::None)
+        return;
+    inputAction = InputAction::None;
+    model->commitChange();
+}
+
+void SpinBox::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton) {
+        beginValueChange(InputAction::MouseDrag);
+        dragLastY = static_cast<int>(std::lround(event->globalPosition().y()));
+        valueAtPress = value();
+        dragStepValid = false;
+        dragging = false;
+    }
+    // A press on an arrow still steps once.
+    QDoubleSpinBox::mousePressEvent(event);
+}
+
+void SpinBox::mouseMoveEvent(QMouseEvent* event)
+{
+    QDoubleSpinBox::mouseMoveEvent(event);
+    if (!(event->buttons() & Qt::LeftButton) || inputAction != InputAction::MouseDrag)
+        return;
+
+    const QPoint global(static_cast<int>(std::lround(event->globalPosition().x())),
+                        static_cast<int>(std::lround(event->globalPosition().y())));
+    const int delta = dragLastY - global.y();
+    if (!dragging) {
+        dragging = true;
+        setCursor(Qt::SizeVerCursor);
+        // The arrow's auto-repeat would keep stepping under a dragging cursor; the release resets it and nothing else.
+        QMouseEvent release(QEvent::MouseButtonRelease, event->position(), event->globalPosition(), Qt::LeftButton,
+                            Qt::NoButton, event->modifiers());
+        QDoubleSpinBox::mouseReleaseEvent(&release);
+    }
+
+    double step = stepType == StepType::Proportional ? getProportionalStep(value()) : singleStep();
+    if (stepType == StepType::Adaptive && delta != 0) {
+        if (!dragStepValid) {
+            dragStep = getAdaptiveDragStep(value(), delta);
+            dragStepValid = true;
+        }
+        step = dragStep;
+    }
+    step *= getSpeedFactor(event->modifiers(), scrollSpeedAdjustmentType);
+    if (delta != 0)
+        setValue(value() + delta * step);
+
+    QScreen* screen = QGuiApplication::screenAt(global);
+    if (!screen)
+        screen = screenOf(this);
+    const std::optional<int> wrapped = screen ? getWrappedCursorY(global.y(), dragLastY, screen->geometry())
+                                              : std::nullopt;
+    if (wrapped) {
+        QCursor::setPos(screen, global.x(), *wrapped);
+        dragLastY = *wrapped;
+    } else {
+        dragLastY = global.y();
+    }
+    event->accept();
+}
+
+void SpinBox::mouseReleaseEvent(QMouseEvent* event)
+{
+    QDoubleSpinBox::mouseReleaseEvent(event);
+    if (event->button() != Qt::LeftButton)
+        return;
+    dragStepValid = false;
+    if (dragging)
+        unsetCursor();
+    dragging = false;
+    endValueChange();
+}
+
+void SpinBox::wheelEvent(QWheelEvent* event)
+{
+    if (!lineEdit()->hasFocus()) {
+        // Not ours: the surrounding view scrolls.
+        event->ignore();
+        return;
+    }
+    switch (event->phase()) {
+    case Qt::ScrollEnd:
+        endValueChange();
+        break;
+    case Qt::ScrollBegin:
+        beginValueChange(InputAction::Wheel);
+        break;
+    default:
+        if (inputAction != InputAction::Wheel)
+            beginValueChange(InputAction::Wheel);
+        break;
+    }
+    QDoubleSpinBox::wheelEvent(event);
+}
+
+void SpinBox::keyPressEvent(QKeyEvent* event)
+{
+    const bool arrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (arrow && !event->isAutoRepeat())
+        beginValueChange(InputAction::Keyboard);
+    QDoubleSpinBox::keyPressEvent(event);
+}
+
+void SpinBox::keyReleaseEvent(QKeyEvent* event)
+{
+    QDoubleSpinBox::keyReleaseEvent(event);
+    const bool arrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (arrow && !event->isAutoRepeat())
+        endValueChange();
+}
+
+void SpinBox::focusInEvent(QFocusEvent* event)
+{
+    QDoubleSpinBox::focusInEvent(event);
+    Q_EMIT focusChanged(true);
+}
+
+void SpinBox::focusOutEvent(QFocusEvent* event)
+{
+    endValueChange();
+    QDoubleSpinBox::focusOutEvent(event);
+    Q_EMIT focusChanged(false);
+}
+
+bool SpinBox::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::HoverEnter:
+    case QEvent::HoverMove:
+    case QEvent::HoverLeave:
+        updateDraggingHint(static_cast<QHoverEvent*>(event)->position().toPoint());
+        break;
+    default:
+        break;
+    }
+    return QDoubleSpinBox::event(event);
+}
+
+bool SpinBox::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == lineEdit()) {
+        switch (event->type()) {
+        case QEvent::HoverEnter:
+        case QEvent::HoverMove:
+        case QEvent::HoverLeave:
+            updateDraggingHint(lineEdit()->mapTo(this, static_cast<QHoverEvent*>(event)->position().toPoint()));
+            break;
+        default:
+            break;
+        }
+    }
+    return QDoubleSpinBox::eventFilter(watched, event);
+}
+
+void SpinBox::updateDraggingHint(const QPoint& position)
+{
+    QStyleOptionSpinBox option;
+    initStyleOption(&option);
+    option.subControls = QStyle::SC_SpinBoxFrame | QStyle::SC_SpinBoxEditField | QStyle::SC_SpinBoxUp
+        | QStyle::SC_SpinBoxDown;
+    option.stepEnabled = QAbstractSpinBox::StepUpEnabled | QAbstractSpinBox::StepDownEnabled;
+    bool hint = false;
+    if (style()->styleHint(SH_DRAGGING_HINT, &option, this) != 0 && rect().contains(position)) {
+        const QStyle::SubControl control = style()->hitTestComplexControl(QStyle::CC_SpinBox, &option, position, this);
+        hint = control == QStyle::SC_SpinBoxUp || control == QStyle::SC_SpinBoxDown;
+    }
+    if (hint == showDraggingHint)
+        return;
+    showDraggingHint = hint;
+    updateToolTip();
+}
+
+void SpinBox::updateRangeToolTip()
+{
+    QLocale numberLocale = QLocale::system();
+    if (!isGroupSeparatorShown())
+        numberLocale.setNumberOptions(numberLocale.numberOptions() | QLocale::OmitGroupSeparator);
+    const double low = minimum();
+    const double high = maximum();
+    const bool whole = isWholeNumber(low) && isWholeNumber(high) && isWholeNumber(singleStep());
+    const auto write = [&](double number) {
+        return numberLocale.toString(number, 'f', whole ? 0 : decimals()) + suffix();
+    };
+    const bool lowBounded = low > -UNBOUNDED;
+    const bool highBounded = high < UNBOUNDED;
+    if (lowBounded && highBounded)
+        baseToolTip = QStringLiteral("Value range: ") + write(low) + QChar(0x2026) + write(high);
+    else if (lowBounded)
+        baseToolTip = QStringLiteral("Minimum value: ") + write(low);
+    else if (highBounded)
+        baseToolTip = QStringLiteral("Maximum value: ") + write(high);
+    else
+        baseToolTip.clear();
+    updateToolTip();
+}
+
+void SpinBox::updateToolTip()
+{
+    QString text = baseToolTip;
+    if (showDraggingHint) {
+        if (!text.isEmpty())
+            text += QLatin1Char('\n');
+        text += QLatin1String(DRAGGING_HINT_TEXT);
+    }
+    setToolTip(toRichToolTip(text));
+}
+
+std::optional<double> SpinBox::parseValueText(const QString& text) const
+{
+    QString candidate = text.trimmed();
+    int position = 0;
+    if (candidate.isEmpty() || validate(candidate, position) != QValidator::Acceptable)
+        return std::nullopt;
+    return conversion.fromDisplay(valueFromText(candidate));
+}
+
+bool SpinBox::pasteValueText(const QString& text)
+{
+    const std::optional<double> parsed = parseValueText(text);
+    if (!parsed)
+        return false;
+    model->set(*parsed);
+    return true;
+}
+
+} // namespace Marlix::Widgets

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/properties/IPropertyController.h>
+
+#include <QObject>
+#include <QStyle>
+
+class QWidget;
+
+namespace Marlix::Widgets {
+
+class IPropertySheetHost;
+class PropertySheet;
+
+/// Keeps the controller state of one property, re-read on the GUI thread whenever the controller reports a change.
+class MARLIXLIBQT_EXPORT PropertyControllerObserver
+{
+public:
+    using State = IPropertyController::State;
+    using VariantInfo = IPropertyController::VariantInfo;
+
+    PropertyControllerObserver(IPropertyController& controller, GenericPropertyAccessor propertyAccessor);
+    virtual ~PropertyControllerObserver();
+    PropertyControllerObserver(const PropertyControllerObserver&) = delete;
+    PropertyControllerObserver& operator=(const PropertyControllerObserver&) = delete;
+
+    IPropertyController& controller() const { return observedController; }
+    Flags<State> controllerState() const { return state; }
+    const Optional<VariantInfo>& activeVariant() const { return variant; }
+    const GenericPropertyAccessor& propertyAccessor() const { return accessor; }
+
+protected:
+    /// The state was read again.
+    virtual void update() = 0;
+    /// Subscribes at the controller; every report, from whatever thread, becomes one synchronize() queued to
+    /// `context`, and a first one is queued now so the state is read once construction has finished.
+    void setupObserver(QObject* context);
+    void synchronize();
+
+private:
+    IPropertyController& observedController;
+    Flags<State> state;
+    Optional<VariantInfo> variant;
+    GenericPropertyAccessor accessor;
+    CallbackLifetime subscription;
+};
+
+/// Publishes the controller state of a widget's property to the style as "Zorva.PropertyControllerState", on the
+/// widget and all its descendants. Owned by the widget.
+class MARLIXLIBQT_EXPORT PropertyControllerHandler : public QObject, public PropertyControllerObserver
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char* STATE_PROPERTY = "Zorva.PropertyControllerState";
+    /// Styles that draw controller states answer this hint with a non-zero value.
+    static constexpr auto SH_INSTALL_HANDLER = static_cast<QStyle::StyleHint>(QStyle::SH_CustomBase + 3);
+
+    /// Installs a handler on `widget` for `property`, with the controller of `host`, when the widget's style asks
+    /// for one; returns it (a child of `widget`), or null when the style does not draw controller states.
+    static PropertyControllerHandler* installOnWidget(
+        QWidget* widget, IPropertySheetHost& host, const GenericPropertyAccessor& property);
+    /// The same with the host of `sheet`; null without a sheet, since an editor outside a sheet has no controller.
+    static PropertyControllerHandler* installOnWidget(
+        QWidget* widget, PropertySheet* sheet, const GenericPropertyAccessor& property);
+
+    /// Registers Flags<State> with Qt's meta types, with a conversion to unsigned int for the style. Idempotent.
+    static void registerMetaType();
+
+protected:
+    void update() override;
+
+private:
+    PropertyControllerHandler(IPropertyController& controller, GenericPropertyAccessor property, QWidget* parent);
+};
+
+} // namespace Marlix::Widgets

@@ -1,0 +1,448 @@
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLib/data/GroupLayout.h>
+#include <MarlixLib/data/TypeDatabase.h>
+#include <MarlixLib/undo/UndoManager.h>
+#include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/widgets/frame/Collapsible.h>
+#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
+#include <MarlixLibQt/widgets/properties/PropertySheet.h>
+#include <MarlixLibQt/widgets/properties/PropertySheetItem.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/properties/UiConditions.h>
+#include <MarlixTestScene/TestScene.h>
+
+#include <QComboBox>
+#include <QLabel>
+#include <QProxyStyle>
+#include <QTest>
+#include <QLayout>
+#include <QToolButton>
+
+#include <functional>
+
+using namespace Marlix;
+using namespace Marlix::Widgets;
+using namespace Marlix::TestScene;
+
+namespace {
+
+/// Answers the sheet's label-column hint and row-height metric with fixed values.
+class SheetStyle : public QProxyStyle
+{
+public:
+    SheetStyle(int unify, int rowHeight)
+        : QProxyStyle(QStringLiteral("fusion"))
+        , unify(unify)
+        , rowHeight(rowHeight)
+    {
+    }
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+        QStyleHintReturn* returnData) const override
+    {
+        return hint == PropertySheet::SH_UNIFY_LABEL_COLUMN_WIDTH ? unify
+                                                                  : QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
+    {
+        return metric == PropertySheet::PM_ROW_HEIGHT ? rowHeight : QProxyStyle::pixelMetric(metric, option, widget);
+    }
+
+private:
+    int unify;
+    int rowHeight;
+};
+
+SpinBox* numberField(const PropertySheet& sheet, StringView path)
+{
+    const PropertySheetItem* row = sheet.findItem(path);
+    if (!row)
+        return nullptr;
+    if (auto* field = qobject_cast<SpinBox*>(row->editor()))
+        return field;
+    return row->editor()->findChild<SpinBox*>();
+}
+
+/// A press on the field's text, `pixels` one-pixel moves up, a release; `afterMove` runs after every move.
+void dragUp(SpinBox* field, int pixels, const std::function<void()>& afterMove = {})
+{
+    const QPoint press(field->width() / 4, field->height() / 2);
+    QTest::mousePress(field, Qt::LeftButton, {}, press);
+    for (int i = 1; i <= pixels; ++i) {
+        QTest::mouseEvent(QTest::MouseMove, field, Qt::NoButton, {}, press - QPoint(0, i));
+        if (afterMove)
+            afterMove();
+    }
+    QTest::mouseRelease(field, Qt::LeftButton, {}, press - QPoint(0, pixels));
+}
+
+// A lamp whose light group has one row, shown while the lamp is on; the condition counts its evaluations.
+int lightConditionRuns = 0;
+
+bool isOn(const GenericDataObject& lamp)
+{
+    ++lightConditionRuns;
+    return lamp.getPropertyValue<bool>("on");
+}
+
+const EntityClassInfo& lampClass()
+{
+    static const EntityClassInfo info = [] {
+        auto& types = TypeDatabase::instance();
+        const auto switchGroup = makeSharedPtr<const GroupLayout>("Switch",
+            Array<PropertyDefinition> { PropertyDefinition::make("on", types.lookupNativeTypeDefinition<bool>(), false),
+                PropertyDefinition::make("label", types.lookupNativeTypeDefinition<String>(), String()) });
+        const auto lightGroup = makeSharedPtr<const GroupLayout>("Light",
+            Array<PropertyDefinition> { PropertyDefinition::make("intensity", types.lookupNativeTypeDefinition<double>(),
+                1.0, UserData().set(String(UiVisibleIf::ATTRIBUTE), UiVisibleIf { &isOn })) });
+        return EntityClassInfo("TestLamp", EntityClassInfo::entityClass(), { switchGroup, lightGroup },
+            [](const EntityClassInfo& of) { return makeSharedPtr<Entity>(of); });
+    }();
+    return info;
+}
+
+bool showSheet(PropertySheet& sheet, QPoint position = QPoint(200, 100))
+{
+    // Away from the screen's edges, so that a drag does not wrap the cursor.
+    sheet.resize(420, 640);
+    sheet.move(position);
+    sheet.show();
+    sheet.activateWindow();
+    return QTest::qWaitForWindowActive(&sheet);
+}
+
+} // namespace
+
+class TestPropertySheet : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { LibQt::startup("tst_PropertySheet"); }
+    void cleanupTestCase() { LibQt::shutdown(); }
+    void init();
+
+    void dragIsOneUndoStepAndASecondSheetFollows();
+    void multiSelectionEditsEveryObjectInOneStep();
+    void onlyCommonGroupsAreShown();
+    void emptyHolderIsRefusedAndChangesNothing();
+    void mixedValuesShownAndCleared_data();
+    void mixedValuesShownAndCleared();
+    void resetWritesDefaultInOneStep_data();
+    void resetWritesDefaultInOneStep();
+    void collapsedStateSurvivesRebuildAndIsShared();
+    void conditionsFollowTheShading_data();
+    void conditionsFollowTheShading();
+    void sectionWithoutShownRowHides();
+    void labelColumnAndRowHeightFollowStyle_data();
+    void labelColumnAndRowHeightFollowStyle();
+
+private:
+    SharedPtr<EntityGraphTracker> scene;
+    SharedPtr<UndoManager> undo;
+    SharedPtr<DefaultPropertySheetHost> host;
+    EntityHolder<Entity> wood, steel, glass, table;
+};
+
+void TestPropertySheet::init()
+{
+    scene = makeSharedPtr<EntityGraphTracker>();
+    populate(*scene);
+    undo = makeSharedPtr<UndoManager>();
+    host = makeSharedPtr<DefaultPropertySheetHost>(scene, nullptr, undo);
+    const auto materials = scene->getEntitiesOfClass(materialClass());
+    wood = materials.at(0);
+    steel = materials.at(1);
+    glass = materials.at(2);
+    table = scene->getEntitiesOfClass(meshClass()).at(0);
+}
+
+void TestPropertySheet::dragIsOneUndoStepAndASecondSheetFollows()
+{
+    PropertySheet sheet(host);
+    PropertySheet mirror(host);
+    sheet.setObjects({ wood });
+    mirror.setObjects({ wood });
+    QVERIFY(showSheet(sheet));
+    SpinBox* field = numberField(sheet, "roughness");
+    SpinBox* mirrored = numberField(mirror, "roughness");
+    QVERIFY(field && mirrored);
+    const double before = wood->getPropertyValue<double>("roughness");
+
+    int moves = 0;
+    dragUp(field, 12, [&] {
+        ++moves;
+        QCOMPARE(mirrored->value(), wood->getPropertyValue<double>("roughness"));
+    });
+    QCOMPARE(moves, 12);
+    QVERIFY(wood->getPropertyValue<double>("roughness") != before);
+    QCOMPARE(undo->getUndoCount(), 1u);
+    undo->undo();
+    QCOMPARE(wood->getPropertyValue<double>("roughness"), before);
+    QCOMPARE(field->value(), before);
+    QCOMPARE(mirrored->value(), before);
+}
+
+void TestPropertySheet::multiSelectionEditsEveryObjectInOneStep()
+{
+    PropertySheet sheet(host);
+    sheet.setObjects({ wood, steel });
+    QVERIFY(showSheet(sheet));
+    PropertySheetItem* row = sheet.findItem("roughness");
+    QVERIFY(row && row->hasMixedValues());
+    const double woodBefore = wood->getPropertyValue<double>("roughness");
+    const double steelBefore = steel->getPropertyValue<double>("roughness");
+
+    dragUp(numberField(sheet, "roughness"), 8);
+    const double after = wood->getPropertyValue<double>("roughness");
+    QVERIFY(after != woodBefore);
+    QCOMPARE(steel->getPropertyValue<double>("roughness"), after);
+    QVERIFY(!row->hasMixedValues());
+    QCOMPARE(undo->getUndoCount(), 1u);
+
+    undo->undo();
+    QCOMPARE(wood->getPropertyValue<double>("roughness"), woodBefore);
+    QCOMPARE(steel->getPropertyValue<double>("roughness"), steelBefore);
+    QVERIFY(row->hasMixedValues());
+}
+
+void TestPropertySheet::onlyCommonGroupsAreShown()
+{
+    PropertySheet sheet(host);
+    sheet.setObjects({ wood, table });
+    QCOMPARE(sheet.sections().size(), 1);
+    QVERIFY(sheet.findSection("SceneObject"));
+    QVERIFY(!sheet.findItem("roughness"));
+    QVERIFY(!sheet.findItem("vertexCount"));
+    QVERIFY(sheet.findItem("name")->hasMixedValues());
+
+    sheet.setObjects({});
+    QVERIFY(sheet.sections().isEmpty());
+    QVERIFY(sheet.items().empty());
+}
+
+void TestPropertySheet::emptyHolderIsRefusedAndChangesNothing()
+{
+    PropertySheet sheet(host);
+    sheet.setObjects({ wood });
+    PropertySheetItem* row = sheet.findItem("roughness");
+    QVERIFY_THROWS_EXCEPTION(Exception, sheet.setObjects({ steel, nullptr }));
+    QVERIFY(sheet.getObjects() == Array<EntityHolder<Entity>> { wood });
+    QCOMPARE(sheet.findItem("roughness"), row);
+}
+
+void TestPropertySheet::mixedValuesShownAndCleared_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("mixed");
+    QTest::newRow("double") << QStringLiteral("roughness") << true;
+    QTest::newRow("enumeration") << QStringLiteral("shading") << true;
+    QTest::newRow("colour") << QStringLiteral("color") << true;
+    QTest::newRow("text") << QStringLiteral("name") << true;
+    QTest::newRow("equal booleans") << QStringLiteral("doubleSided") << false;
+}
+
+void TestPropertySheet::mixedValuesShownAndCleared()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, mixed);
+    PropertySheet sheet(host);
+    sheet.setObjects({ wood, steel });
+    const String name = path.toStdString();
+    PropertySheetItem* row = sheet.findItem(name);
+    QVERIFY(row);
+    const auto shows = [row](bool expected) {
+        QCOMPARE(row->hasMixedValues(), expected);
+        QCOMPARE(row->label()->font().italic(), expected);
+        QCOMPARE(row->label()->toolTip().contains(QStringLiteral("<different values>")), expected);
+        QCOMPARE(row->editor()->property(PropertySheetItem::MIXED_VALUES_PROPERTY).toBool(), expected);
+        // A drop-down shows no entry, and says why, only while the values disagree.
+        if (const auto* dropDown = qobject_cast<const QComboBox*>(row->editor())) {
+            QCOMPARE(dropDown->currentIndex() < 0, expected);
+            QCOMPARE(dropDown->placeholderText(), QStringLiteral("<different values>"));
+        }
+    };
+    shows(mixed);
+
+    // Steel takes Wood's value in one undoable write: the row agrees; undo makes it disagree again.
+    const Value woodValue = wood->getProperty(name).getValue();
+    {
+        ActionHolder action = undo->createAction("copy");
+        GenericPropertyAccessor(steel, name).setValue(woodValue);
+        action.commit();
+    }
+    shows(false);
+    if (undo->canUndo())
+        undo->undo();
+    shows(mixed);
+}
+
+void TestPropertySheet::resetWritesDefaultInOneStep_data()
+{
+    QTest::addColumn<bool>("both");
+    QTest::newRow("one material") << false;
+    QTest::newRow("two materials") << true;
+}
+
+void TestPropertySheet::resetWritesDefaultInOneStep()
+{
+    QFETCH(bool, both);
+    PropertySheet sheet(host);
+    sheet.setObjects(both ? Array<EntityHolder<Entity>> { wood, steel } : Array<EntityHolder<Entity>> { wood });
+    QVERIFY(showSheet(sheet));
+    const double woodBefore = wood->getPropertyValue<double>("roughness");
+    const double steelBefore = steel->getPropertyValue<double>("roughness");
+    const double fallback = *materialClass().getLayouts().front()->findProperty("roughness")->getDefaultValue().get<double>();
+    QVERIFY(woodBefore != fallback);
+
+    PropertySheetItem* visible = sheet.findItem("visible");
+    QVERIFY(!visible->canReset());
+    QVERIFY(!visible->resetButton() || !visible->resetButton()->isVisible());
+
+    PropertySheetItem* row = sheet.findItem("roughness");
+    QVERIFY(row->canReset());
+    QVERIFY(row->resetButton() && row->resetButton()->isVisible());
+    QTest::mouseClick(row->resetButton(), Qt::LeftButton);
+    QCOMPARE(wood->getPropertyValue<double>("roughness"), fallback);
+    QCOMPARE(steel->getPropertyValue<double>("roughness"), both ? fallback : steelBefore);
+    QCOMPARE(undo->getUndoCount(), 1u);
+    QCOMPARE(QString::fromStdString(undo->getUndoLabel()), QStringLiteral("Reset of Roughness"));
+    QVERIFY(!row->canReset());
+    QVERIFY(!row->resetButton()->isVisible());
+
+    undo->undo();
+    QCOMPARE(wood->getPropertyValue<double>("roughness"), woodBefore);
+    QCOMPARE(steel->getPropertyValue<double>("roughness"), steelBefore);
+    QVERIFY(row->resetButton()->isVisible());
+}
+
+void TestPropertySheet::collapsedStateSurvivesRebuildAndIsShared()
+{
+    PropertySheet first(host);
+    first.setObjects({ wood });
+    QVERIFY(showSheet(first));
+    Collapsible* material = first.findSection("Material");
+    const QPoint arrow = material->arrowRectangle().center();
+    QTest::mouseClick(material, Qt::LeftButton, {}, arrow);
+    QVERIFY(material->isCollapsed());
+    QVERIFY(!first.findItem("roughness")->isVisible());
+    QVERIFY(first.findItem("name")->isVisible());
+
+    first.setObjects({ steel });
+    QVERIFY(first.findSection("Material")->isCollapsed());
+    QVERIFY(!first.findSection("SceneObject")->isCollapsed());
+
+    PropertySheet second(host);
+    second.setObjects({ glass });
+    QVERIFY(second.findSection("Material")->isCollapsed());
+    second.findSection("Material")->expand();
+    QVERIFY(!first.findSection("Material")->isCollapsed());
+    QTRY_VERIFY(first.findItem("roughness")->isVisible());
+}
+
+void TestPropertySheet::conditionsFollowTheShading_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("visibility"); // else the enabled state
+    QTest::addColumn<bool>("withSteel");
+    QTest::addColumn<int>("woodShading");
+    QTest::addColumn<bool>("before");
+    QTest::addColumn<bool>("after");
+    const int glossy = int(ShadingModel::Glossy);
+    const int glass = int(ShadingModel::Glass);
+    QTest::newRow("anisotropy shown once wood is glossy") << QStringLiteral("anisotropyRotation") << true << false
+                                                          << glossy << false << true;
+    QTest::newRow("anisotropy shown when steel and wood are specular") << QStringLiteral("anisotropyRotation") << true
+                                                                       << true << glossy << false << true;
+    QTest::newRow("anisotropy stays hidden while one is not specular") << QStringLiteral("anisotropyRotation") << true
+                                                                       << true << glass << false << false;
+    QTest::newRow("opacity enabled for glass") << QStringLiteral("opacity") << false << false << glass << false << true;
+    QTest::newRow("opacity enabled only when both are glass") << QStringLiteral("opacity") << false << true << glass
+                                                              << false << false;
+}
+
+void TestPropertySheet::conditionsFollowTheShading()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, visibility);
+    QFETCH(bool, withSteel);
+    QFETCH(int, woodShading);
+    QFETCH(bool, before);
+    QFETCH(bool, after);
+    PropertySheet sheet(host);
+    sheet.setObjects(withSteel ? Array<EntityHolder<Entity>> { wood, steel } : Array<EntityHolder<Entity>> { wood });
+    QVERIFY(showSheet(sheet));
+    PropertySheetItem* row = sheet.findItem(path.toStdString());
+    QVERIFY(row);
+    const auto state = [&] { return visibility ? row->isVisible() : row->isEnabled(); };
+    QCOMPARE(state(), before);
+
+    {
+        ActionHolder action = undo->createAction("shading");
+        wood->setPropertyValue("shading", ShadingModel(woodShading));
+        action.commit();
+    }
+    QCOMPARE(state(), after);
+    if (visibility && after) {
+        // Back in its place: after the row before it in the group.
+        QLayout* rows = row->getSection()->layout();
+        QCOMPARE(rows->indexOf(row), rows->indexOf(sheet.findItem("thickness")) + 1);
+    }
+    undo->undo();
+    QCOMPARE(state(), before);
+}
+
+void TestPropertySheet::sectionWithoutShownRowHides()
+{
+    PropertySheet sheet(host);
+    const EntityHolder<Entity> lamp = lampClass().create();
+    sheet.setObjects({ lamp });
+    QVERIFY(showSheet(sheet));
+    Collapsible* light = sheet.findSection("Light");
+    QVERIFY(!light->isVisible());
+
+    // Only a change of what the condition read evaluates it again.
+    const int runs = lightConditionRuns;
+    lamp->setPropertyValue("label", String("Desk"));
+    QCOMPARE(lightConditionRuns, runs);
+    lamp->setPropertyValue("on", true);
+    QCOMPARE(lightConditionRuns, runs + 1);
+    QVERIFY(light->isVisible());
+    QVERIFY(sheet.findItem("intensity")->isVisible());
+    lamp->setPropertyValue("on", false);
+    QVERIFY(!light->isVisible());
+}
+
+void TestPropertySheet::labelColumnAndRowHeightFollowStyle_data()
+{
+    QTest::addColumn<int>("unify");
+    QTest::addColumn<int>("rowHeight");
+    QTest::newRow("one column for all sections") << 1 << 31;
+    QTest::newRow("a column per section") << 0 << 27;
+}
+
+void TestPropertySheet::labelColumnAndRowHeightFollowStyle()
+{
+    QFETCH(int, unify);
+    QFETCH(int, rowHeight);
+    SheetStyle style(unify, rowHeight);
+    PropertySheet sheet(host);
+    sheet.setStyle(&style);
+    sheet.setObjects({ wood });
+    QVERIFY(showSheet(sheet));
+
+    // "Anisotropy rotation" of the material group is wider than any label of the scene-object group.
+    const int sceneObjectColumn = sheet.findItem("name")->labelWidth();
+    const int materialColumn = sheet.findItem("anisotropyRotation")->labelWidth();
+    QCOMPARE(sheet.findItem("visible")->labelWidth(), sceneObjectColumn);
+    QCOMPARE(sheet.findItem("roughness")->labelWidth(), materialColumn);
+    QCOMPARE(materialColumn, sheet.findItem("anisotropyRotation")->labelWidthHint());
+    QCOMPARE(sceneObjectColumn == materialColumn, bool(unify));
+
+    QCOMPARE(sheet.findItem("roughness")->height(), rowHeight);
+    QCOMPARE(sheet.findItem("visible")->height(), rowHeight);
+    QCOMPARE(sheet.findItem("roughness")->label()->x(), 0);
+    QVERIFY(sheet.findItem("roughness")->editor()->x() > materialColumn);
+}
+
+QTEST_MAIN(TestPropertySheet)
+#include "tst_PropertySheet.moc"

@@ -1,0 +1,596 @@
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLib/data/GroupLayout.h>
+#include <MarlixLib/undo/UndoManager.h>
+#include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/widgets/editors/ComboBox.h>
+#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
+#include <MarlixLibQt/widgets/entities/EntityWidget.h>
+#include <MarlixLibQt/widgets/editors/LineEdit.h>
+#include <MarlixLibQt/widgets/editors/Number.h>
+#include <MarlixLibQt/widgets/editors/Path.h>
+#include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/editors/Slider.h>
+#include <MarlixTestScene/TestScene.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTest>
+#include <QTimer>
+
+using namespace Marlix;
+using namespace Marlix::Widgets;
+using namespace Marlix::TestScene;
+
+namespace {
+
+using Constructor = PropertyWidgetConstructor::Constructor;
+
+EntityHolder<Entity> entityNamed(const EntityGraphTracker& scene, StringView name)
+{
+    for (const auto& entity : scene.getEntities())
+        if (entity->getPropertyValue<String>("name") == name)
+            return entity;
+    return nullptr;
+}
+
+/// A class with one property of `type`, made for one test so that what it registers on the type stays there.
+EntityHolder<Entity> makeObjectWith(
+    SharedPtr<const TypeDefinition> type, Value defaultValue, UserData options = {}, Flags<PropertyFlag> flags = {})
+{
+    const EntityClassInfo info("TestObject", EntityClassInfo::entityClass(),
+        { makeSharedPtr<const GroupLayout>("TestObject",
+            Array<PropertyDefinition> {
+                PropertyDefinition("value", std::move(type), std::move(defaultValue), std::move(options), flags) }) },
+        [](const EntityClassInfo& entityClass) { return makeSharedPtr<Entity>(entityClass); });
+    return info.create();
+}
+
+SharedPtr<TypeDefinition> makeChoiceType()
+{
+    return TypeDefinition::makeEnumeration<std::int16_t>("TestChoice", { { 0, "Off" }, { 1, "On" }, { 5, "Auto" } });
+}
+
+QString className(const QWidget* widget)
+{
+    return QString::fromLatin1(widget->metaObject()->className());
+}
+
+} // namespace
+
+class tst_PropertyWidgetConstructor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void constructorLookup_data();
+    void constructorLookup();
+    void defaultRegistrationKeepsEarlierConstructors();
+    void unsupportedLabelElides();
+    void editorClassPerType_data();
+    void editorClassPerType();
+    void typedNumberIsOneNamedUndoStep_data();
+    void typedNumberIsOneNamedUndoStep();
+    void quantityFollowsDisplayUnits();
+    void enumerationComboBoxWritesEnum();
+    void enumerationAlternatives_data();
+    void enumerationAlternatives();
+    void textFormRefusesBadTextAndSaysWhy();
+    void readOnlyPropertyRefusesEdits_data();
+    void readOnlyPropertyRefusesEdits();
+    void mixedValues();
+    void entityWidgetPicksAcceptedEntityAndNone();
+    void entityWidgetLeavesOutFilteredEntitiesAndCycles();
+
+private:
+    QWidget* make(const EntityHolder<Entity>& object, const String& path);
+    QWidget* make(const GenericPropertyAccessor& property);
+    static bool showActive(QWidget* widget);
+
+    SharedPtr<EntityGraphTracker> scene;
+    SharedPtr<UndoManager> undo;
+    SharedPtr<DefaultPropertySheetHost> host;
+    std::vector<std::unique_ptr<QWidget>> editors;
+};
+
+void tst_PropertyWidgetConstructor::initTestCase()
+{
+    QLocale::setDefault(QLocale::c());
+    registerTypes();
+}
+
+void tst_PropertyWidgetConstructor::init()
+{
+    editors.clear();
+    scene = makeSharedPtr<EntityGraphTracker>();
+    populate(*scene);
+    undo = makeSharedPtr<UndoManager>();
+    host = makeSharedPtr<DefaultPropertySheetHost>(scene, nullptr, undo);
+}
+
+QWidget* tst_PropertyWidgetConstructor::make(const EntityHolder<Entity>& object, const String& path)
+{
+    return make(GenericPropertyAccessor(object, path));
+}
+
+QWidget* tst_PropertyWidgetConstructor::make(const GenericPropertyAccessor& property)
+{
+    editors.emplace_back(PropertyWidgetConstructor::make(property, { nullptr, host, {} }));
+    return editors.back().get();
+}
+
+bool tst_PropertyWidgetConstructor::showActive(QWidget* widget)
+{
+    widget->move(200, 200);
+    widget->show();
+    widget->activateWindow();
+    return QTest::qWaitForWindowActive(widget);
+}
+
+void tst_PropertyWidgetConstructor::constructorLookup_data()
+{
+    // Each entry: a constructor tagged n is registered for n > 0; 0 stores a value of another type under the key.
+    QTest::addColumn<QList<int>>("entries");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("none: the enumeration's drop-down") << QList<int> {} << QStringLiteral("Marlix::Widgets::ComboBox");
+    QTest::newRow("registered wins over the enumeration") << QList<int> { 1 } << QStringLiteral("custom 1");
+    QTest::newRow("wrong-typed entry is ignored") << QList<int> { 0 } << QStringLiteral("Marlix::Widgets::ComboBox");
+    QTest::newRow("re-registering replaces") << QList<int> { 1, 2 } << QStringLiteral("custom 2");
+    QTest::newRow("wrong type stored over a constructor")
+        << QList<int> { 1, 0 } << QStringLiteral("Marlix::Widgets::ComboBox");
+}
+
+void tst_PropertyWidgetConstructor::constructorLookup()
+{
+    QFETCH(QList<int>, entries);
+    QFETCH(QString, expected);
+    const SharedPtr<TypeDefinition> type = makeChoiceType();
+    for (const int tag : entries) {
+        if (tag == 0) {
+            type->getMutableUserData().set(String(PropertyWidgetConstructor::CONSTRUCTOR_ATTRIBUTE), String("label"));
+            continue;
+        }
+        PropertyWidgetConstructor::registerConstructor(
+            type, [tag](const GenericPropertyAccessor&, const auto& arguments) {
+                return static_cast<QWidget*>(new QLabel(QStringLiteral("custom %1").arg(tag), arguments.parent));
+            });
+    }
+    const GenericPropertyAccessor property(makeObjectWith(type, Value::make(type, std::int16_t(1))), "value");
+    QWidget* editor = make(property);
+    const auto* label = qobject_cast<QLabel*>(editor);
+    QCOMPARE(label ? label->text() : className(editor), expected);
+    QCOMPARE(PropertyWidgetConstructor::hasCustomConstructor(property), label != nullptr);
+}
+
+void tst_PropertyWidgetConstructor::defaultRegistrationKeepsEarlierConstructors()
+{
+    const SharedPtr<TypeDefinition> type = TypeDatabase::instance().lookupTypeDefinition("bool");
+    const auto* installed
+        = type->getMutableUserData().get<Constructor>(PropertyWidgetConstructor::CONSTRUCTOR_ATTRIBUTE);
+    QVERIFY(installed);
+    const Constructor defaults = *installed;
+    const EntityHolder<Entity> wood = entityNamed(*scene, "Wood");
+
+    PropertyWidgetConstructor::registerConstructor(type, [](const GenericPropertyAccessor&, const auto& arguments) {
+        return static_cast<QWidget*>(new QLabel(QStringLiteral("host's"), arguments.parent));
+    });
+    PropertyWidgetConstructor::registerDefaultWidgets();
+    auto* label = qobject_cast<QLabel*>(make(wood, "doubleSided"));
+    PropertyWidgetConstructor::registerConstructor(type, defaults);
+    QVERIFY(label);
+    QCOMPARE(label->text(), QStringLiteral("host's"));
+    PropertyWidgetConstructor::registerDefaultWidgets();
+    QCOMPARE(className(make(wood, "doubleSided")), QStringLiteral("Marlix::Widgets::CheckBox"));
+}
+
+void tst_PropertyWidgetConstructor::unsupportedLabelElides()
+{
+    const QString text = QStringLiteral("Values of this type cannot be edited in a property sheet");
+    QWidget row;
+    auto* layout = new QHBoxLayout(&row);
+    QWidget* unsupported = PropertyWidgetConstructor::unsupportedPropertyConstructor(text, &row);
+    layout->addWidget(unsupported);
+    QCOMPARE(unsupported->property(PropertyWidgetConstructor::USE_ELLIPSIS_PROPERTY).toBool(), true);
+    // The row does not grow to the text.
+    QVERIFY(row.minimumSizeHint().width() < 90);
+    row.setFixedWidth(90);
+    row.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&row));
+    QVERIFY(unsupported->fontMetrics().horizontalAdvance(text) > unsupported->width());
+
+    // Drawn exactly like a plain label that shows the elided text.
+    QLabel reference(unsupported->fontMetrics().elidedText(text, Qt::ElideRight, unsupported->width()), &row);
+    reference.setGeometry(unsupported->geometry());
+    reference.show();
+    QCOMPARE(unsupported->grab().toImage(), reference.grab().toImage());
+    reference.setText(text);
+    QVERIFY(unsupported->grab().toImage() != reference.grab().toImage());
+}
+
+void tst_PropertyWidgetConstructor::editorClassPerType_data()
+{
+    QTest::addColumn<QString>("entity");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<bool>("slider");
+    const QString number = QStringLiteral("Marlix::Widgets::Number");
+    const QString vector = QStringLiteral("Marlix::Widgets::Vector");
+    const QString entity = QStringLiteral("Marlix::Widgets::EntityWidget");
+    const QString lineEdit = QStringLiteral("Marlix::Widgets::LineEdit");
+    QTest::newRow("double with slider") << "Wood"
+                                        << "roughness" << number << true;
+    QTest::newRow("double") << "Wood"
+                            << "thickness" << number << false;
+    QTest::newRow("float with slider") << "Wood"
+                                       << "opacity" << number << true;
+    QTest::newRow("int32") << "Wood"
+                           << "layers" << number << false;
+    QTest::newRow("uint32") << "Table"
+                            << "vertexCount" << number << false;
+    QTest::newRow("bool") << "Wood"
+                          << "doubleSided" << QStringLiteral("Marlix::Widgets::CheckBox") << false;
+    QTest::newRow("String") << "Wood"
+                            << "name" << lineEdit << false;
+    QTest::newRow("Path") << "Wood"
+                          << "texture" << QStringLiteral("Marlix::Widgets::Path") << false;
+    QTest::newRow("enumeration") << "Wood"
+                                 << "shading" << QStringLiteral("Marlix::Widgets::ComboBox") << false;
+    QTest::newRow("Rgb") << "Wood"
+                         << "color" << QStringLiteral("Marlix::Widgets::ColorEditButton") << false;
+    QTest::newRow("Vector2") << "Wood"
+                             << "tiling" << vector << false;
+    QTest::newRow("Pixel") << "Table"
+                           << "resolution" << vector << false;
+    QTest::newRow("Dir") << "Lamp 1"
+                         << "pivot" << vector << false;
+    QTest::newRow("Pos, nested") << "Lamp 1"
+                                 << "transform.position" << vector << false;
+    QTest::newRow("Vector3, nested") << "Lamp 1"
+                                     << "transform.scale" << vector << false;
+    QTest::newRow("PosRotScaleTm") << "Lamp 1"
+                                   << "transform" << QStringLiteral("Marlix::Widgets::PosRotScale") << false;
+    QTest::newRow("entity reference") << "Table"
+                                      << "material" << entity << false;
+    QTest::newRow("entity reference, other type") << "Lamp 1"
+                                                  << "materialOverride" << entity << false;
+    QTest::newRow("list: text form") << "Table group"
+                                     << "children" << lineEdit << false;
+    QTest::newRow("missing property") << "Wood"
+                                      << "nothing" << QStringLiteral("QLabel") << false;
+}
+
+void tst_PropertyWidgetConstructor::editorClassPerType()
+{
+    QFETCH(QString, entity);
+    QFETCH(QString, path);
+    QFETCH(QString, expected);
+    QFETCH(bool, slider);
+    QWidget* editor = make(entityNamed(*scene, entity.toStdString()), path.toStdString());
+    QCOMPARE(className(editor), expected);
+    if (auto* number = qobject_cast<Number*>(editor))
+        QCOMPARE(number->getSlider() != nullptr, slider);
+}
+
+void tst_PropertyWidgetConstructor::typedNumberIsOneNamedUndoStep_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<double>("expected");
+    QTest::newRow("double") << "roughness"
+                            << "0.25" << 0.25;
+    QTest::newRow("float") << "opacity"
+                           << "0.5" << 0.5;
+    QTest::newRow("int32, range of its type") << "layers"
+                                              << "-7" << -7.0;
+}
+
+void tst_PropertyWidgetConstructor::typedNumberIsOneNamedUndoStep()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, typed);
+    QFETCH(double, expected);
+    const EntityHolder<Entity> wood = entityNamed(*scene, "Wood");
+    auto* number = qobject_cast<Number*>(make(wood, path.toStdString()));
+    QVERIFY(number);
+    const double before = wood->getProperty(path.toStdString()).read<double>();
+    QVERIFY(showActive(number));
+    SpinBox* field = number->getSpinBox();
+    field->setFocus();
+    field->getLineEdit()->selectAll();
+    QTest::keyClicks(field->getLineEdit(), typed);
+    QTest::keyClick(field->getLineEdit(), Qt::Key_Return);
+
+    QCOMPARE(wood->getProperty(path.toStdString()).read<double>(), expected);
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of " + path.toStdString() });
+    undo->undo();
+    QCOMPARE(wood->getProperty(path.toStdString()).read<double>(), before);
+    QCOMPARE(field->value(), before);
+}
+
+void tst_PropertyWidgetConstructor::quantityFollowsDisplayUnits()
+{
+    const EntityHolder<Entity> glass = entityNamed(*scene, "Glass");
+    auto* number = qobject_cast<Number*>(make(glass, "thickness"));
+    QVERIFY(number);
+    SpinBox* field = number->getSpinBox();
+    QCOMPARE(field->getConversion().suffix, String("m"));
+    QCOMPARE(field->value(), 0.004);
+
+    host->getDisplayUnitsModel()->set(
+        { LengthUnit::Centimeter, AngleUnit::Degree, RadianceUnit::Nit, TimeUnit::Second });
+    QCOMPARE(field->getConversion().suffix, String("cm"));
+    QCOMPARE(field->value(), 0.4);
+
+    // Typed in the shown unit, stored in metres.
+    QVERIFY(showActive(number));
+    field->setFocus();
+    field->getLineEdit()->selectAll();
+    QTest::keyClicks(field->getLineEdit(), QStringLiteral("1.5"));
+    QTest::keyClick(field->getLineEdit(), Qt::Key_Return);
+    QCOMPARE(glass->getPropertyValue<double>("thickness"), 0.015);
+}
+
+void tst_PropertyWidgetConstructor::enumerationComboBoxWritesEnum()
+{
+    const EntityHolder<Entity> wood = entityNamed(*scene, "Wood");
+    auto* box = qobject_cast<ComboBox*>(make(wood, "shading"));
+    QVERIFY(box);
+    QCOMPARE(box->currentText(), QStringLiteral("Diffuse"));
+    QVERIFY(showActive(box));
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_End);
+    QCOMPARE(wood->getPropertyValue<ShadingModel>("shading"), ShadingModel::Glass);
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of shading" });
+    undo->undo();
+    QCOMPARE(box->currentText(), QStringLiteral("Diffuse"));
+}
+
+void tst_PropertyWidgetConstructor::enumerationAlternatives_data()
+{
+    QTest::addColumn<QString>("alternative");
+    QTest::addColumn<QStringList>("entries");
+    QTest::newRow("virtual enumeration") << "virtual" << QStringList { "Disabled", "Automatic" };
+    QTest::newRow("alternative editor") << "editor" << QStringList { "Off", "On", "Auto" };
+}
+
+void tst_PropertyWidgetConstructor::enumerationAlternatives()
+{
+    QFETCH(QString, alternative);
+    QFETCH(QStringList, entries);
+    UserData options;
+    if (alternative == QStringLiteral("virtual"))
+        options.set(String(UiVirtualEnum::ATTRIBUTE), UiVirtualEnum { { { 0, "Disabled" }, { 5, "Automatic" } } });
+    else
+        // A plain drop-down of the names, to show that the alternative gets the model and the values.
+        options.set(String(UiEnumEditor::ATTRIBUTE),
+            UiEnumEditor { [](SharedPtr<Model<std::int64_t>> value, const Array<EnumerationValue>& values,
+                               QWidget* parent) -> QWidget* {
+                FlatMap<int, String> named;
+                for (const auto& entry : values)
+                    named.insertOrAssign(static_cast<int>(entry.value), entry.name);
+                auto* box = ComboBox::makeVirtualEnumDropDownImpl(named, std::move(value), 0, parent);
+                box->setObjectName(QStringLiteral("alternative"));
+                return box;
+            } });
+    const SharedPtr<TypeDefinition> type = makeChoiceType();
+    const EntityHolder<Entity> object = makeObjectWith(type, Value::make(type, std::int16_t(0)), options);
+    auto* box = qobject_cast<ComboBox*>(make(object, "value"));
+    QVERIFY(box);
+    QCOMPARE(box->objectName() == QStringLiteral("alternative"), alternative == QStringLiteral("editor"));
+    QStringList shown;
+    for (int i = 0; i < box->count(); ++i)
+        shown << box->itemText(i);
+    QCOMPARE(shown, entries);
+    QVERIFY(showActive(box));
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_End);
+    QCOMPARE(object->getPropertyValue<std::int16_t>("value"), std::int16_t(5));
+    QCOMPARE(undo->getUndoCount(), 1u);
+}
+
+void tst_PropertyWidgetConstructor::textFormRefusesBadTextAndSaysWhy()
+{
+    const EntityHolder<Entity> group = entityNamed(*scene, "Table group");
+    auto* field = qobject_cast<LineEdit*>(make(group, "children"));
+    QVERIFY(field);
+    const QString before = field->text();
+    QVERIFY(before.startsWith(QStringLiteral("[Instance #")));
+    QVERIFY(showActive(field));
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("[Lamp 7]"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(group->getPropertyValue<Array<EntityHolder<Entity>>>("children").size(), 2u);
+    QCOMPARE(undo->getUndoCount(), 0u);
+    QCOMPARE(field->text(), before);
+    QVERIFY2(field->toolTip().contains(QStringLiteral("chosen from the scene")), qPrintable(field->toolTip()));
+
+    // Clearing the list is a text it reads.
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("[]"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QVERIFY(group->getPropertyValue<Array<EntityHolder<Entity>>>("children").empty());
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of children" });
+}
+
+void tst_PropertyWidgetConstructor::readOnlyPropertyRefusesEdits_data()
+{
+    QTest::addColumn<QString>("type");
+    QTest::newRow("double") << "double";
+    QTest::newRow("String") << "String";
+}
+
+void tst_PropertyWidgetConstructor::readOnlyPropertyRefusesEdits()
+{
+    QFETCH(QString, type);
+    const SharedPtr<TypeDefinition> definition = TypeDatabase::instance().lookupTypeDefinition(type.toStdString());
+    const EntityHolder<Entity> object
+        = makeObjectWith(definition, Value(definition), {}, Flags<PropertyFlag>(PropertyFlag::ReadOnly));
+    QWidget* editor = make(object, "value");
+    const String before = object->getProperty("value").toString();
+    QLineEdit* field = editor->findChild<QLineEdit*>();
+    if (!field)
+        field = qobject_cast<QLineEdit*>(editor);
+    QVERIFY(field);
+    QVERIFY(field->isReadOnly());
+    QVERIFY(showActive(editor));
+    field->setFocus();
+    QTest::keyClicks(field, QStringLiteral("12"));
+    QTest::keyClick(field, Qt::Key_Return);
+    // A drag on a number field writes through the model, whatever the field's own state: the model refuses too.
+    if (auto* number = qobject_cast<Number*>(editor))
+        number->getSpinBox()->getModel()->set(12.0);
+    QCOMPARE(object->getProperty("value").toString(), before);
+    QCOMPARE(undo->getUndoCount(), 0u);
+}
+
+void tst_PropertyWidgetConstructor::mixedValues()
+{
+    const EntityHolder<Entity> wood = entityNamed(*scene, "Wood");
+    const EntityHolder<Entity> steel = entityNamed(*scene, "Steel");
+    const QString mixed = QString::fromLatin1(GenericPropertyAccessor::MIXED_VALUES_TEXT.data());
+    auto* box = qobject_cast<ComboBox*>(make(GenericPropertyAccessor({ wood, steel }, "shading")));
+    auto* name = qobject_cast<LineEdit*>(make(GenericPropertyAccessor({ wood, steel }, "name")));
+    auto* material = qobject_cast<EntityWidget*>(
+        make(GenericPropertyAccessor({ entityNamed(*scene, "Table"), entityNamed(*scene, "Lamp") }, "material")));
+    auto* check = qobject_cast<QCheckBox*>(
+        make(GenericPropertyAccessor({ wood, entityNamed(*scene, "Glass") }, "doubleSided")));
+    QVERIFY(box && name && material && check);
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
+    QCOMPARE(box->currentIndex(), -1);
+    QCOMPARE(name->text(), QString());
+    QCOMPARE(name->placeholderText(), mixed);
+    QCOMPARE(material->text(), mixed);
+
+    // One edit writes every object, in one step, and the look of agreement comes back.
+    QVERIFY(showActive(name));
+    name->setFocus();
+    QTest::keyClicks(name, QStringLiteral("Oak"));
+    QTest::keyClick(name, Qt::Key_Return);
+    QCOMPARE(wood->getPropertyValue<String>("name"), String("Oak"));
+    QCOMPARE(steel->getPropertyValue<String>("name"), String("Oak"));
+    QCOMPARE(undo->getUndoCount(), 1u);
+    QCOMPARE(name->placeholderText(), QString());
+    steel->setPropertyValue("shading", ShadingModel::Diffuse);
+    QCOMPARE(box->currentText(), QStringLiteral("Diffuse"));
+
+    QVERIFY(showActive(check));
+    QTest::mouseClick(check, Qt::LeftButton, {}, check->rect().center());
+    QCOMPARE(check->checkState(), Qt::Checked);
+    QVERIFY(wood->getPropertyValue<bool>("doubleSided"));
+    QCOMPARE(undo->getUndoCount(), 2u);
+    undo->undo();
+    QCOMPARE(check->checkState(), Qt::PartiallyChecked);
+}
+
+void tst_PropertyWidgetConstructor::entityWidgetPicksAcceptedEntityAndNone()
+{
+    const EntityHolder<Entity> table = entityNamed(*scene, "Table");
+    auto* widget = qobject_cast<EntityWidget*>(make(table, "material"));
+    QVERIFY(widget);
+    QCOMPARE(widget->text(), QStringLiteral("Wood"));
+    QVERIFY(showActive(widget));
+
+    // Drives the menu as a user does: the press opens it, a click on the entry picks.
+    const auto choose = [widget](const QString& entry) {
+        QStringList offered;
+        QTimer poll;
+        poll.setInterval(10);
+        connect(&poll, &QTimer::timeout, widget, [&] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            if (!menu)
+                return;
+            poll.stop();
+            QAction* target = nullptr;
+            for (QAction* action : menu->actions())
+                if (!action->isSeparator()) {
+                    offered << action->text();
+                    if (action->text() == entry && !target)
+                        target = action;
+                }
+            if (target)
+                QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(target).center());
+            else
+                menu->close();
+        });
+        poll.start();
+        QTest::mouseClick(widget, Qt::LeftButton);
+        return offered;
+    };
+
+    QCOMPARE(choose(QStringLiteral("Steel")), (QStringList { "None", "Wood", "Steel", "Glass" }));
+    QCOMPARE(table->getPropertyValue<EntityHolder<Entity>>("material"), entityNamed(*scene, "Steel"));
+    QCOMPARE(widget->text(), QStringLiteral("Steel"));
+    QCOMPARE(host->getRecentEntitiesModel()->get(), Stack<EntityHolder<Entity>> { entityNamed(*scene, "Steel") });
+
+    // The recent entity comes first; meshes are never offered for a material.
+    QCOMPARE(choose(QStringLiteral("None")), (QStringList { "None", "Steel", "Wood", "Steel", "Glass" }));
+    QCOMPARE(table->getPropertyValue<EntityHolder<Entity>>("material"), nullptr);
+    QCOMPARE(widget->text(), QStringLiteral("None"));
+    QCOMPARE(undo->getUndoLabels(), (Array<String> { "Update of material", "Update of material" }));
+    QVERIFY(!widget->pick(entityNamed(*scene, "Lamp")));
+    QCOMPARE(undo->getUndoCount(), 2u);
+
+    undo->undo();
+    QCOMPARE(widget->text(), QStringLiteral("Steel"));
+    entityNamed(*scene, "Steel")->setPropertyValue("name", String("Brushed steel"));
+    QCOMPARE(widget->text(), QStringLiteral("Brushed steel"));
+}
+
+void tst_PropertyWidgetConstructor::entityWidgetLeavesOutFilteredEntitiesAndCycles()
+{
+    class FilteringHost : public DefaultPropertySheetHost
+    {
+    public:
+        using DefaultPropertySheetHost::DefaultPropertySheetHost;
+        EntityFilter getDefaultEntityFilter() const override
+        {
+            return [](const EntityHolder<Entity>& entity) {
+                return entity->indexOfProperty("name") < 0 || entity->getPropertyValue<String>("name") != "Glass";
+            };
+        }
+    };
+    host = makeSharedPtr<FilteringHost>(scene, nullptr, undo);
+    auto* material = qobject_cast<EntityWidget*>(make(entityNamed(*scene, "Table"), "material"));
+    QVERIFY(material);
+    QCOMPARE(material->getCandidates(),
+        (Array<EntityHolder<Entity>> { entityNamed(*scene, "Wood"), entityNamed(*scene, "Steel") }));
+    QVERIFY(!material->pick(entityNamed(*scene, "Glass")));
+    QCOMPARE(undo->getUndoCount(), 0u);
+
+    // A chain first -> second: second may not point back at first, nor at itself.
+    const EntityClassInfo nodeClass("TestNode", EntityClassInfo::entityClass(),
+        { makeSharedPtr<const GroupLayout>("TestNode",
+            Array<PropertyDefinition> { PropertyDefinition(
+                "next", TypeDefinition::makeEntityReference("TestNodeReference", EntityClassInfo::entityClass())) }) },
+        [](const EntityClassInfo& entityClass) { return makeSharedPtr<Entity>(entityClass); });
+    const EntityHolder<Entity> first = nodeClass.create();
+    const EntityHolder<Entity> second = nodeClass.create();
+    const EntityHolder<Entity> third = nodeClass.create();
+    first->setPropertyValue("next", second);
+    scene->replaceEntities({ first, second, third });
+    auto* next = qobject_cast<EntityWidget*>(make(second, "next"));
+    QVERIFY(next);
+    QCOMPARE(next->getCandidates(), Array<EntityHolder<Entity>> { third });
+}
+
+int main(int argc, char** argv)
+{
+    // The library's own start-up: its style elides, and it installs the default editors.
+    LibQt::startup("PropertyWidgetConstructor test", LibQt::ApplicationType::Gui, {}, Io::Path(argv[0]));
+    int result = 0;
+    {
+        tst_PropertyWidgetConstructor test;
+        result = QTest::qExec(&test, argc, argv);
+    }
+    LibQt::shutdown();
+    return result;
+}
+
+#include "tst_PropertyWidgetConstructor.moc"
