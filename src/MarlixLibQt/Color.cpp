@@ -247,11 +247,13 @@ Rgb toRgb(const QColor& color, bool withAlpha)
 
 QColorExtended fromRgb(const Rgb& rgb, bool withAlpha)
 {
-    if (!std::isfinite(rgb.r) || !std::isfinite(rgb.g) || !std::isfinite(rgb.b) || !std::isfinite(rgb.a))
-        throw Exception("A colour with a component that is not a finite number cannot be shown");
+    // Painting asks for this with colours read from files and properties: a bad component is shown as a defined
+    // colour, never as an error out of a paint event. Qt makes a colour with alpha outside [0, 1] invalid.
+    const Rgb finite = rgb.toFinite();
     // A negative linear component lies outside what a display can show; it is shown as none of that primary.
     const auto encode = [](float channel) { return std::pow(std::max(channel, 0.0f), ENCODE_EXPONENT); };
-    return QColor::fromRgbF(encode(rgb.r), encode(rgb.g), encode(rgb.b), withAlpha ? rgb.a : 1.0f);
+    return QColor::fromRgbF(encode(finite.r), encode(finite.g), encode(finite.b),
+        withAlpha ? std::clamp(finite.a, 0.0f, 1.0f) : 1.0f);
 }
 
 } // namespace Marlix

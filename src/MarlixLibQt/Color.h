@@ -117,7 +117,8 @@ MARLIXLIBQT_EXPORT float colorToAlbedo(const QColor& color);
 /// The linear colour handed to the rest of the system. The channels go through 8 bits first, so every value leaving a
 /// colour dialog has 256 levels per channel; without `withAlpha` the alpha is opaque.
 MARLIXLIBQT_EXPORT Rgb toRgb(const QColor& color, bool withAlpha);
-/// The display colour of a linear colour; without `withAlpha` the result is opaque.
+/// The display colour of a linear colour; without `withAlpha` the result is opaque. Never throws: components that are
+/// not finite numbers are made finite (Rgb::toFinite) and alpha is clamped to [0, 1].
 MARLIXLIBQT_EXPORT QColorExtended fromRgb(const Rgb& rgb, bool withAlpha);
 
 } // namespace Marlix

@@ -1,6 +1,5 @@
-#include <MarlixLib/color/ColorGradient.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/color/ColorGradient.h>
 #include <MarlixLib/data/MathValueTraits.h>
 #include <MarlixLib/data/ValueTraits.h>
 
@@ -25,6 +24,23 @@ void checkPositions(const Array<ColorGradient::Stop>& stops)
     for (const ColorGradient::Stop& stop : stops)
         if (!isValidPosition(stop.position))
             throw Exception(describeBadPosition(stop.position));
+}
+
+// Stops are read from files; a colour that is not a finite number would poison every mix around it.
+void makeColorsFinite(Array<ColorGradient::Stop>& stops)
+{
+    for (ColorGradient::Stop& stop : stops)
+        stop.color = stop.color.toFinite();
+}
+
+bool isFinite(const Rgb& color)
+{
+    return color.toFinite() == color; // a NaN compares unequal to itself
+}
+
+String describeBadColor(StringView item)
+{
+    return "Gradient stop \"" + String(item) + "\": every colour component must be a finite number";
 }
 
 bool byPosition(const ColorGradient::Stop& a, const ColorGradient::Stop& b)
@@ -52,6 +68,7 @@ ColorGradient::ColorGradient(Array<Stop> initialStops)
 void ColorGradient::setStops(Array<Stop> newStops)
 {
     checkPositions(newStops);
+    makeColorsFinite(newStops);
     // Stable, so that stops at one position keep their order and a hard edge stays the way it was drawn.
     std::stable_sort(newStops.begin(), newStops.end(), byPosition);
     stops = std::move(newStops);
@@ -61,8 +78,9 @@ std::size_t ColorGradient::addStop(const Stop& stop)
 {
     if (!isValidPosition(stop.position))
         throw Exception(describeBadPosition(stop.position));
-    const auto at = std::upper_bound(stops.begin(), stops.end(), stop, byPosition);
-    const auto inserted = stops.insert(at, stop);
+    const Stop finite { stop.color.toFinite(), stop.position };
+    const auto at = std::upper_bound(stops.begin(), stops.end(), finite, byPosition);
+    const auto inserted = stops.insert(at, finite);
     return static_cast<std::size_t>(inserted - stops.begin());
 }
 
@@ -126,6 +144,8 @@ Expected<ColorGradient, String> ValueTraits<ColorGradient>::fromString(StringVie
         const auto color = ValueTraits<Rgb>::fromString(item.substr(open));
         if (!color)
             return Unexpected<String>("Gradient stop \"" + String(item) + "\": " + color.error());
+        if (!isFinite(*color))
+            return Unexpected<String>(describeBadColor(item));
         stops.push_back({ *color, *position });
     }
     return ColorGradient(std::move(stops));
@@ -165,6 +185,8 @@ Expected<ColorGradient, String> ValueTraits<ColorGradient>::deserialize(IDeseria
             return fail("Gradient \"" + String(key) + "\": " + describeBadPosition(*position));
         if (!color)
             return fail(color.error());
+        if (!isFinite(*color))
+            return fail(describeBadColor(key));
         stops.push_back({ *color, *position });
     }
     in.leaveArray();

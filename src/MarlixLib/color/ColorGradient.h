@@ -29,7 +29,8 @@ public:
 
     /// An empty gradient: no stops, and black wherever it is read.
     ColorGradient() = default;
-    /// Throws Exception when a position is not a number or lies outside [0, 1].
+    /// Throws Exception when a position is not a number or lies outside [0, 1]. Colour components that are not finite
+    /// numbers are made finite (Rgb::toFinite), here and wherever stops are added.
     explicit ColorGradient(Array<Stop> stops);
 
     const Array<Stop>& getStops() const& noexcept { return stops; }
@@ -58,7 +59,8 @@ private:
 };
 
 /// Text form "position (r, g, b, a)" per stop, stops separated by "; ", the empty text for no stops; serialized as an
-/// array of records with the keys "position" and "color".
+/// array of records with the keys "position" and "color". Reading refuses a colour component that is not a finite
+/// number, as it refuses a bad position.
 template <> struct MARLIXLIB_EXPORT ValueTraits<ColorGradient>
 {
     static String toString(const ColorGradient& value);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 namespace Marlix {
 
 /// A colour in linear RGB with straight (not premultiplied) alpha. Components are normalised so that 1 is full
@@ -27,6 +29,20 @@ struct Rgb
     /// Scales the colour; alpha stays.
     friend constexpr Rgb operator*(const Rgb& x, float s) { return { x.r * s, x.g * s, x.b * s, x.a }; }
     friend constexpr bool operator==(const Rgb&, const Rgb&) = default;
+
+    /// The colour with a finite number in every component, for colours that come from outside: a component that is
+    /// not a number reads as 0 (alpha as 1, so that the colour stays visible), an infinity as 1 or 0 by its sign.
+    constexpr Rgb toFinite() const
+    {
+        const auto finite = [](float c, float ifNaN) {
+            if (c != c) // NaN
+                return ifNaN;
+            if (c > std::numeric_limits<float>::max())
+                return 1.0f;
+            return c < std::numeric_limits<float>::lowest() ? 0.0f : c;
+        };
+        return { finite(r, 0.0f), finite(g, 0.0f), finite(b, 0.0f), finite(a, 1.0f) };
+    }
 };
 
 } // namespace Marlix

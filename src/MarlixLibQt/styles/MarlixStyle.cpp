@@ -1,12 +1,12 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
+#include <MarlixLibQt/widgets/frame/Collapsible.h>
 
 #include <QApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QMetaMethod>
 #include <QPainter>
 #include <QStyleOption>
 
@@ -43,17 +43,6 @@ QString elideLines(const QString& text, const QFontMetrics& metrics, int width, 
     for (QString& line : lines)
         line = metrics.elidedText(line, Qt::ElideRight, width, flags);
     return lines.join(QLatin1Char('\n'));
-}
-
-const QWidget* cornerWidgetOf(const QWidget* section)
-{
-    const QMetaObject* meta = section->metaObject();
-    const int index = meta->indexOfMethod("cornerWidget()");
-    if (index < 0)
-        return nullptr;
-    QWidget* corner = nullptr;
-    meta->method(index).invoke(const_cast<QWidget*>(section), Qt::DirectConnection, Q_RETURN_ARG(QWidget*, corner));
-    return corner;
 }
 
 } // namespace
@@ -322,13 +311,13 @@ bool MarlixStyle::isPropertySheetItem(const QWidget* widget)
 {
     if (!widget)
         return false;
-    const QWidget* parent = widget->parentWidget();
-    if (!parent || !parent->inherits("Marlix::Widgets::Collapsible"))
+    const auto* section = qobject_cast<const Widgets::Collapsible*>(widget->parentWidget());
+    if (!section)
         return false;
-    if (widget->inherits("Marlix::Widgets::Collapsible") || qobject_cast<const QMenu*>(widget)
+    if (qobject_cast<const Widgets::Collapsible*>(widget) || qobject_cast<const QMenu*>(widget)
         || widget->inherits("Marlix::Widgets::PropertyControllerPin"))
         return false;
-    return cornerWidgetOf(parent) != widget;
+    return section->cornerWidget() != widget;
 }
 
 void MarlixStyle::drawDragHoveredOutline(

@@ -22,11 +22,6 @@ void toChromaticity(const Rgb& c, double& x, double& y)
     y = bigY / sum;
 }
 
-float largest(const Rgb& c)
-{
-    return std::max({ c.r, c.g, c.b });
-}
-
 } // namespace
 
 class TestBlackbody : public QObject
@@ -36,10 +31,8 @@ class TestBlackbody : public QObject
 private Q_SLOTS:
     void followsPlanckianLocus_data();
     void followsPlanckianLocus();
-    void referenceWhite();
     void brightestIsFull_data();
     void brightestIsFull();
-    void hotterIsBluer();
     void rejectsBadTemperatures_data();
     void rejectsBadTemperatures();
 };
@@ -49,18 +42,18 @@ void TestBlackbody::followsPlanckianLocus_data()
     QTest::addColumn<float>("kelvin");
     QTest::addColumn<double>("x");
     QTest::addColumn<double>("y");
-    // CIE 1931 2° chromaticities of the Planckian locus as published in colorimetry tables.
+    // CIE 1931 2° chromaticities of the Planckian locus as tabulated in colorimetry references; 25000 K, beyond the
+    // tables, from the published cubic spline of the locus (Kim et al.), which follows it to well under 0.001.
+    QTest::newRow("1000 K") << 1000.f << 0.6528 << 0.3444;
+    QTest::newRow("1500 K") << 1500.f << 0.5857 << 0.3931;
     QTest::newRow("2000 K") << 2000.f << 0.5267 << 0.4133;
     QTest::newRow("2500 K") << 2500.f << 0.4770 << 0.4137;
     QTest::newRow("3000 K") << 3000.f << 0.4369 << 0.4041;
-    QTest::newRow("3500 K") << 3500.f << 0.4053 << 0.3907;
     QTest::newRow("4000 K") << 4000.f << 0.3805 << 0.3768;
     QTest::newRow("5000 K") << 5000.f << 0.3451 << 0.3516;
-    QTest::newRow("6000 K") << 6000.f << 0.3221 << 0.3318;
     QTest::newRow("6500 K") << 6500.f << 0.3135 << 0.3236;
-    QTest::newRow("7000 K") << 7000.f << 0.3064 << 0.3166;
-    QTest::newRow("8000 K") << 8000.f << 0.2952 << 0.3048;
     QTest::newRow("10000 K") << 10000.f << 0.2807 << 0.2884;
+    QTest::newRow("25000 K") << 25000.f << 0.2525 << 0.2523;
 }
 
 void TestBlackbody::followsPlanckianLocus()
@@ -71,29 +64,15 @@ void TestBlackbody::followsPlanckianLocus()
     double actualX = 0.0;
     double actualY = 0.0;
     toChromaticity(blackbodyColorRgb(kelvin), actualX, actualY);
-    QVERIFY2(std::abs(actualX - x) <= 0.003, qPrintable(QStringLiteral("x %1").arg(actualX)));
-    QVERIFY2(std::abs(actualY - y) <= 0.003, qPrintable(QStringLiteral("y %1").arg(actualY)));
-}
-
-void TestBlackbody::referenceWhite()
-{
-    // The white of the display primaries is D65, which lies next to 6500 K, so the black body there is nearly
-    // neutral; it is not made white, which is left to the caller.
-    const Rgb white = blackbodyColorRgb(6500.f);
-    QCOMPARE(white.a, 1.f);
-    QVERIFY(std::abs(white.r / white.g - 1.f) < 0.1f);
-    QVERIFY(std::abs(white.b / white.g - 1.f) < 0.1f);
-    QVERIFY(white.r != white.g || white.g != white.b);
-    QCOMPARE(blackbodyColorRgb(6500.f), white);
+    QVERIFY2(std::abs(actualX - x) <= 0.001, qPrintable(QStringLiteral("x %1").arg(actualX)));
+    QVERIFY2(std::abs(actualY - y) <= 0.001, qPrintable(QStringLiteral("y %1").arg(actualY)));
 }
 
 void TestBlackbody::brightestIsFull_data()
 {
     QTest::addColumn<float>("kelvin");
     QTest::newRow("far below glowing") << 10.f;
-    QTest::newRow("candle") << 1700.f;
     QTest::newRow("daylight") << 6500.f;
-    QTest::newRow("blue sky") << 15000.f;
     QTest::newRow("star core") << 1e7f;
 }
 
@@ -102,24 +81,8 @@ void TestBlackbody::brightestIsFull()
     // The colour of the light, not its brightness: a hotter body is not a brighter colour.
     QFETCH(float, kelvin);
     const Rgb c = blackbodyColorRgb(kelvin);
-    QVERIFY2(std::abs(largest(c) - 1.f) < 1e-6f, qPrintable(QString::number(largest(c))));
-}
-
-void TestBlackbody::hotterIsBluer()
-{
-    Rgb previous = blackbodyColorRgb(1000.f);
-    for (float kelvin = 1500.f; kelvin <= 40000.f; kelvin += 500.f) {
-        const Rgb c = blackbodyColorRgb(kelvin);
-        QVERIFY(c.b / c.r > previous.b / previous.r);
-        QVERIFY(c.g / c.r > previous.g / previous.r);
-        previous = c;
-    }
-    const Rgb candle = blackbodyColorRgb(1700.f);
-    QCOMPARE(candle.r, 1.f);
-    QVERIFY(candle.g < .3f && candle.b < .01f);
-    const Rgb sky = blackbodyColorRgb(15000.f);
-    QCOMPARE(sky.b, 1.f);
-    QVERIFY(sky.r < .5f);
+    const float largest = std::max({ c.r, c.g, c.b });
+    QVERIFY2(std::abs(largest - 1.f) < 1e-6f, qPrintable(QString::number(largest)));
 }
 
 void TestBlackbody::rejectsBadTemperatures_data()

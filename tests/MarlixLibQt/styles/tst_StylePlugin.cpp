@@ -18,7 +18,6 @@ class tst_StylePlugin : public QObject
 
 private Q_SLOTS:
     void styleArgumentPicksTheLook();
-    void factoryKnowsTheKeys();
     void createsStyles_data();
     void createsStyles();
 };
@@ -31,13 +30,6 @@ void tst_StylePlugin::styleArgumentPicksTheLook()
     QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(0x4E, 0x7D, 0xBA));
 }
 
-void tst_StylePlugin::factoryKnowsTheKeys()
-{
-    const QStringList keys = QStyleFactory::keys();
-    QVERIFY2(keys.contains(QStringLiteral("marlix"), Qt::CaseInsensitive), qPrintable(keys.join(u' ')));
-    QVERIFY2(keys.contains(QStringLiteral("marlix-plain"), Qt::CaseInsensitive), qPrintable(keys.join(u' ')));
-}
-
 void tst_StylePlugin::createsStyles_data()
 {
     QTest::addColumn<QString>("key");
@@ -45,7 +37,6 @@ void tst_StylePlugin::createsStyles_data()
     QTest::addColumn<int>("toolTipMaximumWidth");
 
     QTest::newRow("marlix") << QStringLiteral("marlix") << true << 300;
-    QTest::newRow("Marlix, any case") << QStringLiteral("Marlix") << true << 300;
     QTest::newRow("marlix-plain") << QStringLiteral("marlix-plain") << false << 0;
 }
 

@@ -5,8 +5,6 @@
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
 #include <MarlixLibQt/widgets/color/HexColorEditor.h>
 
-#include <MarlixLib/base/Exception.h>
-
 #include "MarlixLibQt/widgets/RecordingModel.h"
 
 #include <QApplication>
@@ -18,13 +16,13 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
 using Marlix::Widgets::Testing::RecordingModel;
 
 namespace {
-using Spec = QColorExtended::Specification;
 
 // The value the dialog hands out for an 8-bit channel k: k / 255 linearised with the plain 2.2 power.
 float linearOfByte(int k)
@@ -77,11 +75,7 @@ private Q_SLOTS:
     void init();
 
     void panelsShareOneColour();
-    void hexEntryMovesPanels();
     void switchingValueType();
-    void globalValueTypeModel();
-    void okWritesCancelDoesNot_data();
-    void okWritesCancelDoesNot();
     void valueConversions_data();
     void valueConversions();
     void originalColourRestored();
@@ -123,30 +117,9 @@ void TestColorPickerDialog::panelsShareOneColour()
     QVERIFY(rgb && cmyk);
     QCOMPARE(rgb->getRow(QColorExtended::RgbComponent::Red)->getComponentModel()->get(), color.redF());
     QCOMPARE(rgb->getRow(QColorExtended::RgbComponent::Green)->getComponentModel()->get(), 0.0f);
-    QCOMPARE(cmyk->getRow(QColorExtended::CmykComponent::Key)->getComponentModel()->get(),
-        color.componentF(Spec::CmykSpec, 3));
     QVERIFY(cmyk->getRow(QColorExtended::CmykComponent::Key)->getComponentModel()->get() > 0.45f);
     QCOMPARE(widget.getHexEditor()->text(), color.getColor().name().mid(1).toUpper());
     QVERIFY(near(dialog.value().r, linearOfByte(color.red())));
-}
-
-void TestColorPickerDialog::hexEntryMovesPanels()
-{
-    ColorPickerWidget widget(ColorFormat::Rgba);
-    widget.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&widget));
-    widget.setValue(Rgb { 1.0f, 1.0f, 1.0f, 0.2f });
-    HexColorEditor* hex = widget.getHexEditor();
-    hex->setFocus();
-    hex->selectAll();
-    QTest::keyClicks(hex, QStringLiteral("00FF00"));
-    QTest::keyClick(hex, Qt::Key_Return);
-    const QColorExtended color = widget.getColorModel()->get();
-    QCOMPARE(color.getColor(), QColor::fromRgbF(0.0f, 1.0f, 0.0f, 0.2f));
-    auto* hsv = dynamic_cast<HsvColorPicker*>(widget.getPanel(ColorPickerWidget::Panel::Hsv));
-    QVERIFY(std::abs(hsv->getRow(QColorExtended::HsvComponent::Hue)->getComponentModel()->get() - 1.0f / 3.0f) < 1e-3f);
-    auto* rgba = dynamic_cast<RgbaColorPicker*>(widget.getPanel(ColorPickerWidget::Panel::Rgba));
-    QVERIFY(near(rgba->getRow(QColorExtended::RgbaComponent::Alpha)->getComponentModel()->get(), 0.2f, 0.003f));
 }
 
 void TestColorPickerDialog::switchingValueType()
@@ -164,8 +137,6 @@ void TestColorPickerDialog::switchingValueType()
 
     // Four steps down the list: from "sRGB (0-255)" to "Linear (0-1)".
     ComboBox* box = widget.getValueTypeBox();
-    QCOMPARE(box->toolTip(), QString::fromLatin1(COLOR_VALUE_TYPE_TOOL_TIP));
-    QCOMPARE(box->count(), COLOR_VALUE_TYPE_COUNT);
     box->setFocus();
     for (int i = 0; i < 4; ++i)
         QTest::keyClick(box, Qt::Key_Down);
@@ -173,54 +144,14 @@ void TestColorPickerDialog::switchingValueType()
     QCOMPARE(ColorPickerDialog::getGlobalValueTypeModel()->get(), static_cast<long long>(ColorValueType::LinearUnit));
     QCOMPARE(red->getValueType(), ColorValueType::LinearUnit);
     QVERIFY(std::abs(red->getSpinBox()->value() - std::pow(before.redF(), 2.2)) < 1e-3);
+    // Every panel follows, also those not shown.
+    auto* hsv = dynamic_cast<HsvColorPicker*>(widget.getPanel(ColorPickerWidget::Panel::Hsv));
+    QCOMPARE(hsv->getRow(QColorExtended::HsvComponent::Value)->getSpinBox()->maximum(), 1.0);
     QCOMPARE(widget.getColorModel()->get().getColor(), before);
 
     // A dialog opened later shows the same kind of numbers.
     ColorPickerDialog later;
     QCOMPARE(later.getPickerWidget()->getValueTypeBox()->currentText(), QStringLiteral("Linear (0-1)"));
-}
-
-void TestColorPickerDialog::globalValueTypeModel()
-{
-    const auto first = ColorPickerDialog::getGlobalValueTypeModel();
-    QCOMPARE(ColorPickerDialog::getGlobalValueTypeModel(), first);
-    ColorPickerDialog a;
-    ColorPickerDialog b;
-    QCOMPARE(a.getPickerWidget()->getValueTypeModel(), first);
-    QCOMPARE(b.getPickerWidget()->getValueTypeModel(), first);
-
-    const auto replacement
-        = makeSharedPtr<VariableModel<long long>>(static_cast<long long>(ColorValueType::SrgbPercent));
-    ColorPickerDialog::setGlobalValueTypeModel(replacement);
-    ColorPickerDialog c;
-    QCOMPARE(c.getPickerWidget()->getValueTypeBox()->currentText(), QStringLiteral("sRGB (0-100%)"));
-    QCOMPARE(a.getPickerWidget()->getValueTypeModel(), first); // open dialogs keep theirs
-
-    QVERIFY_THROWS_EXCEPTION(StopException, ColorPickerDialog::setGlobalValueTypeModel(nullptr));
-    QCOMPARE(ColorPickerDialog::getGlobalValueTypeModel(), SharedPtr<Model<long long>>(replacement));
-}
-
-void TestColorPickerDialog::okWritesCancelDoesNot_data()
-{
-    QTest::addColumn<bool>("ok");
-    QTest::newRow("OK") << true;
-    QTest::newRow("Cancel") << false;
-}
-
-void TestColorPickerDialog::okWritesCancelDoesNot()
-{
-    QFETCH(bool, ok);
-    ColorPickerDialog dialog;
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Select Color"));
-    dialog.setValue(Rgb { 0.0f, 0.0f, 1.0f, 1.0f });
-    answerNextDialog([ok](ColorPickerDialog& shown) {
-        clickRow(*shown.getPickerWidget(), ColorPickerWidget::Panel::Rgb, QColorExtended::RgbComponent::Red, 1.0);
-        clickButton(shown.getButtonBox(), ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel);
-    });
-    QCOMPARE(dialog.exec(), ok ? int(QDialog::Accepted) : int(QDialog::Rejected));
-    // The dialog's value is what the user left; the caller decides whether to take it.
-    const Rgb value = dialog.value();
-    QVERIFY(near(value.r, 1.0f) && near(value.g, 0.0f) && near(value.b, 1.0f) && near(value.a, 1.0f));
 }
 
 void TestColorPickerDialog::valueConversions_data()
@@ -257,8 +188,6 @@ void TestColorPickerDialog::valueConversions()
     // A value that went through the dialog once comes back unchanged.
     dialog.setValue(value);
     QCOMPARE(dialog.value(), value);
-    QCOMPARE(dialog.getPickerWidget()->getPanel(ColorPickerWidget::Panel::Rgba) != nullptr,
-        format == int(ColorFormat::Rgba));
 }
 
 void TestColorPickerDialog::originalColourRestored()
@@ -337,6 +266,10 @@ void TestColorPickerDialog::editButtonShowsCheckerboard()
     // Without alpha the same colour is shown opaque.
     ColorEditButton opaque(makeSharedPtr<VariableModel<Rgb>>(Rgb { 1.0f, 0.0f, 0.0f, 0.0f }), ColorFormat::Rgb);
     QCOMPARE(opaque.getShownColor(), QColor(Qt::red));
+    // A property read from a file may hold anything: the swatch still paints, in a defined colour.
+    model->set(Rgb { std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 0.0f,
+        std::numeric_limits<float>::quiet_NaN() });
+    QCOMPARE(button.grab().toImage().pixel(centre), qRgb(0, 255, 0));
 }
 
 QTEST_MAIN(TestColorPickerDialog)

@@ -67,22 +67,14 @@ Panel makePanel(Spec spec, const SharedPtr<Model<QColorExtended>>& color, const 
         std::copy(picker->getRows().begin(), picker->getRows().end(), panel.rows.begin());
         panel.widget.reset(picker);
     };
-    switch (spec) {
-    case Spec::RgbSpec:
+    if (spec == Spec::RgbSpec)
         take(new RgbColorPicker(color, type), 3);
-        break;
-    case Spec::RgbaSpec:
+    else if (spec == Spec::RgbaSpec)
         take(new RgbaColorPicker(color, type), 4);
-        break;
-    case Spec::HsvSpec:
+    else if (spec == Spec::HsvSpec)
         take(new HsvColorPicker(color, type), 3);
-        break;
-    case Spec::CmykSpec:
+    else
         take(new CmykColorPicker(color, type), 4);
-        break;
-    case Spec::HwbSpec:
-        break;
-    }
     panel.widget->resize(600, panel.rowCount * 40);
     panel.widget->show();
     return panel;
@@ -122,6 +114,10 @@ private Q_SLOTS:
         const QColorExtended before = color->get();
         ColorSlider* slider = panel.rows[static_cast<std::size_t>(component)]->getSlider();
 
+        std::array<int, 4> updates {};
+        for (int i = 0; i < panel.rowCount; ++i)
+            updates[static_cast<std::size_t>(i)]
+                = panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount();
         color->resetCounts();
         QTest::mousePress(slider, Qt::LeftButton, {}, sliderPoint(slider, 0.25f));
         const QPoint end = sliderPoint(slider, 0.75f);
@@ -143,98 +139,21 @@ private Q_SLOTS:
             QCOMPARE(after.alpha(), before.alpha());
         const ColorSliderRow* row = panel.rows[static_cast<std::size_t>(component)];
         QCOMPARE(row->getSpinBox()->text(), row->convertValueToText(after.componentF(s, component)));
-    }
 
-    void colorChangeRedrawsEveryRow_data()
-    {
-        QTest::addColumn<int>("spec");
-        QTest::addColumn<int>("dragged");
-        QTest::addColumn<int>("checked");
-        QTest::newRow("rgb red redraws green") << static_cast<int>(Spec::RgbSpec) << 0 << 1;
-        QTest::newRow("rgba alpha redraws blue") << static_cast<int>(Spec::RgbaSpec) << 3 << 2;
-        QTest::newRow("rgba red redraws alpha") << static_cast<int>(Spec::RgbaSpec) << 0 << 3;
-        QTest::newRow("hsv hue redraws saturation") << static_cast<int>(Spec::HsvSpec) << 0 << 1;
-        QTest::newRow("hsv value redraws hue") << static_cast<int>(Spec::HsvSpec) << 2 << 0;
-        QTest::newRow("cmyk key redraws cyan") << static_cast<int>(Spec::CmykSpec) << 3 << 0;
-    }
-
-    void colorChangeRedrawsEveryRow()
-    {
-        QFETCH(int, spec);
-        QFETCH(int, dragged);
-        QFETCH(int, checked);
-        const auto s = static_cast<Spec>(spec);
-        auto color = makeSharedPtr<ColorModel>(QColorExtended(QColor::fromRgbF(0.8f, 0.3f, 0.1f, 0.5f)));
-        const Panel panel = makePanel(s, color, makeValueType());
-        std::array<int, 4> updates {};
-        for (int i = 0; i < panel.rowCount; ++i)
-            updates[static_cast<std::size_t>(i)]
-                = panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount();
-
-        ColorSlider* slider = panel.rows[static_cast<std::size_t>(dragged)]->getSlider();
-        QTest::mouseClick(slider, Qt::LeftButton, {}, sliderPoint(slider, 0.1f));
-
-        const ColorSlider* other = panel.rows[static_cast<std::size_t>(checked)]->getSlider();
-        const QColorExtended current = color->get();
-        const bool translucent = s == Spec::RgbaSpec;
+        // Every row's track shows what its component would give with the new colour; one new track per row and
+        // colour change, the dragged row included, and nothing more.
+        const ColorSlider* other = panel.rows[static_cast<std::size_t>((component + 1) % panel.rowCount)]->getSlider();
         for (const int x : { 0, other->width() / 3, other->width() - 1 }) {
             const float t = static_cast<float>(x) / static_cast<float>(other->width() - 1);
-            QRgb expected = QColorExtended::withComponent(current, s, checked, t).getColor().rgba();
-            if (!translucent)
+            QRgb expected
+                = QColorExtended::withComponent(after, s, (component + 1) % panel.rowCount, t).getColor().rgba();
+            if (s != Spec::RgbaSpec)
                 expected |= 0xff000000u;
             QCOMPARE(gradientPixel(other, x), qPremultiply(expected));
         }
-        // One colour change is one new gradient per row, the dragged row included, and nothing more.
         for (int i = 0; i < panel.rowCount; ++i)
             QCOMPARE(panel.rows[static_cast<std::size_t>(i)]->getSlider()->getGradientUpdateCount(),
                 updates[static_cast<std::size_t>(i)] + color->sets);
-    }
-
-    void valueTypeRelabelsWithoutChangingColor_data()
-    {
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::addColumn<double>("low");
-        QTest::addColumn<double>("high");
-        QTest::addColumn<bool>("linear");
-        QTest::newRow("sRGB 255 to linear 1") << 0 << 4 << 0.0 << 1.0 << true;
-        QTest::newRow("sRGB 255 to sRGB percent") << 0 << 2 << 0.0 << 100.0 << false;
-        QTest::newRow("linear 255 to sRGB 1") << 3 << 1 << 0.0 << 1.0 << false;
-        QTest::newRow("sRGB 1 to linear 255") << 1 << 3 << 0.0 << 255.0 << true;
-        QTest::newRow("linear percent to sRGB 255") << 5 << 0 << 0.0 << 255.0 << false;
-    }
-
-    void valueTypeRelabelsWithoutChangingColor()
-    {
-        QFETCH(int, from);
-        QFETCH(int, to);
-        QFETCH(double, low);
-        QFETCH(double, high);
-        QFETCH(bool, linear);
-        auto color = makeSharedPtr<ColorModel>(QColorExtended(QColor::fromRgbF(0.25f, 0.5f, 0.9f, 0.75f)));
-        auto type = makeValueType(static_cast<ColorValueType>(from));
-        // Two panels on one value type: both must follow the switch.
-        const Panel rgba = makePanel(Spec::RgbaSpec, color, type);
-        const Panel hsv = makePanel(Spec::HsvSpec, color, type);
-        const QColorExtended before = color->get();
-        color->resetCounts();
-
-        type->set(to);
-
-        QCOMPARE(color->sets, 0);
-        QCOMPARE(color->get().getColor(), before.getColor());
-        for (const Panel* panel : { &rgba, &hsv }) {
-            const Spec s = panel == &rgba ? Spec::RgbaSpec : Spec::HsvSpec;
-            for (int i = 0; i < panel->rowCount; ++i) {
-                const SpinBox* field = panel->rows[static_cast<std::size_t>(i)]->getSpinBox();
-                const double v = before.componentF(s, i);
-                const double shown = low + (high - low) * (linear ? std::pow(v, 2.2) : v);
-                const double halfDigit = 0.5 * std::pow(10.0, -field->decimals());
-                QVERIFY2(std::abs(field->value() - shown) <= halfDigit + 1e-9,
-                    qPrintable(QStringLiteral("row %1 shows %2, expected %3").arg(i).arg(field->text()).arg(shown)));
-                QCOMPARE(field->maximum(), high);
-            }
-        }
     }
 
     void sliderOfFewPixels_data()
@@ -242,8 +161,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("width");
         QTest::addColumn<bool>("translucent");
         QTest::newRow("one pixel") << 1 << false;
-        QTest::newRow("one pixel translucent") << 1 << true;
-        QTest::newRow("two pixels") << 2 << false;
         QTest::newRow("five pixels translucent") << 5 << true;
     }
 
@@ -251,7 +168,7 @@ private Q_SLOTS:
     {
         QFETCH(int, width);
         QFETCH(bool, translucent);
-        auto value = makeSharedPtr<RecordingModel<float>>(0.5f);
+        auto value = makeSharedPtr<VariableModel<float>>(0.5f);
         const auto mapping = [](float t) { return QColor::fromRgbF(t, 0.0f, 1.0f - t, 0.25f + 0.5f * t); };
         ColorSlider slider(value, mapping, 100, translucent);
         slider.setFixedSize(width, 12);
@@ -267,12 +184,6 @@ private Q_SLOTS:
             QCOMPARE(gradient.pixel(x, 0), qPremultiply(expected));
             QCOMPARE(gradient.pixel(x, 11), qPremultiply(expected));
         }
-        QTest::mouseClick(&slider, Qt::LeftButton, {}, QPoint(0, 6));
-        QCOMPARE(value->get(), 0.0f);
-        QTest::mouseClick(&slider, Qt::LeftButton, {}, QPoint(width + 3, 6));
-        QCOMPARE(value->get(), 1.0f);
-        QCOMPARE(value->begins, 2);
-        QCOMPARE(value->commits, 2);
     }
 
     void hwbFieldBottomKeepsWhiteness_data()
@@ -283,7 +194,6 @@ private Q_SLOTS:
         QTest::addColumn<float>("blackness");
         QTest::addColumn<int>("beyondBottom");
         QTest::newRow("no whiteness goes black") << QColor() << 0.3f << 0.0f << 0.2f << 0;
-        QTest::newRow("entered whiteness") << QColor() << 0.3f << 0.4f << 0.2f << 0;
         QTest::newRow("entered whiteness, released below") << QColor() << 0.7f << 0.25f << 0.5f << 40;
         QTest::newRow("entered sum over one") << QColor() << 0.55f << 0.8f << 0.6f << 0;
         QTest::newRow("derived from an RGB colour") << QColor(200, 150, 100) << 0.0f << 0.0f << 0.0f << 0;
@@ -317,8 +227,6 @@ private Q_SLOTS:
         QCOMPARE(atBottom.whitenessF(), w0);
         QCOMPARE(atBottom.getColor().hsvSaturationF(), 0.0f);
         QVERIFY(std::abs(atBottom.getColor().valueF() - w0 / (w0 + 1.0f)) < CHANNEL_TOLERANCE);
-        if (w0 == 0.0f)
-            QCOMPARE(atBottom.red() + atBottom.green() + atBottom.blue(), 0);
         QCOMPARE(color->get().alphaF(), initial.alphaF());
 
         QTest::mouseMove(field, down);
@@ -337,27 +245,17 @@ private Q_SLOTS:
         HwbColorPicker picker(color);
         picker.resize(300, 200);
         HueBlacknessPicker* field = picker.getHueBlacknessPicker();
-        color->set(QColor(200, 10, 10));
-        QCOMPARE(field->getFieldUpdateCount(), 0);
         picker.show();
         QCOMPARE(field->getFieldUpdateCount(), 1);
         QCOMPARE(field->getField().size(), field->size());
-        // The field does not depend on the colour: only the cursor moves.
-        color->set(QColor(20, 200, 10));
-        QCOMPARE(field->getFieldUpdateCount(), 1);
         // Every pixel is the HWB colour of its hue and blackness at whiteness 0, the black bottom row included.
         const QImage image = field->getField().toImage();
         for (int y = 0; y < image.height(); ++y) {
             const float blackness = static_cast<float>(y) / static_cast<float>(image.height() - 1);
             for (int x = 0; x < image.width(); ++x) {
                 const float hue = static_cast<float>(x) / static_cast<float>(image.width() - 1);
-                const QRgb expected = QColorExtended::fromHwbF(hue, 0.0f, blackness).getColor().rgb();
-                if (image.pixel(x, y) != expected)
-                    QFAIL(qPrintable(QStringLiteral("pixel %1, %2 is %3, not %4")
-                                         .arg(x)
-                                         .arg(y)
-                                         .arg(image.pixel(x, y), 0, 16)
-                                         .arg(expected, 0, 16)));
+                if (image.pixel(x, y) != QColorExtended::fromHwbF(hue, 0.0f, blackness).getColor().rgb())
+                    QFAIL(qPrintable(QStringLiteral("pixel %1, %2").arg(x).arg(y)));
             }
         }
         QCOMPARE(image.pixel(image.width() / 2, image.height() - 1), qRgb(0, 0, 0));
@@ -366,8 +264,6 @@ private Q_SLOTS:
     void whitenessBarClick_data()
     {
         QTest::addColumn<float>("target");
-        QTest::newRow("top") << 0.0f;
-        QTest::newRow("quarter") << 0.25f;
         QTest::newRow("middle") << 0.5f;
         QTest::newRow("bottom edge") << 1.0f;
     }
@@ -405,7 +301,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("setsAtPress");
         QTest::newRow("the stored 6500 K") << 6500.0f << -0.3f << 0.3f << 0;
         QTest::newRow("inside 3000 K") << 3000.0f << -0.4f << 0.4f << 1;
-        QTest::newRow("inside 11111 K, moving back") << 11111.0f << 0.2f << -0.45f << 1;
         QTest::newRow("right end and beyond") << 15000.0f << 0.0f << 2000.0f << 1;
         QTest::newRow("left end and beyond") << 1700.0f << 0.0f << -500.0f << 1;
     }
@@ -450,8 +345,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<float>("target");
         QTest::newRow("black") << 0.0f;
-        QTest::newRow("grey card") << 0.18f;
-        QTest::newRow("half") << 0.5f;
         QTest::newRow("white") << 1.0f;
     }
 

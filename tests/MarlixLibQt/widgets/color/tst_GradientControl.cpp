@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <cmath>
+#include <limits>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
@@ -29,36 +30,27 @@ bool near(const Rgb& a, const Rgb& b, float epsilon = 1e-5f)
         && std::abs(a.a - b.a) < epsilon;
 }
 
-/// Answers the next modal colour dialog from inside its event loop: accepts it with `color`, or rejects it when
-/// `color` is empty. Records the dialog's title and starting colour.
-struct DialogAnswer
+/// What the next modal colour dialog showed, answered from inside its event loop: accepted with `answer`, or rejected
+/// when it is empty.
+struct DialogSeen
 {
-    Optional<Rgb> color;
+    bool modal = false;
     QString title;
-    Optional<Rgb> startColor;
-    bool seen = false;
-
-    void arm()
-    {
-        QTimer::singleShot(0, [this] {
-            ColorPickerDialog* dialog = nullptr;
-            for (QWidget* widget : QApplication::topLevelWidgets())
-                if (auto* candidate = qobject_cast<ColorPickerDialog*>(widget); candidate && candidate->isVisible())
-                    dialog = candidate;
-            if (!dialog)
-                return;
-            seen = QApplication::activeModalWidget() == dialog;
-            title = dialog->windowTitle();
-            startColor = dialog->value();
-            if (color) {
-                dialog->setValue(*color);
-                dialog->accept();
-            } else {
-                dialog->reject();
-            }
-        });
-    }
+    Rgb start;
 };
+
+void answerNextDialog(Optional<Rgb> answer, DialogSeen& seen)
+{
+    QTimer::singleShot(0, [answer, &seen] {
+        auto* dialog = qobject_cast<ColorPickerDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        seen = { true, dialog->windowTitle(), dialog->value() };
+        if (answer)
+            dialog->setValue(*answer);
+        answer ? dialog->accept() : dialog->reject();
+    });
+}
 } // namespace
 
 class TestGradientControl : public QObject
@@ -69,7 +61,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void geometry();
     void rampShowsGradient();
     void dragPastNeighbours();
     void clickWithoutMovingWritesNothing();
@@ -114,22 +105,6 @@ void TestGradientControl::cleanup()
     model.reset();
 }
 
-void TestGradientControl::geometry()
-{
-    const int m = control->getMarginSize();
-    QCOMPARE(control->getGradientRectangle(), QRect(m, 0, 312 - 2 * m, 30 - m));
-    QCOMPARE(control->getRelativePosition(m), 0.0f);
-    QCOMPARE(control->getRelativePosition(0), 0.0f);
-    QCOMPARE(control->getRelativePosition(312 - m - 1), 1.0f);
-    QCOMPARE(control->getRelativePosition(1000), 1.0f);
-    const QPointF tip = control->getControlPointPosition(1);
-    QCOMPARE(tip, QPointF(m + (312 - 2 * m) / 2, 30 - m));
-    // Hits reach m - 1 pixels from the tip, no further.
-    QCOMPARE(control->getControlPointAtPosition(tip.toPoint() + QPoint(m - 1, 0)), Optional<int>(1));
-    QCOMPARE(control->getControlPointAtPosition(tip.toPoint() + QPoint(m, 0)), Optional<int>());
-    QCOMPARE(control->getControlPointAtPosition(QPoint(xOf(0.35f), 30 - m)), Optional<int>());
-}
-
 void TestGradientControl::rampShowsGradient()
 {
     control->grab();
@@ -148,10 +123,6 @@ void TestGradientControl::rampShowsGradient()
                 && std::abs(qBlue(shown) - encode(expected.b)) <= 1,
             qPrintable(QStringLiteral("column %1: %2").arg(x).arg(shown, 0, 16)));
     }
-    // Halfway between red and green: 0.5 ^ (1 / 2.2) is 186 of 255.
-    const QRgb mixed = ramp.pixel(static_cast<int>(std::lround(0.35 * (ramp.width() - 1))), y);
-    QVERIFY2(std::abs(qRed(mixed) - 186) <= 3 && std::abs(qGreen(mixed) - 186) <= 3 && qBlue(mixed) == 0,
-        qPrintable(QString::number(mixed, 16)));
 }
 
 void TestGradientControl::dragPastNeighbours()
@@ -218,7 +189,6 @@ void TestGradientControl::doubleClickAdds_data()
     QTest::addColumn<int>("y");
     QTest::addColumn<bool>("adds");
     QTest::newRow("inside the ramp") << 0.35f << 10 << true;
-    QTest::newRow("ramp before the first stop") << 0.05f << 1 << true;
     QTest::newRow("handle strip between handles") << 0.35f << 27 << false;
     QTest::newRow("left margin") << -0.01f << 10 << false;
 }
@@ -260,14 +230,12 @@ void TestGradientControl::doubleClickOnStopRecolours()
     QFETCH(bool, accept);
     // Transparent white: a value that survives the dialog's 8-bit channels exactly.
     const Rgb chosen { 1.0f, 1.0f, 1.0f, 0.0f };
-    DialogAnswer answer;
-    if (accept)
-        answer.color = chosen;
-    answer.arm();
+    DialogSeen seen;
+    answerNextDialog(accept ? Optional<Rgb>(chosen) : Optional<Rgb>(), seen);
     QTest::mouseDClick(control, Qt::LeftButton, {}, handleCentre(1));
-    QVERIFY(answer.seen);
-    QCOMPARE(answer.title, QStringLiteral("Select Color"));
-    QVERIFY(answer.startColor && near(*answer.startColor, GREEN, 1e-3f));
+    QVERIFY(seen.modal);
+    QCOMPARE(seen.title, QStringLiteral("Select Color"));
+    QVERIFY(near(seen.start, GREEN, 1e-3f));
     QCOMPARE(control->getSelectedStop(), Optional<int>());
     if (accept) {
         QCOMPARE(model->sets, 1);
@@ -291,6 +259,13 @@ void TestGradientControl::followsModel()
     QVERIFY(model->get().isEmpty());
     control->grab();
     QCOMPARE(control->getRamp().toImage().pixel(10, 0), qRgb(0, 0, 0));
+    // A stop read from a file with colours that are no numbers paints, in a defined colour, ramp and handle alike.
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    model->set(ColorGradient({ { Rgb { nan, inf, -inf, nan }, 0.5f } }));
+    const QImage shown = control->grab().toImage();
+    QCOMPARE(control->getRamp().toImage().pixel(10, 0), qRgb(0, 255, 0));
+    QCOMPARE(shown.pixel(handleCentre(0)), qRgb(0, 255, 0));
 }
 
 QTEST_MAIN(TestGradientControl)
