@@ -4,6 +4,7 @@
 
 #include <MarlixLib/base/Exception.h>
 
+#include <QDynamicPropertyChangeEvent>
 #include <QHBoxLayout>
 
 namespace Marlix::Widgets {
@@ -74,6 +75,14 @@ void Number::updateSliderConversion()
         return;
     slider->setConversion(SliderConverter(spinBox->getModelMinimum(), spinBox->getModelMaximum(),
                                           SliderScale::Linear, spinBox->getConversion().suffix));
+}
+
+bool Number::event(QEvent* event)
+{
+    if (event->type() == QEvent::DynamicPropertyChange
+        && static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == SpinBox::MIXED_VALUES_PROPERTY)
+        spinBox->setProperty(SpinBox::MIXED_VALUES_PROPERTY, property(SpinBox::MIXED_VALUES_PROPERTY));
+    return Container::event(event);
 }
 
 void Number::notify()

@@ -80,17 +80,21 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     // No wheel focus: a wheel over an unfocused field must scroll the surrounding view, not grab the field.
     setFocusPolicy(Qt::StrongFocus);
-    // Typed text reaches the model on Enter or focus loss, not per keystroke, so a typed number is one change.
-    setKeyboardTracking(false);
+    // Typed values reach the model as they are typed, so linked views follow; the burst is one change bracket.
+    setKeyboardTracking(true);
     setStepType(StepType::Fixed);
     // Also shows the model's value.
     applyRange(DEFAULT_STEP, DEFAULT_DECIMALS);
 
     registerCallback(this->model->addCallback([this](double value) { showModelValue(value); }));
     connect(this, &QDoubleSpinBox::valueChanged, this, &SpinBox::onValueChanged);
+    connect(edit, &QLineEdit::textEdited, this, &SpinBox::onTextEdited);
     connect(this, &QAbstractSpinBox::editingFinished, this, [this] {
-        if (inputAction == InputAction::Keyboard || inputAction == InputAction::Wheel)
+        if (inputAction == InputAction::Typing)
+            finishTyping();
+        else if (inputAction == InputAction::Keyboard || inputAction == InputAction::Wheel)
             endValueChange();
+        typedSinceCommit = false;
     });
 
     setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
@@ -157,20 +161,30 @@ void SpinBox::setConversion(ModelValueConverter<double> converter)
     if (!converter.toDisplay || !converter.fromDisplay)
         Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
     conversion = std::move(converter);
-    setSuffix(toSpinBoxSuffix(conversion.suffix));
+    applySuffix(toSpinBoxSuffix(conversion.suffix));
     applyRange();
 }
 
 void SpinBox::setDisplaySuffix(const QString& text)
 {
-    setSuffix(text);
+    applySuffix(text);
     updateRangeToolTip();
+}
+
+void SpinBox::applySuffix(const QString& text)
+{
+    // An empty field shows its placeholder only without a suffix: while several values are shown, or typed over, the
+    // suffix waits until the field shows a number again.
+    const bool aside = suffix() != displaySuffix;
+    displaySuffix = text;
+    if (!mixedValues && !aside)
+        setSuffix(text);
 }
 
 QString SpinBox::convertValueToText(double modelValue) const
 {
     const double shown = std::clamp(conversion.toDisplay(modelValue), minimum(), maximum());
-    return textFromValue(shown);
+    return formatValue(shown);
 }
 
 void SpinBox::notify()
@@ -180,18 +194,95 @@ void SpinBox::notify()
 
 void SpinBox::showModelValue(double modelValue)
 {
+    const double shown = conversion.toDisplay(modelValue);
+    // The echo of a value being typed would rewrite the text under the cursor ("2" as "2.000" before the point).
+    if (inputAction == InputAction::Typing && formatValue(shown) == formatValue(value()))
+        return;
     const bool wasBlocked = blockSignals(true);
-    setValue(conversion.toDisplay(modelValue));
+    setValue(shown);
     blockSignals(wasBlocked);
 }
 
 void SpinBox::onValueChanged(double displayValue)
 {
+    // A step or drag from a field of several values starts from the model's value and sets every value.
+    const bool wasMixed = mixedValues;
+    if (wasMixed && inputAction != InputAction::Typing)
+        setMixedValues(false);
     // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
     // changed (Enter on an untouched field) would lose the model's precision.
-    if (textFromValue(displayValue) == convertValueToText(model->get()))
+    if (!wasMixed && formatValue(displayValue) == convertValueToText(model->get()))
         return;
     model->set(conversion.fromDisplay(displayValue));
+}
+
+void SpinBox::onTextEdited(const QString& text)
+{
+    typedSinceCommit = true;
+    if (inputAction != InputAction::Typing) {
+        const bool fromMixed = mixedValues;
+        beginValueChange(InputAction::Typing);
+        valueBeforeTyping = model->get();
+        typingFromMixed = fromMixed;
+    }
+    if (mixedValues) {
+        // The suffix stays away until the typing ends, so the typed text is not rewritten under the cursor.
+        mixedValues = false;
+        lineEdit()->setPlaceholderText({});
+    }
+    QString copy = text;
+    int position = lineEdit()->cursorPosition();
+    typedTextAcceptable = validate(copy, position) == QValidator::Acceptable;
+}
+
+void SpinBox::finishTyping()
+{
+    typedSinceCommit = false;
+    if (inputAction != InputAction::Typing)
+        return;
+    inputAction = InputAction::None;
+    if (!typedTextAcceptable) {
+        // The text ended out of range or with a foreign separator: the values that passed through while typing are
+        // taken back, so a bad entry changes nothing.
+        model->set(valueBeforeTyping);
+        model->revertChange();
+    } else {
+        // Typing the first of several values still means that value for all of them.
+        if (typingFromMixed)
+            model->set(conversion.fromDisplay(value()));
+        model->commitChange();
+    }
+    typingFromMixed = false;
+    if (!mixedValues && suffix() != displaySuffix)
+        setSuffix(displaySuffix);
+}
+
+void SpinBox::setMixedValues(bool mixed)
+{
+    if (mixed == mixedValues)
+        return;
+    mixedValues = mixed;
+    lineEdit()->setPlaceholderText(mixed ? tr("<different values>") : QString());
+    if (mixed) {
+        setSuffix(QString());
+        lineEdit()->clear();
+    } else {
+        setSuffix(displaySuffix);
+        notify();
+    }
+}
+
+bool SpinBox::handleShortcutOverride(QEvent* event)
+{
+    if (event->type() != QEvent::ShortcutOverride || typedSinceCommit)
+        return false;
+    auto* keyEvent = static_cast<QKeyEvent*>(event);
+    if (!keyEvent->matches(QKeySequence::Undo) && !keyEvent->matches(QKeySequence::Redo))
+        return false;
+    // Nothing typed since the last commit: the text's own undo history holds nothing of the user's, and the keys undo
+    // what the field did to the model, as they do everywhere else in the application.
+    event->ignore();
+    return true;
 }
 
 QSize SpinBox::sizeHint() const
@@ -199,7 +290,7 @@ QSize SpinBox::sizeHint() const
     if (!hasLimitedSizedBounds())
         return QDoubleSpinBox::sizeHint();
     ensurePolished();
-    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + suffix());
+    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + displaySuffix);
 }
 
 QSize SpinBox::minimumSizeHint() const
@@ -227,7 +318,7 @@ QSize SpinBox::sizeForLimitedBounds(int editHeight, const QString& fixedText) co
     const QString fixedContent = fixedText + QLatin1Char(' ');
     int width = 0;
     for (const double bound : { low, high }) {
-        QString text = textFromValue(bound);
+        QString text = formatValue(bound);
         text.truncate(18);
         width = std::max(width, metrics.horizontalAdvance(text + fixedContent));
     }
@@ -243,16 +334,16 @@ QString SpinBox::textFromValue(double value) const
 {
     if (textDeferred)
         return shownValueText();
-    QString text = QDoubleSpinBox::textFromValue(value);
+    if (mixedValues)
+        return {};
+    return formatValue(value);
+}
+
+QString SpinBox::formatValue(double value) const
+{
     const QLocale numberLocale = locale();
-    // With equal group and decimal separators the grouped integer part would read as more decimals.
-    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && std::abs(value) >= 1000.0 && decimals() > 0) {
-        const QString separator = numberLocale.decimalPoint();
-        const QString fraction = text.right(decimals());
-        QString whole = text.left(text.size() - decimals() - separator.size());
-        whole.remove(separator);
-        text = whole + separator + fraction;
-    }
+    QString text = disambiguateGrouping(QDoubleSpinBox::textFromValue(value), value, decimals(),
+                                        numberLocale.decimalPoint(), numberLocale.groupSeparator());
     if (precisionType != PrecisionType::AllDecimals && decimals() >= 1) {
         while (text.size() >= 4 && text.endsWith(QStringLiteral("00")))
             text.chop(1);
@@ -263,11 +354,45 @@ QString SpinBox::textFromValue(double value) const
 double SpinBox::valueFromText(const QString& text) const
 {
     const QLocale numberLocale = locale();
-    const QString body = stripSuffix(text).trimmed();
-    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && body.startsWith(numberLocale.decimalPoint())
-        && body.size() > 1)
-        return QDoubleSpinBox::valueFromText(QLatin1Char('0') + body);
+    if (numberLocale.groupSeparator() == numberLocale.decimalPoint()) {
+        if (const std::optional<double> number
+            = parseAmbiguousGrouping(stripSuffix(text).trimmed(), numberLocale.decimalPoint()))
+            return *number;
+    }
     return QDoubleSpinBox::valueFromText(text);
+}
+
+QString SpinBox::disambiguateGrouping(const QString& text, double value, int decimals, const QString& decimalPoint,
+                                      const QString& groupSeparator)
+{
+    // Below 1000 there is no grouping, so the point the base class wrote is the decimal point.
+    if (groupSeparator != decimalPoint || decimalPoint.isEmpty() || std::abs(value) < 1000.0 || decimals <= 0)
+        return text;
+    QString digits = text;
+    digits.remove(decimalPoint);
+    if (digits.size() <= decimals)
+        return text;
+    return digits.left(digits.size() - decimals) + decimalPoint + digits.right(decimals);
+}
+
+std::optional<double> SpinBox::parseAmbiguousGrouping(const QString& text, const QString& separator)
+{
+    if (separator.isEmpty())
+        return std::nullopt;
+    QString body = text;
+    const qsizetype last = body.lastIndexOf(separator);
+    if (last >= 0) {
+        QString whole = body.left(last);
+        whole.remove(separator);
+        if (whole.isEmpty() || whole == QStringLiteral("-"))
+            whole += QLatin1Char('0');
+        body = whole + QLatin1Char('.') + body.mid(last + separator.size());
+    }
+    bool parsed = false;
+    const double number = QLocale::c().toDouble(body, &parsed);
+    if (!parsed)
+        return std::nullopt;
+    return number;
 }
 
 QString SpinBox::shownValueText() const
@@ -317,23 +442,31 @@ QValidator::State SpinBox::validate(QString& text, int& position) const
 
 void SpinBox::stepBy(int steps)
 {
-    if (stepType == StepType::Proportional) {
-        setValue(value() + steps * getProportionalStep(value()));
-        return;
-    }
+    // Within a gesture the proportional step was fixed when it began, so every step of it is the same size.
+    if (stepType == StepType::Proportional && inputAction == InputAction::None)
+        setSingleStep(getProportionalStep(value()));
+    // The base class reads text typed but not yet confirmed before it steps.
     QDoubleSpinBox::stepBy(steps);
 }
 
 void SpinBox::beginValueChange(InputAction action)
 {
-    if (inputAction != InputAction::None)
+    if (inputAction == InputAction::Typing)
+        finishTyping();
+    else if (inputAction != InputAction::None)
         model->commitChange();
     inputAction = action;
     model->beginChange();
+    if (stepType == StepType::Proportional && action != InputAction::Typing)
+        setSingleStep(getProportionalStep(value()));
 }
 
 void SpinBox::endValueChange()
 {
+    if (inputAction == InputAction::Typing) {
+        finishTyping();
+        return;
+    }
     if (inputAction == InputAction::None)
         return;
     inputAction = InputAction::None;
@@ -371,7 +504,7 @@ void SpinBox::mouseMoveEvent(QMouseEvent* event)
         QDoubleSpinBox::mouseReleaseEvent(&release);
     }
 
-    double step = stepType == StepType::Proportional ? getProportionalStep(value()) : singleStep();
+    double step = singleStep();
     if (stepType == StepType::Adaptive && delta != 0) {
         if (!dragStepValid) {
             dragStep = getAdaptiveDragStep(value(), delta);
@@ -433,6 +566,8 @@ void SpinBox::wheelEvent(QWheelEvent* event)
 
 void SpinBox::keyPressEvent(QKeyEvent* event)
 {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        finishTyping();
     const bool arrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
     if (arrow && !event->isAutoRepeat())
         beginValueChange(InputAction::Keyboard);
@@ -455,6 +590,7 @@ void SpinBox::focusInEvent(QFocusEvent* event)
 
 void SpinBox::focusOutEvent(QFocusEvent* event)
 {
+    finishTyping();
     endValueChange();
     QDoubleSpinBox::focusOutEvent(event);
     Q_EMIT focusChanged(false);
@@ -462,7 +598,13 @@ void SpinBox::focusOutEvent(QFocusEvent* event)
 
 bool SpinBox::event(QEvent* event)
 {
+    if (handleShortcutOverride(event))
+        return true;
     switch (event->type()) {
+    case QEvent::DynamicPropertyChange:
+        if (static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == MIXED_VALUES_PROPERTY)
+            setMixedValues(property(MIXED_VALUES_PROPERTY).toBool());
+        break;
     case QEvent::HoverEnter:
     case QEvent::HoverMove:
     case QEvent::HoverLeave:
@@ -477,6 +619,8 @@ bool SpinBox::event(QEvent* event)
 bool SpinBox::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == lineEdit()) {
+        if (handleShortcutOverride(event))
+            return true;
         switch (event->type()) {
         case QEvent::HoverEnter:
         case QEvent::HoverMove:
@@ -517,7 +661,7 @@ void SpinBox::updateRangeToolTip()
     const double high = maximum();
     const bool whole = isWholeNumber(low) && isWholeNumber(high) && isWholeNumber(singleStep());
     const auto write = [&](double number) {
-        return numberLocale.toString(number, 'f', whole ? 0 : decimals()) + suffix();
+        return numberLocale.toString(number, 'f', whole ? 0 : decimals()) + displaySuffix;
     };
     const bool lowBounded = low > -UNBOUNDED;
     const bool highBounded = high < UNBOUNDED;

@@ -97,7 +97,8 @@ private Q_SLOTS:
 
         typeInto(vector.getComponent(component)->getSpinBox(), typed);
         QCOMPARE(model->get(), expected);
-        QCOMPARE(model->sets, 1);
+        QCOMPARE(model->begins, 1);
+        QCOMPARE(model->commits, 1);
         for (int i = 0; i < 3; ++i)
             QCOMPARE(vector.getComponent(i)->getSpinBox()->value(), expected[static_cast<std::size_t>(i)]);
     }
@@ -144,6 +145,27 @@ private Q_SLOTS:
         QCOMPARE(value[0], 1.0);
         QVERIFY(std::abs(value[1] - 3.1) < 1e-9); // one step for the press, ten for the pixels
         QCOMPARE(value[2], 3.0);
+    }
+
+    // Each field follows the model through its own adapter: an outside change reads the model once per field (and
+    // once for the grid's own rows and actions), not a second time for a refresh of the whole editor.
+    void outsideChangeRefreshesEachFieldOnce()
+    {
+        auto array = makeSharedPtr<RecordingModel<Array<double>>>(Array<double> { 1, 2, 3 });
+        Vector vector(array, { 0, 0, 0 });
+        array->resetCounts();
+        array->set({ 4, 5, 6 });
+        QCOMPARE(vector.getComponent(2)->getSpinBox()->value(), 6.0);
+        QCOMPARE(array->gets, 1 + 3);
+
+        auto tm = makeSharedPtr<RecordingModel<PosRotScaleTm>>(PosRotScaleTm {});
+        PosRotScale editor(tm, makeSharedPtr<VariableModel<DisplayUnits>>(DEFAULT_DISPLAY_UNITS));
+        tm->resetCounts();
+        PosRotScaleTm moved;
+        moved.position = { 1, 2, 3 };
+        tm->set(moved);
+        QCOMPARE(editor.getField(PosRotScale::Row::Position, 2)->value(), 3.0);
+        QCOMPARE(tm->gets, 1 + 12);
     }
 
     void configurationReachesEveryComponent()
@@ -257,7 +279,8 @@ private Q_SLOTS:
         QVERIFY(std::abs(value.rotation.y - std::numbers::pi / 4.0) < 1e-12);
         QVERIFY(std::abs(value.position.x - 0.25) < 1e-12);
         QCOMPARE(value.scale, Vector3(1.0, 1.0, 1.0));
-        QCOMPARE(model->sets, 2);
+        QCOMPARE(model->commits, 2);
+        model->resetCounts();
 
         dragUp(editor.getField(Row::Scale, 2), 5);
         QCOMPARE(model->begins, 1);
