@@ -3,6 +3,7 @@
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
 
 #include "MarlixLibQt/widgets/RecordingModel.h"
+#include "MarlixLibQt/widgets/editors/EditorTesting.h"
 
 #include <QAction>
 #include <QApplication>
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QProxyStyle>
 #include <QScreen>
-#include <QStyleOptionSpinBox>
 #include <QTest>
 #include <QtTest/qtestspontaneevent.h>
 #include <QVBoxLayout>
@@ -21,7 +21,7 @@
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
-using Marlix::Widgets::Testing::RecordingModel;
+using namespace Marlix::Widgets::Testing;
 
 Q_DECLARE_METATYPE(SpinBox::StepType)
 Q_DECLARE_METATYPE(SpinBox::ScrollSpeedAdjustmentType)
@@ -59,18 +59,6 @@ protected:
     }
 };
 
-QRect arrowRect(const SpinBox& spinBox, QStyle::SubControl arrow)
-{
-    QStyleOptionSpinBox option;
-    option.initFrom(&spinBox);
-    option.frame = true;
-    option.buttonSymbols = QAbstractSpinBox::UpDownArrows;
-    option.subControls = QStyle::SC_SpinBoxFrame | QStyle::SC_SpinBoxEditField | QStyle::SC_SpinBoxUp
-        | QStyle::SC_SpinBoxDown;
-    option.stepEnabled = QAbstractSpinBox::StepUpEnabled | QAbstractSpinBox::StepDownEnabled;
-    return spinBox.style()->subControlRect(QStyle::CC_SpinBox, &option, arrow, &spinBox);
-}
-
 void sendWheel(QWidget* target, int angle, Qt::ScrollPhase phase)
 {
     const QPointF position = target->rect().center();
@@ -79,15 +67,6 @@ void sendWheel(QWidget* target, int angle, Qt::ScrollPhase phase)
     // Marked as coming from the window system, so that the application propagates it as it does a real wheel.
     QSpontaneKeyEvent::setSpontaneous(&event);
     qApp->notify(target, &event);
-}
-
-bool showActive(QWidget& widget)
-{
-    // Away from the screen's edges, so that a drag does not wrap the cursor by accident.
-    widget.move(200, 200);
-    widget.show();
-    widget.activateWindow();
-    return QTest::qWaitForWindowActive(&widget);
 }
 
 enum Gesture
@@ -165,18 +144,14 @@ private Q_SLOTS:
         using A = SpinBox::ScrollSpeedAdjustmentType;
         const int shift = Qt::ShiftModifier;
         const int ctrl = Qt::ControlModifier;
-        const int alt = Qt::AltModifier;
         QTest::newRow("plain") << S::Fixed << A::ShiftFasterCtrlSlower << 0 << 0.0 << 10 << 10 << 1.0;
         QTest::newRow("shift faster") << S::Fixed << A::ShiftFasterCtrlSlower << shift << 0.0 << 10 << 10 << 10.0;
         QTest::newRow("ctrl slower") << S::Fixed << A::ShiftFasterCtrlSlower << ctrl << 0.0 << 10 << 10 << 0.1;
         QTest::newRow("ctrl faster") << S::Fixed << A::CtrlFasterAltSlower << ctrl << 0.0 << 10 << 10 << 10.0;
-        QTest::newRow("alt slower") << S::Fixed << A::CtrlFasterAltSlower << alt << 0.0 << 10 << 10 << 0.1;
         QTest::newRow("no adjustment") << S::Fixed << A::NoAdjustment << ctrl << 0.0 << 10 << 10 << 1.0;
         QTest::newRow("adaptive 250") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 250.0 << 10 << 10 << 350.0;
         QTest::newRow("adaptive -250 towards zero") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << -250.0 << 10
                                                     << 10 << -150.0;
-        QTest::newRow("adaptive 0.0005") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 0.0005 << 10 << 10
-                                         << 0.0105;
         QTest::newRow("adaptive step kept for the drag") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 95.0
                                                          << 20 << 20 << 115.0;
         // The proportional step is fixed at the press: ten pixels from 500 add ten steps of 2.
@@ -206,7 +181,7 @@ private Q_SLOTS:
         QVERIFY(field.show());
         field.model->resetCounts();
 
-        const QPoint press = arrowRect(spinBox, up ? QStyle::SC_SpinBoxDown : QStyle::SC_SpinBoxUp).center();
+        const QPoint press = arrowCenter(spinBox, up ? QStyle::SC_SpinBoxDown : QStyle::SC_SpinBoxUp);
         const auto mods = Qt::KeyboardModifiers(modifiers);
         QTest::mousePress(&spinBox, Qt::LeftButton, mods, press);
         QCOMPARE(field.model->begins, 1);
@@ -222,18 +197,6 @@ private Q_SLOTS:
         QCOMPARE(field.model->commits, 1);
         QCOMPARE(field.model->setsOutsideBracket, 0);
         QCOMPARE(spinBox.getInputAction(), SpinBox::InputAction::None);
-    }
-
-    void pressOnArrowStepsOnce()
-    {
-        Field field(1.0);
-        QVERIFY(field.show());
-        field.model->resetCounts();
-        const QPoint press = arrowRect(*field.spinBox, QStyle::SC_SpinBoxUp).center();
-        QTest::mouseClick(field.spinBox.get(), Qt::LeftButton, {}, press);
-        QCOMPARE(field.model->get(), 1.1);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 1);
     }
 
     void dragWrapsAtScreenEdge_data()
@@ -252,7 +215,7 @@ private Q_SLOTS:
         spinBox.setRange(-1e9, 1e9, 1.0, 0);
         QVERIFY(field.show());
         const QRect screen = spinBox.screen()->geometry();
-        const QPoint press = arrowRect(spinBox, QStyle::SC_SpinBoxUp).center();
+        const QPoint press = arrowCenter(spinBox, QStyle::SC_SpinBoxUp);
         QTest::mousePress(&spinBox, Qt::LeftButton, {}, press);
         const double afterPress = spinBox.value();
         const QPoint globalPress = spinBox.mapToGlobal(press);
@@ -343,75 +306,37 @@ private Q_SLOTS:
         QCOMPARE(field.model->nestedBegins, 0);
     }
 
-    void gestureCommitsOpenOne()
+    void shownText_data()
     {
-        Field field(0.0);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.model->resetCounts();
-        sendWheel(field.spinBox->getLineEdit(), 120, Qt::NoScrollPhase);
-        QTest::keyPress(field.spinBox.get(), Qt::Key_Up);
-        QCOMPARE(field.model->begins, 2);
-        QCOMPARE(field.model->commits, 1);
-        QCOMPARE(field.model->nestedBegins, 0);
-        QTest::keyRelease(field.spinBox.get(), Qt::Key_Up);
-        QCOMPARE(field.model->commits, 2);
-    }
-
-    void trimmedText_data()
-    {
-        QTest::addColumn<int>("precision");
         QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<int>("precision");
+        QTest::addColumn<QString>("suffix");
         QTest::addColumn<QString>("text");
-        QTest::newRow("2") << 1 << 2.0 << "2.0";
-        QTest::newRow("1.5") << 1 << 1.5 << "1.50";
-        QTest::newRow("1.25") << 1 << 1.25 << "1.250";
-        QTest::newRow("10") << 1 << 10.0 << "10.0";
-        QTest::newRow("-3") << 1 << -3.0 << "-3.0";
-        QTest::newRow("all decimals") << 0 << 2.0 << "2.000";
+        // Trimming drops zeros while two of them end the text.
+        QTest::newRow("trimmed 2") << 2.0 << 3 << 1 << QString() << "2.0";
+        QTest::newRow("trimmed 1.5") << 1.5 << 3 << 1 << QString() << "1.50";
+        QTest::newRow("trimmed 1.25") << 1.25 << 3 << 1 << QString() << "1.250";
+        QTest::newRow("trimmed -3") << -3.0 << 3 << 1 << QString() << "-3.0";
+        QTest::newRow("all decimals") << 2.0 << 3 << 0 << QString() << "2.000";
+        QTest::newRow("fewer decimals") << 0.125 << 1 << 0 << QString() << "0.1";
+        QTest::newRow("clamped, without decimals") << 50.0 << 0 << 0 << QString() << "10";
+        QTest::newRow("suffix") << 2.0 << 2 << 0 << QStringLiteral(" px") << "2.00 px";
     }
 
-    void trimmedText()
+    void shownText()
     {
-        QFETCH(int, precision);
         QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(int, precision);
+        QFETCH(QString, suffix);
         QFETCH(QString, text);
         Field field(value);
-        field.spinBox->setRange(-100.0, 100.0, 0.1, 3);
+        field.spinBox->setDisplaySuffix(suffix);
+        field.spinBox->setRange(-10.0, 10.0, 1.0, decimals);
         field.spinBox->setPrecisionType(static_cast<SpinBox::PrecisionType>(precision));
         QCOMPARE(field.spinBox->getLineEdit()->text(), text);
-        QCOMPARE(field.spinBox->convertValueToText(value), text);
-    }
-
-    void textAfterRangeChange_data()
-    {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("suffix");
-        QTest::addColumn<double>("minimum");
-        QTest::addColumn<double>("maximum");
-        QTest::addColumn<int>("decimals");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("fewer decimals") << 0.125 << QString() << -10.0 << 10.0 << 1 << "0.1";
-        QTest::newRow("whole, clamped") << 50.0 << QString() << 0.0 << 10.0 << 0 << "10";
-        QTest::newRow("suffix kept") << 2.0 << QStringLiteral(" px") << 0.0 << 10.0 << 2 << "2.00 px";
-    }
-
-    void textAfterRangeChange()
-    {
-        QFETCH(double, value);
-        QFETCH(QString, suffix);
-        QFETCH(double, minimum);
-        QFETCH(double, maximum);
-        QFETCH(int, decimals);
-        QFETCH(QString, text);
-        Field field(value);
-        QCOMPARE(field.spinBox->getLineEdit()->text(), QString::number(value, 'f', 3));
-        field.spinBox->setDisplaySuffix(suffix);
-        field.spinBox->setRange(minimum, maximum, 1.0, decimals);
-        QLineEdit* edit = field.spinBox->getLineEdit();
-        QCOMPARE(edit->text(), text);
-        QVERIFY(edit->hasAcceptableInput());
-        QCOMPARE(field.spinBox->findChildren<QLineEdit*>(), QList<QLineEdit*> { edit });
+        QCOMPARE(field.spinBox->convertValueToText(value) + suffix, text);
         // Showing the model's value never writes it, not even clamped.
         QCOMPARE(field.model->sets, 0);
     }
@@ -463,7 +388,7 @@ private Q_SLOTS:
             field.spinBox->setStyle(&hintStyle);
         QVERIFY(field.show());
 
-        const QPoint position = overArrow ? arrowRect(*field.spinBox, QStyle::SC_SpinBoxDown).center()
+        const QPoint position = overArrow ? arrowCenter(*field.spinBox, QStyle::SC_SpinBoxDown)
                                           : field.spinBox->getLineEdit()->geometry().center();
         QHoverEvent enter(QEvent::HoverEnter, position, position, QPoint(-1, -1));
         QApplication::sendEvent(field.spinBox.get(), &enter);
@@ -483,11 +408,10 @@ private Q_SLOTS:
         QTest::addColumn<double>("maximum");
         QTest::addColumn<int>("decimals");
         QTest::addColumn<QString>("suffix");
-        QTest::addColumn<bool>("limited");
         const double unbounded = SpinBox::UNBOUNDED;
-        QTest::newRow("small range") << 0.0 << 10.0 << 3 << QString() << false;
-        QTest::newRow("unbounded") << -unbounded << unbounded << 3 << QString() << true;
-        QTest::newRow("unbounded maximum with a unit") << 0.0 << unbounded << 1 << QStringLiteral(" cm") << true;
+        QTest::newRow("small range") << 0.0 << 10.0 << 3 << QString();
+        QTest::newRow("unbounded") << -unbounded << unbounded << 3 << QString();
+        QTest::newRow("unbounded maximum with a unit") << 0.0 << unbounded << 1 << QStringLiteral(" cm");
     }
 
     // Wide bounds ask for no more room than five whole digits: three unbounded fields in a row still fit a sheet.
@@ -497,28 +421,17 @@ private Q_SLOTS:
         QFETCH(double, maximum);
         QFETCH(int, decimals);
         QFETCH(QString, suffix);
-        QFETCH(bool, limited);
-        const auto configure = [&](QDoubleSpinBox& box, double low, double high) {
-            box.setLocale(QLocale::c());
-            box.setDecimals(decimals);
-            box.setRange(low, high);
-            box.setSuffix(suffix);
-        };
         Field field(0.0);
         field.spinBox->setRange(minimum, maximum, 0.1, decimals);
         field.spinBox->setDisplaySuffix(suffix);
-        QDoubleSpinBox plain;
-        configure(plain, minimum, maximum);
+        // Sized as a plain spin box whose bounds stop at five digits.
         QDoubleSpinBox fiveDigits;
-        configure(fiveDigits, std::max(minimum, -99999.0), std::min(maximum, 99999.0));
-
-        const SpinBox& spinBox = *field.spinBox;
-        QCOMPARE(spinBox.sizeHint(), fiveDigits.sizeHint());
-        QCOMPARE(spinBox.minimumSizeHint(), fiveDigits.minimumSizeHint());
-        if (limited)
-            QVERIFY(spinBox.sizeHint().width() < plain.sizeHint().width());
-        else
-            QCOMPARE(spinBox.sizeHint(), plain.sizeHint());
+        fiveDigits.setLocale(QLocale::c());
+        fiveDigits.setDecimals(decimals);
+        fiveDigits.setRange(std::max(minimum, -99999.0), std::min(maximum, 99999.0));
+        fiveDigits.setSuffix(suffix);
+        QCOMPARE(field.spinBox->sizeHint(), fiveDigits.sizeHint());
+        QCOMPARE(field.spinBox->minimumSizeHint(), fiveDigits.minimumSizeHint());
     }
 
     void validate_data()
@@ -528,11 +441,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("state");
         const QLocale c = QLocale::c();
         const QLocale german(QLocale::German, QLocale::Germany);
-        QTest::newRow("point") << c << "1.5" << int(QValidator::Acceptable);
         QTest::newRow("comma in C") << c << "1,5" << int(QValidator::Intermediate);
         QTest::newRow("comma in German") << german << "1,5" << int(QValidator::Acceptable);
         QTest::newRow("point in German") << german << "1.5" << int(QValidator::Intermediate);
-        QTest::newRow("above maximum") << c << "11" << int(QValidator::Intermediate);
         QTest::newRow("letters") << c << "x" << int(QValidator::Invalid);
     }
 
@@ -556,8 +467,10 @@ private Q_SLOTS:
         QTest::addColumn<double>("expected");
         QTest::newRow("valid") << "2.5" << 2.5 << 2.5;
         // Values that pass through ("2", "1") are shown; a text that ends bad takes them back.
-        QTest::newRow("wrong separator") << "2,5" << 2.0 << 3.0;
-        QTest::newRow("out of range") << "12" << 1.0 << 3.0;
+        QTest::newRow("wrong separator") << "2,5" << 2.0 << 3.14159;
+        QTest::newRow("out of range") << "12" << 1.0 << 3.14159;
+        // The field shows the value rounded: Enter on it must not write the rounded value back.
+        QTest::newRow("nothing typed") << "" << 3.142 << 3.14159;
     }
 
     // A linked view follows each keystroke, and the burst is one change that Enter closes.
@@ -566,7 +479,7 @@ private Q_SLOTS:
         QFETCH(QString, typed);
         QFETCH(double, whileTyping);
         QFETCH(double, expected);
-        Field field(3.0);
+        Field field(3.14159);
         field.spinBox->setRange(0.0, 10.0, 0.1, 2);
         SpinBox linked(field.model, 0.0);
         QVERIFY(field.show());
@@ -577,11 +490,13 @@ private Q_SLOTS:
         QCOMPARE(linked.value(), whileTyping);
         QCOMPARE(field.model->commits + field.model->reverts, 0);
         QTest::keyClick(field.spinBox->getLineEdit(), Qt::Key_Return);
+        field.spinBox->clearFocus();
         QCOMPARE(field.model->get(), expected);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits + field.model->reverts, 1);
+        const int brackets = typed.isEmpty() ? 0 : 1;
+        QCOMPARE(field.model->begins, brackets);
+        QCOMPARE(field.model->commits + field.model->reverts, brackets);
         QCOMPARE(field.model->setsOutsideBracket, 0);
-        QCOMPARE(field.spinBox->value(), expected);
+        QCOMPARE(field.spinBox->text(), field.spinBox->convertValueToText(expected));
     }
 
     void ambiguousGrouping_data()
@@ -625,38 +540,29 @@ private Q_SLOTS:
         QFETCH(bool, confirm);
         QFETCH(bool, applicationUndoes);
         QWidget window;
-        auto model = makeSharedPtr<VariableModel<double>>(1.0);
-        auto* spinBox = new SpinBox(model, 0.0, &window);
-        spinBox->setLocale(QLocale::c());
+        auto* spinBox = new SpinBox(&window);
         spinBox->setGeometry(10, 10, 160, spinBox->sizeHint().height());
-        int undos = 0;
-        int redos = 0;
-        auto* undo = new QAction(&window);
-        undo->setShortcut(QKeySequence::Undo);
-        connect(undo, &QAction::triggered, [&undos] { ++undos; });
-        auto* redo = new QAction(&window);
-        redo->setShortcut(QKeySequence::Redo);
-        connect(redo, &QAction::triggered, [&redos] { ++redos; });
-        window.addActions({ undo, redo });
-        window.move(200, 200);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        int triggered = 0;
+        for (const auto keys : { QKeySequence::Undo, QKeySequence::Redo }) {
+            auto* action = new QAction(&window);
+            action->setShortcut(keys);
+            connect(action, &QAction::triggered, [&triggered] { ++triggered; });
+            window.addAction(action);
+        }
+        QVERIFY(showActive(window));
 
-        const QPoint press = arrowRect(*spinBox, QStyle::SC_SpinBoxUp).center();
-        QTest::mousePress(spinBox, Qt::LeftButton, {}, press);
-        QTest::mouseMove(spinBox, press - QPoint(0, 5));
-        QTest::mouseRelease(spinBox, Qt::LeftButton, {}, press - QPoint(0, 5));
-        if (type)
+        dragUp(spinBox, 5);
+        if (type) {
+            spinBox->getLineEdit()->selectAll();
             QTest::keyClicks(spinBox->getLineEdit(), QStringLiteral("4"));
+        }
         if (confirm)
             QTest::keyClick(spinBox->getLineEdit(), Qt::Key_Return);
         QWidget* focus = QApplication::focusWidget();
         QVERIFY(focus == spinBox || focus == spinBox->getLineEdit());
         QTest::keySequence(focus, QKeySequence::Undo);
         QTest::keySequence(focus, QKeySequence::Redo);
-        QCOMPARE(undos, applicationUndoes ? 1 : 0);
-        QCOMPARE(redos, applicationUndoes ? 1 : 0);
+        QCOMPARE(triggered, applicationUndoes ? 2 : 0);
     }
 
     void mixedValues_data()
@@ -696,15 +602,9 @@ private Q_SLOTS:
         if (end == 0) {
             number.setProperty(SpinBox::MIXED_VALUES_PROPERTY, false);
         } else if (end == 1) {
-            spinBox->setFocus();
-            QTest::keyClicks(edit, QStringLiteral("0.7"));
-            QTest::keyClick(edit, Qt::Key_Return);
+            typeInto(spinBox, QStringLiteral("0.7"));
         } else {
-            const QPoint press = arrowRect(*spinBox, QStyle::SC_SpinBoxUp).center();
-            QTest::mousePress(spinBox, Qt::LeftButton, {}, press);
-            for (int i = 1; i <= 10; ++i)
-                QTest::mouseMove(spinBox, press - QPoint(0, i));
-            QTest::mouseRelease(spinBox, Qt::LeftButton, {}, press - QPoint(0, 10));
+            dragUp(spinBox, 10);
         }
         QVERIFY(!spinBox->isShowingMixedValues());
         QVERIFY(std::abs(model->get() - expected) < 1e-9);
@@ -713,33 +613,16 @@ private Q_SLOTS:
         QCOMPARE(edit->text(), QString::number(expected, 'f', 3) + QStringLiteral(" m"));
     }
 
-    void enterOnUntouchedFieldKeepsPrecision()
-    {
-        Field field(1.23456);
-        field.spinBox->setRange(0.0, 10.0, 0.1, 3);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.model->resetCounts();
-        QTest::keyClick(field.spinBox->getLineEdit(), Qt::Key_Return);
-        field.spinBox->clearFocus();
-        QCOMPARE(field.model->get(), 1.23456);
-        QCOMPARE(field.model->sets, 0);
-    }
-
     void resetAndPaste()
     {
         auto model = makeSharedPtr<RecordingModel<double>>(4.0);
         SpinBox spinBox(model, 1.5);
         spinBox.setLocale(QLocale::c());
         spinBox.setRange(0.0, 10.0, 0.1, 2);
-        QVERIFY(spinBox.canReset());
         QVERIFY(spinBox.resetToDefault());
         QCOMPARE(model->get(), 1.5);
-        QCOMPARE(model->sets, 1);
-        QVERIFY(!spinBox.canReset());
-
         QVERIFY(spinBox.pasteText(QStringLiteral(" 7.25 ")));
-        QCOMPARE(model->get(), 7.25);
+        // Text that the field would not accept changes nothing.
         QVERIFY(!spinBox.pasteText(QStringLiteral("seven")));
         QVERIFY(!spinBox.pasteText(QStringLiteral("70")));
         QCOMPARE(model->get(), 7.25);
@@ -751,29 +634,19 @@ private Q_SLOTS:
         auto model = makeSharedPtr<RecordingModel<double>>(2.0);
         Number number(model, 0.0, true);
         number.setRange(0.0, 8.0, 0.5, 1);
-        QVERIFY(number.getSlider());
         QCOMPARE(number.getSlider()->getPosition(), 0.25);
-        QCOMPARE(number.getSpinBox()->value(), 2.0);
-
         number.getSpinBox()->stepBy(2);
         QCOMPARE(model->get(), 3.0);
         QCOMPARE(number.getSlider()->getPosition(), 0.375);
+        QVERIFY(!Number(model, 0.0, false).getSlider());
 
-        model->set(0.0);
-        QVERIFY(number.resetToDefault() || model->get() == 0.0);
-        QCOMPARE(number.getSpinBox()->value(), 0.0);
-        QCOMPARE(number.getSlider()->getPosition(), 0.0);
-    }
-
-    void numberSliderFromOptions()
-    {
+        // The slider options of the property win over the spin box's range.
         UserData userData;
         userData.set(SLIDER_OPTIONS_KEY, UiSliderOptions { 0.0, 1.0, static_cast<std::uint32_t>(SliderScale::Logarithmic) });
-        auto model = makeSharedPtr<VariableModel<double>>(0.5);
-        Number number(model, 0.0, true, userData);
-        number.setRange(0.0, 100.0, 1.0, 2);
-        QVERIFY(std::abs(number.getSlider()->getPosition() - std::log10(5.5)) < 1e-6);
-        QVERIFY(!Number(model, 0.0, false).getSlider());
+        model->set(0.5);
+        Number withOptions(model, 0.0, true, userData);
+        withOptions.setRange(0.0, 100.0, 1.0, 2);
+        QVERIFY(std::abs(withOptions.getSlider()->getPosition() - std::log10(5.5)) < 1e-6);
     }
 };
 

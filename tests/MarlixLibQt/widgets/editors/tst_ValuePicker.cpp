@@ -53,88 +53,82 @@ class tst_ValuePicker : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void menuPosition_data();
-    void menuPosition();
-    void menuOpensBelowRightAlignedOnScreen_data();
-    void menuOpensBelowRightAlignedOnScreen();
-    void disabledButtonKeepsWorking();
+    void menuPosition_data()
+    {
+        QTest::addColumn<QPoint>("buttonCorner");
+        QTest::addColumn<QSize>("menuSize");
+        QTest::addColumn<QRect>("screen");
+        QTest::addColumn<QPoint>("expected");
+
+        const QRect screen(0, 0, 1920, 1080);
+        const QSize menu(200, 300);
+        QTest::newRow("room everywhere: below, right-aligned") << QPoint(1000, 500) << menu << screen << QPoint(800, 500);
+        QTest::newRow("bottom-right corner") << QPoint(1930, 1070) << menu << screen << QPoint(1720, 780);
+        QTest::newRow("wider than the room left of the button")
+            << QPoint(120, 500) << menu << screen << QPoint(0, 500);
+        QTest::newRow("second screen on the right, past its edge")
+            << QPoint(3900, 40) << menu << QRect(1920, 30, 1920, 1050) << QPoint(3640, 40);
+        QTest::newRow("menu taller than the screen") << QPoint(500, 300) << QSize(200, 1200) << screen << QPoint(300, 0);
+    }
+
+    void menuPosition()
+    {
+        QFETCH(QPoint, buttonCorner);
+        QFETCH(QSize, menuSize);
+        QFETCH(QRect, screen);
+        QFETCH(QPoint, expected);
+        QCOMPARE(ValuePicker::menuPosition(buttonCorner, menuSize, screen), expected);
+    }
+
+    void menuOpensBelowRightAlignedOnScreen_data()
+    {
+        QTest::addColumn<bool>("atRightEdge");
+        QTest::newRow("inside the screen") << false;
+        QTest::newRow("button over the right edge") << true;
+    }
+
+    void menuOpensBelowRightAlignedOnScreen()
+    {
+        QFETCH(bool, atRightEdge);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QWidget window;
+        QMenu* menu = makePresets(&window);
+        auto* picker = new ValuePicker(menu, &window);
+        picker->setText(QStringLiteral("Presets"));
+        window.resize(picker->sizeHint());
+        // At the edge the window hangs over the screen's right edge by half the button.
+        window.move(atRightEdge ? screen.right() + 1 - picker->sizeHint().width() / 2 : screen.left() + 300,
+                    screen.top() + 50);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        const QRect shown = openMenu(*picker, *menu);
+
+        const QRect button(picker->mapToGlobal(QPoint(0, 0)), picker->size());
+        QCOMPARE(shown.size(), menu->sizeHint());
+        QCOMPARE(shown.top(), button.bottom() + 1);
+        QCOMPARE(shown.right(), atRightEdge ? screen.right() : button.right());
+        QVERIFY(screen.contains(shown));
+    }
+
+    void disabledButtonKeepsWorking()
+    {
+        QWidget window;
+        QMenu* menu = makePresets(&window);
+        auto* picker = new ValuePicker(menu, &window);
+        picker->setText(QStringLiteral("Presets"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        picker->setButtonEnabled(false);
+        // The style reads the state through the property system.
+        QCOMPARE(picker->property("buttonEnabled").toBool(), false);
+
+        QSignalSpy clicks(picker, &QToolButton::clicked);
+        QTest::mouseClick(picker, Qt::LeftButton, {}, QPoint(3, picker->height() / 2));
+        QCOMPARE(clicks.count(), 1);
+        QVERIFY(openMenu(*picker, *menu).isValid());
+    }
 };
-
-void tst_ValuePicker::menuPosition_data()
-{
-    QTest::addColumn<QPoint>("buttonCorner");
-    QTest::addColumn<QSize>("menuSize");
-    QTest::addColumn<QRect>("screen");
-    QTest::addColumn<QPoint>("expected");
-
-    const QRect screen(0, 0, 1920, 1080);
-    const QSize menu(200, 300);
-    QTest::newRow("room everywhere: below, right-aligned") << QPoint(1000, 500) << menu << screen << QPoint(800, 500);
-    QTest::newRow("bottom-right corner") << QPoint(1930, 1070) << menu << screen << QPoint(1720, 780);
-    QTest::newRow("wider than the room left of the button")
-        << QPoint(120, 500) << menu << screen << QPoint(0, 500);
-    QTest::newRow("second screen on the right, past its edge")
-        << QPoint(3900, 40) << menu << QRect(1920, 30, 1920, 1050) << QPoint(3640, 40);
-    QTest::newRow("menu taller than the screen") << QPoint(500, 300) << QSize(200, 1200) << screen << QPoint(300, 0);
-}
-
-void tst_ValuePicker::menuPosition()
-{
-    QFETCH(QPoint, buttonCorner);
-    QFETCH(QSize, menuSize);
-    QFETCH(QRect, screen);
-    QFETCH(QPoint, expected);
-    QCOMPARE(ValuePicker::menuPosition(buttonCorner, menuSize, screen), expected);
-}
-
-void tst_ValuePicker::menuOpensBelowRightAlignedOnScreen_data()
-{
-    QTest::addColumn<bool>("atRightEdge");
-    QTest::newRow("inside the screen") << false;
-    QTest::newRow("button over the right edge") << true;
-}
-
-void tst_ValuePicker::menuOpensBelowRightAlignedOnScreen()
-{
-    QFETCH(bool, atRightEdge);
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    QWidget window;
-    QMenu* menu = makePresets(&window);
-    auto* picker = new ValuePicker(menu, &window);
-    picker->setText(QStringLiteral("Presets"));
-    window.resize(picker->sizeHint());
-    // At the edge the window hangs over the screen's right edge by half the button.
-    window.move(atRightEdge ? screen.right() + 1 - picker->sizeHint().width() / 2 : screen.left() + 300,
-                screen.top() + 50);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-
-    const QRect shown = openMenu(*picker, *menu);
-
-    const QRect button(picker->mapToGlobal(QPoint(0, 0)), picker->size());
-    QCOMPARE(shown.size(), menu->sizeHint());
-    QCOMPARE(shown.top(), button.bottom() + 1);
-    QCOMPARE(shown.right(), atRightEdge ? screen.right() : button.right());
-    QVERIFY(screen.contains(shown));
-}
-
-void tst_ValuePicker::disabledButtonKeepsWorking()
-{
-    QWidget window;
-    QMenu* menu = makePresets(&window);
-    auto* picker = new ValuePicker(menu, &window);
-    picker->setText(QStringLiteral("Presets"));
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    picker->setButtonEnabled(false);
-    // The style reads the state through the property system.
-    QCOMPARE(picker->property("buttonEnabled").toBool(), false);
-
-    QSignalSpy clicks(picker, &QToolButton::clicked);
-    QTest::mouseClick(picker, Qt::LeftButton, {}, QPoint(3, picker->height() / 2));
-    QCOMPARE(clicks.count(), 1);
-    QVERIFY(openMenu(*picker, *menu).isValid());
-}
 
 QTEST_MAIN(tst_ValuePicker)
 #include "tst_ValuePicker.moc"
