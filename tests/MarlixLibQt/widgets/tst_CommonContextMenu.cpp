@@ -30,10 +30,9 @@ public:
                 [this](const QString& text) {
                     bool ok = false;
                     const double parsed = text.toDouble(&ok);
-                    if (!ok)
-                        return false;
-                    setNumber(parsed);
-                    return true;
+                    if (ok)
+                        setNumber(parsed);
+                    return ok;
                 });
         }
         setEditableFunction([this] { return !isReadOnly(); });

@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QStyleOptionSpinBox>
 #include <QTest>
+#include <QWheelEvent>
+#include <QtTest/qtestspontaneevent.h>
 
 namespace Marlix::Widgets::Testing {
 
@@ -52,8 +54,18 @@ inline void dragUp(SpinBox* spinBox, int pixels)
     QTest::mouseRelease(spinBox, Qt::LeftButton, {}, press - QPoint(0, pixels));
 }
 
-/// Right-clicks the widget and returns the menu that opened. QTest's mouse clicks do not make the platform's
-/// context-menu event, so the event is sent as the window system delivers it after a right click.
+/// A wheel turn as the window system delivers it: marked as spontaneous, so that the application hands it on to the
+/// parents while nobody accepts it, as it does a real wheel.
+inline void sendWheel(QWidget* target, int angle, Qt::ScrollPhase phase = Qt::NoScrollPhase)
+{
+    const QPointF position = QRectF(target->rect()).center();
+    QWheelEvent event(position, target->mapToGlobal(position), QPoint(), QPoint(0, angle), Qt::NoButton,
+                      Qt::NoModifier, phase, false);
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(target, &event);
+}
+
+/// Right-clicks the widget as the window system reports it (QTest's clicks make no context-menu event).
 inline QMenu* rightClick(QWidget& widget)
 {
     const QPoint position = widget.rect().center();

@@ -47,16 +47,11 @@ private Q_SLOTS:
         auto model = makeSharedPtr<VariableModel<double>>(3723500.0);
         TimeEdit edit(model, 0.0, 86400000.0);
         edit.setLocale(QLocale::c());
-        QCOMPARE(edit.getComponentCount(), 3);
         QCOMPARE(edit.getComponent(0)->getSpinBox()->text(), QStringLiteral("1 h"));
         QCOMPARE(edit.getComponent(1)->getSpinBox()->text(), QStringLiteral("2 min"));
         QCOMPARE(edit.getComponent(2)->getSpinBox()->text(), QStringLiteral("3 s"));
         QCOMPARE(edit.getComponent(1)->getSpinBox()->maximum(), 59.0);
         QCOMPARE(edit.getComponent(2)->getSpinBox()->maximum(), 59.0);
-
-        model->set(7200000.0);
-        QCOMPARE(edit.getComponent(0)->getSpinBox()->text(), QStringLiteral("2 h"));
-        QCOMPARE(edit.getComponent(1)->getSpinBox()->text(), QStringLiteral("0 min"));
     }
 
     void editingAFieldWritesMilliseconds()
