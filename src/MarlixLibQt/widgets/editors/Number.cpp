@@ -38,8 +38,11 @@ Number::Number(SharedPtr<Model<double>> model, double defaultValue, bool withSli
     // shown once.
     setFocusProxy(spinBox);
 
-    setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
-    setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
+    // Through the spin box, which also ends a display of several values.
+    setResetFunction([this] { spinBox->resetToDefault(); });
+    setIsDefaultFunction([this, defaultValue] {
+        return !spinBox->isShowingMixedValues() && this->model->get() == defaultValue;
+    });
     setTextFunctions([this] { return spinBox->convertValueToText(this->model->get()); },
                      [this](const QString& text) { return spinBox->pasteText(text); });
     setEditableFunction([this] { return isEnabled() && !spinBox->isReadOnly(); });

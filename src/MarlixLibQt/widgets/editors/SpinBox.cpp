@@ -27,6 +27,7 @@ namespace {
 
 constexpr int DEFAULT_DECIMALS = 3;
 constexpr double DEFAULT_STEP = 0.1;
+constexpr double TEXT_MARGIN = 3.0;
 // Whole numbers up to 2^53 are exact in a double, so they can be written without decimals.
 constexpr double LARGEST_EXACT_INTEGER = 9007199254740992.0;
 
@@ -97,8 +98,12 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
         typedSinceCommit = false;
     });
 
-    setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
-    setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
+    // A reset or paste gives every object the same value, so the field shows it even over several values.
+    setResetFunction([this, defaultValue] {
+        setMixedValues(false);
+        this->model->set(defaultValue);
+    });
+    setIsDefaultFunction([this, defaultValue] { return !mixedValues && this->model->get() == defaultValue; });
     setTextFunctions([this] { return convertValueToText(this->model->get()); },
                      [this](const QString& text) { return pasteValueText(text); });
     setEditableFunction([this] { return isEnabled() && !isReadOnly(); });
@@ -205,14 +210,17 @@ void SpinBox::showModelValue(double modelValue)
 
 void SpinBox::onValueChanged(double displayValue)
 {
-    // A step or drag from a field of several values starts from the model's value and sets every value.
-    const bool wasMixed = mixedValues;
-    if (wasMixed && inputAction != InputAction::Typing)
+    if (mixedValues) {
+        // The field re-reading its empty text (Enter, focus loss) gives no value; a step or drag does, starting from
+        // the model's value, and sets it on every object.
+        if (inputAction == InputAction::None || inputAction == InputAction::Typing)
+            return;
         setMixedValues(false);
-    // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
-    // changed (Enter on an untouched field) would lose the model's precision.
-    if (!wasMixed && formatValue(displayValue) == convertValueToText(model->get()))
+    } else if (formatValue(displayValue) == convertValueToText(model->get())) {
+        // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
+        // changed (Enter on an untouched field) would lose the model's precision.
         return;
+    }
     model->set(conversion.fromDisplay(displayValue));
 }
 
@@ -246,12 +254,20 @@ void SpinBox::finishTyping()
         // taken back, so a bad entry changes nothing.
         model->set(valueBeforeTyping);
         model->revertChange();
+        if (typingFromMixed) {
+            // The values still disagree: the field shows that again instead of the first one.
+            typingFromMixed = false;
+            setMixedValues(true);
+            return;
+        }
     } else {
         // Typing the first of several values still means that value for all of them.
         if (typingFromMixed)
             model->set(conversion.fromDisplay(value()));
         model->commitChange();
     }
+    if (typingFromMixed)
+        updateGeometry();
     typingFromMixed = false;
     if (!mixedValues && suffix() != displaySuffix)
         setSuffix(displaySuffix);
@@ -270,6 +286,7 @@ void SpinBox::setMixedValues(bool mixed)
         setSuffix(displaySuffix);
         notify();
     }
+    updateGeometry();
 }
 
 bool SpinBox::handleShortcutOverride(QEvent* event)
@@ -287,14 +304,27 @@ bool SpinBox::handleShortcutOverride(QEvent* event)
 
 QSize SpinBox::sizeHint() const
 {
-    if (!hasLimitedSizedBounds())
-        return QDoubleSpinBox::sizeHint();
+    // The bounds are measured as numbers also over several values, and the placeholder is read in full there.
+    const QScopedValueRollback measuring(sizing, true);
     ensurePolished();
-    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + displaySuffix);
+    QSize hint = hasLimitedSizedBounds()
+        ? sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + displaySuffix)
+        : QDoubleSpinBox::sizeHint();
+    if (mixedValues) {
+        QStyleOptionSpinBox option;
+        initStyleOption(&option);
+        // The line edit's text margins on both sides.
+        const int width = fontMetrics().horizontalAdvance(lineEdit()->placeholderText())
+            + 2 * getDeviceIndependentPixels(TEXT_MARGIN, this);
+        hint = hint.expandedTo(style()->sizeFromContents(QStyle::CT_SpinBox, &option,
+                                                         QSize(width, lineEdit()->sizeHint().height()), this));
+    }
+    return hint;
 }
 
 QSize SpinBox::minimumSizeHint() const
 {
+    const QScopedValueRollback measuring(sizing, true);
     if (!hasLimitedSizedBounds())
         return QDoubleSpinBox::minimumSizeHint();
     ensurePolished();
@@ -334,7 +364,7 @@ QString SpinBox::textFromValue(double value) const
 {
     if (textDeferred)
         return shownValueText();
-    if (mixedValues)
+    if (mixedValues && !sizing)
         return {};
     return formatValue(value);
 }
@@ -701,6 +731,7 @@ bool SpinBox::pasteValueText(const QString& text)
     const std::optional<double> parsed = parseValueText(text);
     if (!parsed)
         return false;
+    setMixedValues(false);
     model->set(*parsed);
     return true;
 }

@@ -203,6 +203,8 @@ private:
     bool typingFromMixed = false;
     /// While several values are shown, the field is empty (its placeholder speaks) and the suffix waits here.
     bool mixedValues = false;
+    /// Set while the size hints measure the bounds, which are measured as numbers also over several values.
+    mutable bool sizing = false;
     QString displaySuffix;
 };
 
