@@ -187,6 +187,16 @@ void addNumbers(EditorForm& form)
     form.addRow(QObject::tr("Slider, logarithmic"),
         QObject::tr("A light radius from 0 to 100: small values get most of the track."),
         slider(radius, 0.0, 100.0, SliderScale::Logarithmic), numberField(radius, 0.0, 100.0, 0.1, 2));
+
+    // What a property sheet shows for two selected objects whose opacities disagree; the model holds the first.
+    const auto opacity = makeSharedPtr<VariableModel<double>>(0.7);
+    auto* opacityNumber = new Number(opacity, 1.0, true);
+    opacityNumber->setRange(0.0, 1.0, 0.01, 3);
+    opacityNumber->setProperty(SpinBox::MIXED_VALUES_PROPERTY, true);
+    form.addRow(QObject::tr("Several values"),
+        QObject::tr("Two objects of opacity 0.7 and 0.2: no number until one is typed or dragged, which then "
+                    "applies to both; the field beside it shows the first object's value."),
+        opacityNumber, numberField(opacity, 0.0, 1.0, 0.01, 3));
 }
 
 QWidget* focalLengthEditor(const SharedPtr<Model<double>>& focalLength, QWidget* menuOwner)

@@ -10,6 +10,11 @@ template <class T> class RecordingModel : public VariableModel<T>
 public:
     using VariableModel<T>::VariableModel;
 
+    T get() const override
+    {
+        ++gets;
+        return VariableModel<T>::get();
+    }
     void set(T value) override
     {
         ++sets;
@@ -28,8 +33,9 @@ public:
     void revertChange() override { ++reverts; }
 
     bool isBracketOpen() const { return begins != commits + reverts; }
-    void resetCounts() { sets = begins = commits = reverts = setsOutsideBracket = nestedBegins = 0; }
+    void resetCounts() { gets = sets = begins = commits = reverts = setsOutsideBracket = nestedBegins = 0; }
 
+    mutable int gets = 0;
     int sets = 0;
     int begins = 0;
     int commits = 0;

@@ -4,6 +4,7 @@
 
 #include <MarlixLib/base/Exception.h>
 
+#include <QDynamicPropertyChangeEvent>
 #include <QHBoxLayout>
 
 namespace Marlix::Widgets {
@@ -37,8 +38,11 @@ Number::Number(SharedPtr<Model<double>> model, double defaultValue, bool withSli
     // shown once.
     setFocusProxy(spinBox);
 
-    setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
-    setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
+    // Through the spin box, which also ends a display of several values.
+    setResetFunction([this] { spinBox->resetToDefault(); });
+    setIsDefaultFunction([this, defaultValue] {
+        return !spinBox->isShowingMixedValues() && this->model->get() == defaultValue;
+    });
     setTextFunctions([this] { return spinBox->convertValueToText(this->model->get()); },
                      [this](const QString& text) { return spinBox->pasteText(text); });
     setEditableFunction([this] { return isEnabled() && !spinBox->isReadOnly(); });
@@ -74,6 +78,14 @@ void Number::updateSliderConversion()
         return;
     slider->setConversion(SliderConverter(spinBox->getModelMinimum(), spinBox->getModelMaximum(),
                                           SliderScale::Linear, spinBox->getConversion().suffix));
+}
+
+bool Number::event(QEvent* event)
+{
+    if (event->type() == QEvent::DynamicPropertyChange
+        && static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == SpinBox::MIXED_VALUES_PROPERTY)
+        spinBox->setProperty(SpinBox::MIXED_VALUES_PROPERTY, property(SpinBox::MIXED_VALUES_PROPERTY));
+    return Container::event(event);
 }
 
 void Number::notify()

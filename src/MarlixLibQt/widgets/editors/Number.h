@@ -38,6 +38,10 @@ public:
 
     void notify() override;
 
+protected:
+    /// Hands the host's "several values" mark on to the spin box; the slider keeps showing the model's value.
+    bool event(QEvent* event) override;
+
 private:
     void updateSliderConversion();
 

@@ -119,10 +119,12 @@ PosRotScale::PosRotScale(SharedPtr<Model<PosRotScaleTm>> model, SharedPtr<Model<
     addActions({ resetAllAction, resetKeepPositionAction, resetShearAction });
     setContextMenuPolicy(Qt::ActionsContextMenu);
 
-    registerCallback(this->model->addCallback([this](const PosRotScaleTm&) { notify(); }));
+    // The fields follow the transformation through their own adapters; the grid's callback only updates what belongs
+    // to the whole (the shear row and the reset actions), so a change refreshes each field once.
+    registerCallback(this->model->addCallback([this](const PosRotScaleTm& tm) { updateRows(tm); }));
     registerCallback(this->units->addCallback([this](const DisplayUnits&) { applyUnits(); }));
     applyUnits();
-    notify();
+    updateRows(this->model->get());
 }
 
 PosRotScale::~PosRotScale() = default;
@@ -183,10 +185,14 @@ void PosRotScale::resetShear()
 
 void PosRotScale::notify()
 {
-    const PosRotScaleTm tm = model->get();
     for (const auto& row : fields)
         for (SpinBox* field : row)
             field->notify();
+    updateRows(model->get());
+}
+
+void PosRotScale::updateRows(const PosRotScaleTm& tm)
+{
     const bool hasShear = tm.shear != Vector3 {};
     rowLabels[3]->setHidden(!hasShear);
     for (SpinBox* field : fields[3])

@@ -62,6 +62,7 @@ public:
 
 private:
     void applyUnits();
+    void updateRows(const PosRotScaleTm& tm);
 
     static constexpr int ROW_COUNT = 4;
     SharedPtr<Model<PosRotScaleTm>> model;

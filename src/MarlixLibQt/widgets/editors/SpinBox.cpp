@@ -27,25 +27,6 @@ namespace {
 
 constexpr int DEFAULT_DECIMALS = 3;
 constexpr double DEFAULT_STEP = 0.1;
-// Whole numbers up to 2^53 are exact in a double, so they can be written without decimals.
-constexpr double LARGEST_EXACT_INTEGER = 9007199254740992.0;
-
-bool isWholeNumber(double value)
-{
-    return std::abs(value) <= LARGEST_EXACT_INTEGER && value == std::trunc(value);
-}
-
-// Rich text so that the hint keeps its small print; plain lines are escaped, lines that already are markup kept.
-QString toRichToolTip(const QString& text)
-{
-    if (text.isEmpty())
-        return {};
-    QStringList lines = text.split(QLatin1Char('\n'));
-    for (QString& line : lines)
-        if (!line.startsWith(QLatin1Char('<')))
-            line = line.toHtmlEscaped();
-    return QStringLiteral("<qt>") + lines.join(QStringLiteral("<br/>")) + QStringLiteral("</qt>");
-}
 
 // A degree sign sits on the number; every other unit is written after a space.
 QString toSpinBoxSuffix(const String& suffix)
@@ -80,21 +61,29 @@ SpinBox::SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* p
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     // No wheel focus: a wheel over an unfocused field must scroll the surrounding view, not grab the field.
     setFocusPolicy(Qt::StrongFocus);
-    // Typed text reaches the model on Enter or focus loss, not per keystroke, so a typed number is one change.
-    setKeyboardTracking(false);
+    // Typed values reach the model as they are typed, so linked views follow; the burst is one change bracket.
+    setKeyboardTracking(true);
     setStepType(StepType::Fixed);
     // Also shows the model's value.
     applyRange(DEFAULT_STEP, DEFAULT_DECIMALS);
 
     registerCallback(this->model->addCallback([this](double value) { showModelValue(value); }));
     connect(this, &QDoubleSpinBox::valueChanged, this, &SpinBox::onValueChanged);
+    connect(edit, &QLineEdit::textEdited, this, &SpinBox::onTextEdited);
     connect(this, &QAbstractSpinBox::editingFinished, this, [this] {
-        if (inputAction == InputAction::Keyboard || inputAction == InputAction::Wheel)
+        if (inputAction == InputAction::Typing)
+            finishTyping();
+        else if (inputAction == InputAction::Keyboard || inputAction == InputAction::Wheel)
             endValueChange();
+        typedSinceCommit = false;
     });
 
-    setResetFunction([this, defaultValue] { this->model->set(defaultValue); });
-    setIsDefaultFunction([this, defaultValue] { return this->model->get() == defaultValue; });
+    // A reset or paste gives every object the same value, so the field shows it even over several values.
+    setResetFunction([this, defaultValue] {
+        setMixedValues(false);
+        this->model->set(defaultValue);
+    });
+    setIsDefaultFunction([this, defaultValue] { return !mixedValues && this->model->get() == defaultValue; });
     setTextFunctions([this] { return convertValueToText(this->model->get()); },
                      [this](const QString& text) { return pasteValueText(text); });
     setEditableFunction([this] { return isEnabled() && !isReadOnly(); });
@@ -157,20 +146,24 @@ void SpinBox::setConversion(ModelValueConverter<double> converter)
     if (!converter.toDisplay || !converter.fromDisplay)
         Marlix::Detail::throwStopException("widgets/SpinBox", __LINE__);
     conversion = std::move(converter);
-    setSuffix(toSpinBoxSuffix(conversion.suffix));
+    applySuffix(toSpinBoxSuffix(conversion.suffix));
     applyRange();
 }
 
 void SpinBox::setDisplaySuffix(const QString& text)
 {
-    setSuffix(text);
+    applySuffix(text);
     updateRangeToolTip();
 }
 
-QString SpinBox::convertValueToText(double modelValue) const
+void SpinBox::applySuffix(const QString& text)
 {
-    const double shown = std::clamp(conversion.toDisplay(modelValue), minimum(), maximum());
-    return textFromValue(shown);
+    // An empty field shows its placeholder only without a suffix: while several values are shown, or typed over, the
+    // suffix waits until the field shows a number again.
+    const bool aside = suffix() != displaySuffix;
+    displaySuffix = text;
+    if (!mixedValues && !aside)
+        setSuffix(text);
 }
 
 void SpinBox::notify()
@@ -180,160 +173,136 @@ void SpinBox::notify()
 
 void SpinBox::showModelValue(double modelValue)
 {
+    const double shown = conversion.toDisplay(modelValue);
+    // The echo of a value being typed would rewrite the text under the cursor ("2" as "2.000" before the point).
+    if (inputAction == InputAction::Typing && formatValue(shown) == formatValue(value()))
+        return;
     const bool wasBlocked = blockSignals(true);
-    setValue(conversion.toDisplay(modelValue));
+    setValue(shown);
     blockSignals(wasBlocked);
 }
 
 void SpinBox::onValueChanged(double displayValue)
 {
-    // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
-    // changed (Enter on an untouched field) would lose the model's precision.
-    if (textFromValue(displayValue) == convertValueToText(model->get()))
+    if (mixedValues) {
+        // The field re-reading its empty text (Enter, focus loss) gives no value; a step or drag does, starting from
+        // the model's value, and sets it on every object.
+        if (inputAction == InputAction::None || inputAction == InputAction::Typing)
+            return;
+        setMixedValues(false);
+    } else if (formatValue(displayValue) == convertValueToText(model->get())) {
+        // The field shows the model value rounded to its decimals: writing that rounded value back when nothing was
+        // changed (Enter on an untouched field) would lose the model's precision.
         return;
+    }
     model->set(conversion.fromDisplay(displayValue));
 }
 
-QSize SpinBox::sizeHint() const
+void SpinBox::onTextEdited(const QString& text)
 {
-    if (!hasLimitedSizedBounds())
-        return QDoubleSpinBox::sizeHint();
-    ensurePolished();
-    return sizeForLimitedBounds(lineEdit()->sizeHint().height(), prefix() + suffix());
-}
-
-QSize SpinBox::minimumSizeHint() const
-{
-    if (!hasLimitedSizedBounds())
-        return QDoubleSpinBox::minimumSizeHint();
-    ensurePolished();
-    // The base class leaves the suffix out of the minimum.
-    return sizeForLimitedBounds(lineEdit()->minimumSizeHint().height(), prefix());
-}
-
-bool SpinBox::hasLimitedSizedBounds() const
-{
-    return minimum() < -WIDEST_SIZED_BOUND || maximum() > WIDEST_SIZED_BOUND;
-}
-
-QSize SpinBox::sizeForLimitedBounds(int editHeight, const QString& fixedText) const
-{
-    // Measured as the base class measures its bounds (at most 18 characters of each), so a field has the size that a
-    // plain spin box with the limited range would have. The base class's own hint is not asked for: it would measure
-    // the full bounds, whose texts are longer than the limited ones, only to be thrown away.
-    const double low = std::clamp(minimum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
-    const double high = std::clamp(maximum(), -WIDEST_SIZED_BOUND, WIDEST_SIZED_BOUND);
-    const QFontMetrics metrics(fontMetrics());
-    const QString fixedContent = fixedText + QLatin1Char(' ');
-    int width = 0;
-    for (const double bound : { low, high }) {
-        QString text = textFromValue(bound);
-        text.truncate(18);
-        width = std::max(width, metrics.horizontalAdvance(text + fixedContent));
+    typedSinceCommit = true;
+    if (inputAction != InputAction::Typing) {
+        const bool fromMixed = mixedValues;
+        beginValueChange(InputAction::Typing);
+        valueBeforeTyping = model->get();
+        typingFromMixed = fromMixed;
     }
-    if (!specialValueText().isEmpty())
-        width = std::max(width, metrics.horizontalAdvance(specialValueText()));
-    width += 2; // room for the blinking cursor
-    QStyleOptionSpinBox option;
-    initStyleOption(&option);
-    return style()->sizeFromContents(QStyle::CT_SpinBox, &option, QSize(width, editHeight), this);
-}
-
-QString SpinBox::textFromValue(double value) const
-{
-    if (textDeferred)
-        return shownValueText();
-    QString text = QDoubleSpinBox::textFromValue(value);
-    const QLocale numberLocale = locale();
-    // With equal group and decimal separators the grouped integer part would read as more decimals.
-    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && std::abs(value) >= 1000.0 && decimals() > 0) {
-        const QString separator = numberLocale.decimalPoint();
-        const QString fraction = text.right(decimals());
-        QString whole = text.left(text.size() - decimals() - separator.size());
-        whole.remove(separator);
-        text = whole + separator + fraction;
+    if (mixedValues) {
+        // The suffix stays away until the typing ends, so the typed text is not rewritten under the cursor.
+        mixedValues = false;
+        lineEdit()->setPlaceholderText({});
     }
-    if (precisionType != PrecisionType::AllDecimals && decimals() >= 1) {
-        while (text.size() >= 4 && text.endsWith(QStringLiteral("00")))
-            text.chop(1);
+    QString copy = text;
+    int position = lineEdit()->cursorPosition();
+    typedTextAcceptable = validate(copy, position) == QValidator::Acceptable;
+}
+
+void SpinBox::finishTyping()
+{
+    typedSinceCommit = false;
+    if (inputAction != InputAction::Typing)
+        return;
+    inputAction = InputAction::None;
+    if (!typedTextAcceptable) {
+        // The text ended out of range or with a foreign separator: the values that passed through while typing are
+        // taken back, so a bad entry changes nothing.
+        model->set(valueBeforeTyping);
+        model->revertChange();
+        if (typingFromMixed) {
+            // The values still disagree: the field shows that again instead of the first one.
+            typingFromMixed = false;
+            setMixedValues(true);
+            return;
+        }
+    } else {
+        // Typing the first of several values still means that value for all of them.
+        if (typingFromMixed)
+            model->set(conversion.fromDisplay(value()));
+        model->commitChange();
     }
-    return text;
+    if (typingFromMixed)
+        updateGeometry();
+    typingFromMixed = false;
+    if (!mixedValues && suffix() != displaySuffix)
+        setSuffix(displaySuffix);
 }
 
-double SpinBox::valueFromText(const QString& text) const
+void SpinBox::setMixedValues(bool mixed)
 {
-    const QLocale numberLocale = locale();
-    const QString body = stripSuffix(text).trimmed();
-    if (numberLocale.groupSeparator() == numberLocale.decimalPoint() && body.startsWith(numberLocale.decimalPoint())
-        && body.size() > 1)
-        return QDoubleSpinBox::valueFromText(QLatin1Char('0') + body);
-    return QDoubleSpinBox::valueFromText(text);
-}
-
-QString SpinBox::shownValueText() const
-{
-    // The base class compares prefix + this + suffix with the editor's text and leaves an equal text alone.
-    const QString shown = lineEdit()->displayText();
-    const qsizetype fixed = prefix().size() + suffix().size();
-    if (shown.size() >= fixed && shown.startsWith(prefix()) && shown.endsWith(suffix()))
-        return shown.mid(prefix().size(), shown.size() - fixed);
-    return shown;
-}
-
-QString SpinBox::stripSuffix(const QString& text) const
-{
-    QString body = text;
-    if (!prefix().isEmpty() && body.startsWith(prefix()))
-        body.remove(0, prefix().size());
-    const QString trimmedSuffix = suffix().trimmed();
-    QString trimmed = body.trimmed();
-    if (!trimmedSuffix.isEmpty() && trimmed.endsWith(trimmedSuffix))
-        trimmed.chop(trimmedSuffix.size());
-    return trimmed;
-}
-
-QValidator::State SpinBox::validate(QString& text, int& position) const
-{
-    const QLocale numberLocale = locale();
-    const QString decimalPoint = numberLocale.decimalPoint();
-    const QString body = stripSuffix(text).trimmed();
-    // A separator that is not this locale's decimal point would be read as grouping and silently change the value.
-    for (const QChar separator : { QLatin1Char('.'), QLatin1Char(',') })
-        if (body.contains(separator) && decimalPoint != QString(separator))
-            return QValidator::Intermediate;
-    bool parsed = false;
-    double number = numberLocale.toDouble(body, &parsed);
-    if (!parsed)
-        number = QLocale::c().toDouble(body, &parsed);
-    if (parsed && (number < minimum() || number > maximum()))
-        return QValidator::Intermediate;
-    if (numberLocale.groupSeparator() == decimalPoint && body.startsWith(decimalPoint)) {
-        QString withZero = QLatin1Char('0') + body;
-        int zeroPosition = position + 1;
-        return QDoubleSpinBox::validate(withZero, zeroPosition);
+    if (mixed == mixedValues)
+        return;
+    mixedValues = mixed;
+    lineEdit()->setPlaceholderText(mixed ? tr("<different values>") : QString());
+    if (mixed) {
+        setSuffix(QString());
+        lineEdit()->clear();
+    } else {
+        setSuffix(displaySuffix);
+        notify();
     }
-    return QDoubleSpinBox::validate(text, position);
+    updateGeometry();
+}
+
+bool SpinBox::handleShortcutOverride(QEvent* event)
+{
+    if (event->type() != QEvent::ShortcutOverride || typedSinceCommit)
+        return false;
+    auto* keyEvent = static_cast<QKeyEvent*>(event);
+    if (!keyEvent->matches(QKeySequence::Undo) && !keyEvent->matches(QKeySequence::Redo))
+        return false;
+    // Nothing typed since the last commit: the text's own undo history holds nothing of the user's, and the keys undo
+    // what the field did to the model, as they do everywhere else in the application.
+    event->ignore();
+    return true;
 }
 
 void SpinBox::stepBy(int steps)
 {
-    if (stepType == StepType::Proportional) {
-        setValue(value() + steps * getProportionalStep(value()));
-        return;
-    }
+    // Within a gesture the proportional step was fixed when it began, so every step of it is the same size.
+    if (stepType == StepType::Proportional && inputAction == InputAction::None)
+        setSingleStep(getProportionalStep(value()));
+    // The base class reads text typed but not yet confirmed before it steps.
     QDoubleSpinBox::stepBy(steps);
 }
 
 void SpinBox::beginValueChange(InputAction action)
 {
-    if (inputAction != InputAction::None)
+    if (inputAction == InputAction::Typing)
+        finishTyping();
+    else if (inputAction != InputAction::None)
         model->commitChange();
     inputAction = action;
     model->beginChange();
+    if (stepType == StepType::Proportional && action != InputAction::Typing)
+        setSingleStep(getProportionalStep(value()));
 }
 
 void SpinBox::endValueChange()
 {
+    if (inputAction == InputAction::Typing) {
+        finishTyping();
+        return;
+    }
     if (inputAction == InputAction::None)
         return;
     inputAction = InputAction::None;
@@ -371,7 +340,7 @@ void SpinBox::mouseMoveEvent(QMouseEvent* event)
         QDoubleSpinBox::mouseReleaseEvent(&release);
     }
 
-    double step = stepType == StepType::Proportional ? getProportionalStep(value()) : singleStep();
+    double step = singleStep();
     if (stepType == StepType::Adaptive && delta != 0) {
         if (!dragStepValid) {
             dragStep = getAdaptiveDragStep(value(), delta);
@@ -433,6 +402,8 @@ void SpinBox::wheelEvent(QWheelEvent* event)
 
 void SpinBox::keyPressEvent(QKeyEvent* event)
 {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        finishTyping();
     const bool arrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
     if (arrow && !event->isAutoRepeat())
         beginValueChange(InputAction::Keyboard);
@@ -455,6 +426,7 @@ void SpinBox::focusInEvent(QFocusEvent* event)
 
 void SpinBox::focusOutEvent(QFocusEvent* event)
 {
+    finishTyping();
     endValueChange();
     QDoubleSpinBox::focusOutEvent(event);
     Q_EMIT focusChanged(false);
@@ -462,7 +434,13 @@ void SpinBox::focusOutEvent(QFocusEvent* event)
 
 bool SpinBox::event(QEvent* event)
 {
+    if (handleShortcutOverride(event))
+        return true;
     switch (event->type()) {
+    case QEvent::DynamicPropertyChange:
+        if (static_cast<QDynamicPropertyChangeEvent*>(event)->propertyName() == MIXED_VALUES_PROPERTY)
+            setMixedValues(property(MIXED_VALUES_PROPERTY).toBool());
+        break;
     case QEvent::HoverEnter:
     case QEvent::HoverMove:
     case QEvent::HoverLeave:
@@ -477,6 +455,8 @@ bool SpinBox::event(QEvent* event)
 bool SpinBox::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == lineEdit()) {
+        if (handleShortcutOverride(event))
+            return true;
         switch (event->type()) {
         case QEvent::HoverEnter:
         case QEvent::HoverMove:
@@ -508,55 +488,12 @@ void SpinBox::updateDraggingHint(const QPoint& position)
     updateToolTip();
 }
 
-void SpinBox::updateRangeToolTip()
-{
-    QLocale numberLocale = QLocale::system();
-    if (!isGroupSeparatorShown())
-        numberLocale.setNumberOptions(numberLocale.numberOptions() | QLocale::OmitGroupSeparator);
-    const double low = minimum();
-    const double high = maximum();
-    const bool whole = isWholeNumber(low) && isWholeNumber(high) && isWholeNumber(singleStep());
-    const auto write = [&](double number) {
-        return numberLocale.toString(number, 'f', whole ? 0 : decimals()) + suffix();
-    };
-    const bool lowBounded = low > -UNBOUNDED;
-    const bool highBounded = high < UNBOUNDED;
-    if (lowBounded && highBounded)
-        baseToolTip = QStringLiteral("Value range: ") + write(low) + QChar(0x2026) + write(high);
-    else if (lowBounded)
-        baseToolTip = QStringLiteral("Minimum value: ") + write(low);
-    else if (highBounded)
-        baseToolTip = QStringLiteral("Maximum value: ") + write(high);
-    else
-        baseToolTip.clear();
-    updateToolTip();
-}
-
-void SpinBox::updateToolTip()
-{
-    QString text = baseToolTip;
-    if (showDraggingHint) {
-        if (!text.isEmpty())
-            text += QLatin1Char('\n');
-        text += QLatin1String(DRAGGING_HINT_TEXT);
-    }
-    setToolTip(toRichToolTip(text));
-}
-
-std::optional<double> SpinBox::parseValueText(const QString& text) const
-{
-    QString candidate = text.trimmed();
-    int position = 0;
-    if (candidate.isEmpty() || validate(candidate, position) != QValidator::Acceptable)
-        return std::nullopt;
-    return conversion.fromDisplay(valueFromText(candidate));
-}
-
 bool SpinBox::pasteValueText(const QString& text)
 {
     const std::optional<double> parsed = parseValueText(text);
     if (!parsed)
         return false;
+    setMixedValues(false);
     model->set(*parsed);
     return true;
 }

@@ -30,6 +30,8 @@ public:
         MouseDrag = 1,
         Wheel = 2,
         Keyboard = 3,
+        /// A burst of typing: written as it is typed, kept on Enter, focus loss or the next gesture.
+        Typing = 4,
     };
 
     enum class StepType : std::uint32_t
@@ -68,6 +70,8 @@ public:
     /// The largest bound that the size hints make room for. Composite editors put three fields in a row, and ten-digit
     /// bounds would make a transformation editor wider than any property sheet.
     static constexpr double WIDEST_SIZED_BOUND = 99999.0;
+    /// The dynamic property by which a host says that the field stands for several values that disagree.
+    static constexpr const char* MIXED_VALUES_PROPERTY = "Zorva.MixedValues";
 
     explicit SpinBox(QWidget* parent = nullptr);
     SpinBox(SharedPtr<Model<double>> model, double defaultValue, QWidget* parent = nullptr);
@@ -92,6 +96,8 @@ public:
     const SharedPtr<Model<double>>& getModel() const { return model; }
     InputAction getInputAction() const { return inputAction; }
     bool isDraggingHintShown() const { return showDraggingHint; }
+    /// Whether the field shows no number because it stands for several values that disagree.
+    bool isShowingMixedValues() const { return mixedValues; }
     /// The field's text editor, where typing and the keyboard focus go.
     QLineEdit* getLineEdit() const { return lineEdit(); }
 
@@ -122,6 +128,13 @@ public:
     /// Where the cursor goes when a drag reaches the screen's edge: the opposite edge when the cursor stands on the
     /// bottom row moving down or on the top row moving up, else nothing.
     static std::optional<int> getWrappedCursorY(int y, int lastY, const QRect& screenGeometry);
+    /// A number text of a locale whose group separator is its decimal point, written unambiguously: `text` as the
+    /// base class wrote it (its grouping, and with it the decimal point, may have been dropped), rewritten to the
+    /// whole digits, the point and `decimals` digits. Other texts are returned as they are.
+    static QString disambiguateGrouping(const QString& text, double value, int decimals, const QString& decimalPoint,
+                                        const QString& groupSeparator);
+    /// Reads such a text back: the last separator is the decimal point, a leading one means a zero ahead of it.
+    static std::optional<double> parseAmbiguousGrouping(const QString& text, const QString& separator);
 
 Q_SIGNALS:
     void focusChanged(bool hasFocus);
@@ -141,6 +154,14 @@ protected:
 private:
     void beginValueChange(InputAction action);
     void endValueChange();
+    void onTextEdited(const QString& text);
+    /// Enter or focus loss: a burst of typing that ended on a text the field cannot take goes back to where it began.
+    void finishTyping();
+    bool handleShortcutOverride(QEvent* event);
+    void setMixedValues(bool mixed);
+    void applySuffix(const QString& text);
+    /// The text of a value, also while the field shows several values (copying and sizing still need one).
+    QString formatValue(double value) const;
     void showModelValue(double modelValue);
     void onValueChanged(double displayValue);
     void applyRange();
@@ -174,6 +195,17 @@ private:
     double modelMaximum = UNBOUNDED;
     /// Set while several setters run that would each re-format the text; the last step formats it once.
     bool textDeferred = false;
+    /// The user typed since the last commit: undo and redo then belong to the text, not to the application.
+    bool typedSinceCommit = false;
+    /// Whether the last typed text was one the field accepts, and the model's value when the typing began.
+    bool typedTextAcceptable = true;
+    double valueBeforeTyping = 0.0;
+    bool typingFromMixed = false;
+    /// While several values are shown, the field is empty (its placeholder speaks) and the suffix waits here.
+    bool mixedValues = false;
+    /// Set while the size hints measure the bounds, which are measured as numbers also over several values.
+    mutable bool sizing = false;
+    QString displaySuffix;
 };
 
 } // namespace Marlix::Widgets

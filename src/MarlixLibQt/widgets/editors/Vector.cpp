@@ -65,7 +65,8 @@ Vector::Vector(SharedPtr<Model<Array<double>>> model, const Array<double>& defau
     if (!components.empty())
         setFocusProxy(components.front());
 
-    registerCallback(this->model->addCallback([this](const Array<double>&) { notify(); }));
+    // No callback of the vector's own: every field follows the array through its component adapter, so a change
+    // refreshes each field once.
 
     setResetFunction([this] { this->model->set(this->defaultValue); });
     setIsDefaultFunction([this] { return this->model->get() == this->defaultValue; });
@@ -73,8 +74,6 @@ Vector::Vector(SharedPtr<Model<Array<double>>> model, const Array<double>& defau
     setEditableFunction([this] {
         return isEnabled() && !components.front()->getSpinBox()->isReadOnly();
     });
-
-    notify();
 }
 
 Vector::~Vector() = default;

@@ -3,24 +3,21 @@
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
 
 #include "MarlixLibQt/widgets/RecordingModel.h"
+#include "MarlixLibQt/widgets/editors/EditorTesting.h"
 
-#include <QApplication>
+#include <QAction>
 #include <QHoverEvent>
-#include <QLineEdit>
 #include <QProxyStyle>
 #include <QScreen>
-#include <QStyleOptionSpinBox>
 #include <QTest>
-#include <QtTest/qtestspontaneevent.h>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include <cmath>
 #include <memory>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
-using Marlix::Widgets::Testing::RecordingModel;
+using namespace Marlix::Widgets::Testing;
 
 Q_DECLARE_METATYPE(SpinBox::StepType)
 Q_DECLARE_METATYPE(SpinBox::ScrollSpeedAdjustmentType)
@@ -31,10 +28,7 @@ namespace {
 class HintStyle : public QProxyStyle
 {
 public:
-    HintStyle()
-        : QProxyStyle(QStringLiteral("fusion"))
-    {
-    }
+    using QProxyStyle::QProxyStyle;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* returnData) const override
     {
@@ -58,26 +52,42 @@ protected:
     }
 };
 
-QRect arrowRect(const SpinBox& spinBox, QStyle::SubControl arrow)
+enum Gesture
 {
-    QStyleOptionSpinBox option;
-    option.initFrom(&spinBox);
-    option.frame = true;
-    option.buttonSymbols = QAbstractSpinBox::UpDownArrows;
-    option.subControls = QStyle::SC_SpinBoxFrame | QStyle::SC_SpinBoxEditField | QStyle::SC_SpinBoxUp
-        | QStyle::SC_SpinBoxDown;
-    option.stepEnabled = QAbstractSpinBox::StepUpEnabled | QAbstractSpinBox::StepDownEnabled;
-    return spinBox.style()->subControlRect(QStyle::CC_SpinBox, &option, arrow, &spinBox);
-}
+    WheelWithPhases,
+    WheelWithoutPhases,
+    HeldUp,
+    HeldDown,
+};
 
-void sendWheel(QWidget* target, int angle, Qt::ScrollPhase phase)
+/// Three steps of a gesture; `whileOpen` checks the model before the gesture ends (focus loss ends a wheel turned
+/// without phases).
+template <class Check> void runGesture(SpinBox& spinBox, Gesture gesture, Check whileOpen)
 {
-    const QPointF position = target->rect().center();
-    QWheelEvent event(position, target->mapToGlobal(position), QPoint(), QPoint(0, angle), Qt::NoButton,
-                      Qt::NoModifier, phase, false);
-    // Marked as coming from the window system, so that the application propagates it as it does a real wheel.
-    QSpontaneKeyEvent::setSpontaneous(&event);
-    qApp->notify(target, &event);
+    QLineEdit* edit = spinBox.getLineEdit();
+    const int key = gesture == HeldDown ? Qt::Key_Down : Qt::Key_Up;
+    const bool wheel = gesture == WheelWithPhases || gesture == WheelWithoutPhases;
+    if (gesture == WheelWithPhases)
+        sendWheel(edit, 0, Qt::ScrollBegin);
+    else if (!wheel)
+        QTest::simulateEvent(&spinBox, true, key, {}, QString(), false);
+    for (int i = 0; i < 3; ++i) {
+        if (wheel) {
+            sendWheel(edit, gesture == WheelWithPhases ? 120 : -120,
+                      gesture == WheelWithPhases ? Qt::ScrollUpdate : Qt::NoScrollPhase);
+        } else {
+            // Auto-repeat arrives as release-press pairs flagged as repeats.
+            QTest::simulateEvent(&spinBox, false, key, {}, QString(), true);
+            QTest::simulateEvent(&spinBox, true, key, {}, QString(), true);
+        }
+    }
+    whileOpen();
+    if (gesture == WheelWithPhases)
+        sendWheel(edit, 0, Qt::ScrollEnd);
+    else if (wheel)
+        spinBox.clearFocus();
+    else
+        QTest::simulateEvent(&spinBox, false, key, {}, QString(), false);
 }
 
 struct Field
@@ -90,14 +100,7 @@ struct Field
         spinBox->resize(160, spinBox->sizeHint().height());
     }
 
-    bool show()
-    {
-        // Away from the screen's edges, so that a drag does not wrap the cursor by accident.
-        spinBox->move(200, 200);
-        spinBox->show();
-        spinBox->activateWindow();
-        return QTest::qWaitForWindowActive(spinBox.get());
-    }
+    bool show() { return showActive(*spinBox); }
 
     SharedPtr<RecordingModel<double>> model;
     std::unique_ptr<SpinBox> spinBox;
@@ -124,42 +127,21 @@ private Q_SLOTS:
         using A = SpinBox::ScrollSpeedAdjustmentType;
         const int shift = Qt::ShiftModifier;
         const int ctrl = Qt::ControlModifier;
-        const int alt = Qt::AltModifier;
         QTest::newRow("plain") << S::Fixed << A::ShiftFasterCtrlSlower << 0 << 0.0 << 10 << 10 << 1.0;
-        QTest::newRow("plain down") << S::Fixed << A::ShiftFasterCtrlSlower << 0 << 0.0 << -10 << 10 << -1.0;
         QTest::newRow("shift faster") << S::Fixed << A::ShiftFasterCtrlSlower << shift << 0.0 << 10 << 10 << 10.0;
         QTest::newRow("ctrl slower") << S::Fixed << A::ShiftFasterCtrlSlower << ctrl << 0.0 << 10 << 10 << 0.1;
-        QTest::newRow("shift wins over ctrl") << S::Fixed << A::ShiftFasterCtrlSlower << (shift | ctrl) << 0.0 << 10
-                                              << 10 << 10.0;
         QTest::newRow("ctrl faster") << S::Fixed << A::CtrlFasterAltSlower << ctrl << 0.0 << 10 << 10 << 10.0;
-        QTest::newRow("alt slower") << S::Fixed << A::CtrlFasterAltSlower << alt << 0.0 << 10 << 10 << 0.1;
-        QTest::newRow("shift ignored by ctrl scheme") << S::Fixed << A::CtrlFasterAltSlower << shift << 0.0 << 10
-                                                      << 10 << 1.0;
         QTest::newRow("no adjustment") << S::Fixed << A::NoAdjustment << ctrl << 0.0 << 10 << 10 << 1.0;
-        QTest::newRow("one jump of ten pixels") << S::Fixed << A::ShiftFasterCtrlSlower << 0 << 0.0 << 10 << 1 << 1.0;
         QTest::newRow("adaptive 250") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 250.0 << 10 << 10 << 350.0;
-        QTest::newRow("adaptive 250 towards zero") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 250.0 << -10
-                                                   << 10 << 150.0;
         QTest::newRow("adaptive -250 towards zero") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << -250.0 << 10
                                                     << 10 << -150.0;
-        QTest::newRow("adaptive 0.0005") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 0.0005 << 10 << 10
-                                         << 0.0105;
-        QTest::newRow("adaptive 99.6 rounds to 100") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 99.6 << 10
-                                                     << 10 << 199.6;
-        QTest::newRow("adaptive 94 keeps its decade") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 94.0 << 10
-                                                      << 10 << 104.0;
         QTest::newRow("adaptive step kept for the drag") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 95.0
                                                          << 20 << 20 << 115.0;
-        QTest::newRow("adaptive step kept past the decade") << S::Adaptive << A::ShiftFasterCtrlSlower << 0 << 8.0
-                                                            << 30 << 30 << 11.0;
-        QTest::newRow("adaptive with shift") << S::Adaptive << A::ShiftFasterCtrlSlower << shift << 250.0 << 1 << 1
-                                             << 350.0;
-        QTest::newRow("proportional 500") << S::Proportional << A::ShiftFasterCtrlSlower << 0 << 500.0 << 1 << 1
-                                          << 502.0;
+        // The proportional step is fixed at the press: ten pixels from 500 add ten steps of 2.
+        QTest::newRow("proportional 500") << S::Proportional << A::ShiftFasterCtrlSlower << 0 << 500.0 << 10 << 10
+                                          << 520.0;
         QTest::newRow("proportional 0.2") << S::Proportional << A::ShiftFasterCtrlSlower << 0 << 0.2 << 1 << 1
                                           << 0.204;
-        QTest::newRow("proportional -500 down") << S::Proportional << A::ShiftFasterCtrlSlower << 0 << -500.0 << -1
-                                                << 1 << -502.0;
     }
 
     // The press goes to the arrow that points at the range's bound, which is disabled there, so only the drag steps.
@@ -182,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(field.show());
         field.model->resetCounts();
 
-        const QPoint press = arrowRect(spinBox, up ? QStyle::SC_SpinBoxDown : QStyle::SC_SpinBoxUp).center();
+        const QPoint press = arrowCenter(spinBox, up ? QStyle::SC_SpinBoxDown : QStyle::SC_SpinBoxUp);
         const auto mods = Qt::KeyboardModifiers(modifiers);
         QTest::mousePress(&spinBox, Qt::LeftButton, mods, press);
         QCOMPARE(field.model->begins, 1);
@@ -190,55 +172,14 @@ private Q_SLOTS:
         for (int i = 1; i <= moves; ++i)
             QTest::mouseEvent(QTest::MouseMove, &spinBox, Qt::NoButton, mods,
                               press - QPoint(0, pixels * i / moves));
-        QVERIFY2(std::abs(field.model->get() - expected) < 1e-9, qPrintable(QString::number(field.model->get(), 'g', 12)));
+        QVERIFY2(std::abs(field.model->get() - expected) < 1e-9,
+                 qPrintable(QString::number(field.model->get(), 'g', 12)));
         QCOMPARE(field.model->commits, 0);
         QTest::mouseRelease(&spinBox, Qt::LeftButton, mods, press - QPoint(0, pixels));
 
         QCOMPARE(field.model->begins, 1);
         QCOMPARE(field.model->commits, 1);
         QCOMPARE(field.model->setsOutsideBracket, 0);
-        QCOMPARE(spinBox.getInputAction(), SpinBox::InputAction::None);
-    }
-
-    void pressOnArrowStepsOnce()
-    {
-        Field field(1.0);
-        QVERIFY(field.show());
-        field.model->resetCounts();
-        const QPoint press = arrowRect(*field.spinBox, QStyle::SC_SpinBoxUp).center();
-        QTest::mouseClick(field.spinBox.get(), Qt::LeftButton, {}, press);
-        QCOMPARE(field.model->get(), 1.1);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 1);
-    }
-
-    void wrapDecision_data()
-    {
-        QTest::addColumn<QRect>("screen");
-        QTest::addColumn<int>("y");
-        QTest::addColumn<int>("lastY");
-        QTest::addColumn<int>("expected"); // -1: no wrap
-
-        const QRect screen(0, 0, 800, 600);
-        const QRect above(100, -1080, 1920, 1080);
-        QTest::newRow("bottom moving down") << screen << 599 << 590 << 0;
-        QTest::newRow("top moving up") << screen << 0 << 12 << 599;
-        QTest::newRow("bottom moving up") << screen << 599 << 600 << -1;
-        QTest::newRow("bottom without moving") << screen << 599 << 599 << -1;
-        QTest::newRow("top moving down") << screen << 0 << -3 << -1;
-        QTest::newRow("middle") << screen << 300 << 290 << -1;
-        QTest::newRow("screen above bottom") << above << -1 << -20 << -1080;
-        QTest::newRow("screen above top") << above << -1080 << -1000 << -1;
-    }
-
-    void wrapDecision()
-    {
-        QFETCH(QRect, screen);
-        QFETCH(int, y);
-        QFETCH(int, lastY);
-        QFETCH(int, expected);
-        const std::optional<int> wrapped = SpinBox::getWrappedCursorY(y, lastY, screen);
-        QCOMPARE(wrapped.value_or(-1), expected);
     }
 
     void dragWrapsAtScreenEdge_data()
@@ -257,7 +198,7 @@ private Q_SLOTS:
         spinBox.setRange(-1e9, 1e9, 1.0, 0);
         QVERIFY(field.show());
         const QRect screen = spinBox.screen()->geometry();
-        const QPoint press = arrowRect(spinBox, QStyle::SC_SpinBoxUp).center();
+        const QPoint press = arrowCenter(spinBox, QStyle::SC_SpinBoxUp);
         QTest::mousePress(&spinBox, Qt::LeftButton, {}, press);
         const double afterPress = spinBox.value();
         const QPoint globalPress = spinBox.mapToGlobal(press);
@@ -300,161 +241,84 @@ private Q_SLOTS:
         QVERIFY(!spinBox->hasFocus());
     }
 
-    void wheelPhasesAreOneBracket()
+    void gestureIsOneBracket_data()
     {
-        Field field(0.0);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        QVERIFY(field.spinBox->getLineEdit()->hasFocus());
-        field.model->resetCounts();
-        QLineEdit* edit = field.spinBox->getLineEdit();
-
-        sendWheel(edit, 0, Qt::ScrollBegin);
-        for (int i = 0; i < 3; ++i)
-            sendWheel(edit, 120, Qt::ScrollUpdate);
-        sendWheel(edit, 120, Qt::ScrollMomentum);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 0);
-        sendWheel(edit, 0, Qt::ScrollEnd);
-
-        QVERIFY(std::abs(field.model->get() - 0.4) < 1e-9);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 1);
-        QCOMPARE(field.model->setsOutsideBracket, 0);
-
-        // A second gesture is a second bracket.
-        sendWheel(edit, 0, Qt::ScrollBegin);
-        sendWheel(edit, -120, Qt::ScrollUpdate);
-        sendWheel(edit, 0, Qt::ScrollEnd);
-        QCOMPARE(field.model->begins, 2);
-        QCOMPARE(field.model->commits, 2);
+        QTest::addColumn<int>("gesture");
+        QTest::addColumn<SpinBox::StepType>("stepType");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<double>("start");
+        QTest::addColumn<double>("step");
+        using S = SpinBox::StepType;
+        QTest::newRow("wheel with phases") << int(WheelWithPhases) << S::Fixed << QString() << 0.0 << 0.1;
+        QTest::newRow("wheel without phases") << int(WheelWithoutPhases) << S::Fixed << QString() << 0.0 << -0.1;
+        QTest::newRow("held up key") << int(HeldUp) << S::Fixed << QString() << 0.0 << 0.1;
+        QTest::newRow("held down key") << int(HeldDown) << S::Fixed << QString() << 0.0 << -0.1;
+        // The proportional step is fixed when the gesture starts, so every step of it has the same size.
+        QTest::newRow("proportional wheel") << int(WheelWithPhases) << S::Proportional << QString() << 500.0 << 2.0;
+        QTest::newRow("proportional key") << int(HeldUp) << S::Proportional << QString() << 500.0 << 2.0;
+        // Typed but not confirmed: stepping starts from the typed value.
+        QTest::newRow("typed, then key") << int(HeldUp) << S::Proportional << "1000" << 1000.0 << 4.0;
     }
 
-    void wheelWithoutPhasesClosesOnFocusLoss()
+    void gestureIsOneBracket()
     {
-        Field field(0.0);
+        QFETCH(int, gesture);
+        QFETCH(SpinBox::StepType, stepType);
+        QFETCH(QString, typed);
+        QFETCH(double, start);
+        QFETCH(double, step);
+        Field field(typed.isEmpty() ? start : 500.0);
+        field.spinBox->setRange(-1e6, 1e6, 0.1, 3);
+        field.spinBox->setStepType(stepType);
         QVERIFY(field.show());
         field.spinBox->setFocus();
         field.model->resetCounts();
-        for (int i = 0; i < 4; ++i)
-            sendWheel(field.spinBox->getLineEdit(), -120, Qt::NoScrollPhase);
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 0);
-        QVERIFY(std::abs(field.model->get() + 0.4) < 1e-9);
+        // Typing is one bracket more, kept when the next gesture starts.
+        const int typing = typed.isEmpty() ? 0 : 1;
+        field.spinBox->getLineEdit()->selectAll();
+        QTest::keyClicks(field.spinBox->getLineEdit(), typed);
 
-        field.spinBox->clearFocus();
-        QCOMPARE(field.model->commits, 1);
+        runGesture(*field.spinBox, Gesture(gesture), [&] { QCOMPARE(field.model->commits, typing); });
+
+        // At least one step per event; the base spin box adds its own step when a key's repeat starts.
+        const double steps = (field.model->get() - start) / step;
+        QVERIFY2(steps >= 3.0 && std::abs(steps - std::round(steps)) < 1e-6, qPrintable(QString::number(steps)));
+        QCOMPARE(field.model->begins, 1 + typing);
+        QCOMPARE(field.model->commits, 1 + typing);
+        QCOMPARE(field.model->setsOutsideBracket, 0);
         QCOMPARE(field.model->nestedBegins, 0);
     }
 
-    void heldArrowKeyIsOneBracket_data()
+    void shownText_data()
     {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<double>("expected");
-        QTest::newRow("up") << int(Qt::Key_Up) << 0.6;
-        QTest::newRow("down") << int(Qt::Key_Down) << -0.6;
-    }
-
-    void heldArrowKeyIsOneBracket()
-    {
-        QFETCH(int, key);
-        QFETCH(double, expected);
-        Field field(0.0);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.model->resetCounts();
-        QWidget* target = field.spinBox.get();
-
-        QTest::simulateEvent(target, true, key, {}, QString(), false);
-        for (int i = 0; i < 5; ++i) {
-            // Auto-repeat arrives as release-press pairs flagged as repeats.
-            QTest::simulateEvent(target, false, key, {}, QString(), true);
-            QTest::simulateEvent(target, true, key, {}, QString(), true);
-        }
-        QCOMPARE(field.model->commits, 0);
-        QTest::simulateEvent(target, false, key, {}, QString(), false);
-
-        // At least one step per press; the base spin box adds its own step when the repeat starts.
-        QVERIFY2(field.model->get() * expected >= expected * expected - 1e-9,
-                 qPrintable(QString::number(field.model->get())));
-        QCOMPARE(field.model->begins, 1);
-        QCOMPARE(field.model->commits, 1);
-        QVERIFY(field.model->sets >= 6);
-        QCOMPARE(field.model->setsOutsideBracket, 0);
-    }
-
-    void gestureCommitsOpenOne()
-    {
-        Field field(0.0);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.model->resetCounts();
-        sendWheel(field.spinBox->getLineEdit(), 120, Qt::NoScrollPhase);
-        QTest::keyPress(field.spinBox.get(), Qt::Key_Up);
-        QCOMPARE(field.model->begins, 2);
-        QCOMPARE(field.model->commits, 1);
-        QCOMPARE(field.model->nestedBegins, 0);
-        QTest::keyRelease(field.spinBox.get(), Qt::Key_Up);
-        QCOMPARE(field.model->commits, 2);
-    }
-
-    void trimmedText_data()
-    {
-        QTest::addColumn<int>("precision");
         QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<int>("precision");
+        QTest::addColumn<QString>("suffix");
         QTest::addColumn<QString>("text");
-        QTest::newRow("2") << 1 << 2.0 << "2.0";
-        QTest::newRow("1.5") << 1 << 1.5 << "1.50";
-        QTest::newRow("1.25") << 1 << 1.25 << "1.250";
-        QTest::newRow("10") << 1 << 10.0 << "10.0";
-        QTest::newRow("-3") << 1 << -3.0 << "-3.0";
-        QTest::newRow("all decimals") << 0 << 2.0 << "2.000";
+        // Trimming drops zeros while two of them end the text.
+        QTest::newRow("trimmed 2") << 2.0 << 3 << 1 << QString() << "2.0";
+        QTest::newRow("trimmed 1.5") << 1.5 << 3 << 1 << QString() << "1.50";
+        QTest::newRow("trimmed 1.25") << 1.25 << 3 << 1 << QString() << "1.250";
+        QTest::newRow("all decimals") << 2.0 << 3 << 0 << QString() << "2.000";
+        QTest::newRow("fewer decimals") << 0.125 << 1 << 0 << QString() << "0.1";
+        QTest::newRow("clamped, without decimals") << 50.0 << 0 << 0 << QString() << "10";
+        QTest::newRow("suffix") << 2.0 << 2 << 0 << QStringLiteral(" px") << "2.00 px";
     }
 
-    void trimmedText()
+    void shownText()
     {
-        QFETCH(int, precision);
         QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(int, precision);
+        QFETCH(QString, suffix);
         QFETCH(QString, text);
         Field field(value);
-        field.spinBox->setRange(-100.0, 100.0, 0.1, 3);
+        field.spinBox->setDisplaySuffix(suffix);
+        field.spinBox->setRange(-10.0, 10.0, 1.0, decimals);
         field.spinBox->setPrecisionType(static_cast<SpinBox::PrecisionType>(precision));
         QCOMPARE(field.spinBox->getLineEdit()->text(), text);
-        QCOMPARE(field.spinBox->convertValueToText(value), text);
-    }
-
-    void textAfterRangeChange_data()
-    {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("suffix");
-        QTest::addColumn<double>("minimum");
-        QTest::addColumn<double>("maximum");
-        QTest::addColumn<int>("decimals");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("fewer decimals") << 0.125 << QString() << -10.0 << 10.0 << 1 << "0.1";
-        QTest::newRow("more decimals") << 2.5 << QString() << -10.0 << 10.0 << 4 << "2.5000";
-        QTest::newRow("same decimals, clamped") << 7.0 << QString() << 0.0 << 5.0 << 3 << "5.000";
-        QTest::newRow("whole, clamped") << 50.0 << QString() << 0.0 << 10.0 << 0 << "10";
-        QTest::newRow("suffix kept") << 2.0 << QStringLiteral(" px") << 0.0 << 10.0 << 2 << "2.00 px";
-        QTest::newRow("unchanged text") << 0.0 << QStringLiteral(" px") << -1.0 << 1.0 << 3 << "0.000 px";
-    }
-
-    void textAfterRangeChange()
-    {
-        QFETCH(double, value);
-        QFETCH(QString, suffix);
-        QFETCH(double, minimum);
-        QFETCH(double, maximum);
-        QFETCH(int, decimals);
-        QFETCH(QString, text);
-        Field field(value);
-        QCOMPARE(field.spinBox->getLineEdit()->text(), QString::number(value, 'f', 3));
-        field.spinBox->setDisplaySuffix(suffix);
-        field.spinBox->setRange(minimum, maximum, 1.0, decimals);
-        QLineEdit* edit = field.spinBox->getLineEdit();
-        QCOMPARE(edit->text(), text);
-        QVERIFY(edit->hasAcceptableInput());
-        QCOMPARE(field.spinBox->findChildren<QLineEdit*>(), QList<QLineEdit*> { edit });
+        QCOMPARE(field.spinBox->convertValueToText(value) + suffix, text);
         // Showing the model's value never writes it, not even clamped.
         QCOMPARE(field.model->sets, 0);
     }
@@ -468,9 +332,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         QTest::newRow("whole") << 0.0 << 10.0 << 1.0 << 2 << QStringLiteral("Value range: 0\u202610");
         QTest::newRow("fractional step") << 0.0 << 10.0 << 0.5 << 2 << QStringLiteral("Value range: 0.00\u202610.00");
-        QTest::newRow("fractional bound") << -0.5 << 2.5 << 1.0 << 3 << QStringLiteral("Value range: -0.500\u20262.500");
         QTest::newRow("unbounded int") << 0.0 << 2147483647.0 << 1.0 << 0 << QStringLiteral("Minimum value: 0");
-        QTest::newRow("unbounded double") << 1.0 << 1e300 << 0.1 << 1 << QStringLiteral("Minimum value: 1.0");
     }
 
     void rangeToolTip()
@@ -483,25 +345,6 @@ private Q_SLOTS:
         Field field(0.0);
         field.spinBox->setRange(minimum, maximum, step, decimals);
         QVERIFY2(field.spinBox->toolTip().contains(expected), qPrintable(field.spinBox->toolTip()));
-    }
-
-    void rangeToolTipInDisplayUnits()
-    {
-        Field field(0.25);
-        field.spinBox->setRange(0.0, 2.0, 1.0, 1);
-        field.spinBox->setConversion(ModelValueConverter<double>::fromQuantity(
-            Quantity::Length, { LengthUnit::Centimeter, AngleUnit::Degree, RadianceUnit::Nit, TimeUnit::Second }));
-        QVERIFY2(field.spinBox->toolTip().contains(QStringLiteral("Value range: 0 cm\u2026200 cm")),
-                 qPrintable(field.spinBox->toolTip()));
-        QCOMPARE(field.spinBox->getLineEdit()->text(), QStringLiteral("25.0 cm"));
-
-        // Typing is in display units; the model keeps metres.
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.spinBox->getLineEdit()->selectAll();
-        QTest::keyClicks(field.spinBox->getLineEdit(), QStringLiteral("50"));
-        QTest::keyClick(field.spinBox->getLineEdit(), Qt::Key_Return);
-        QCOMPARE(field.model->get(), 0.5);
     }
 
     void draggingHint_data()
@@ -519,24 +362,20 @@ private Q_SLOTS:
         QFETCH(bool, styleHint);
         QFETCH(bool, overArrow);
         QFETCH(bool, shown);
-        HintStyle hintStyle;
+        HintStyle hintStyle(QStringLiteral("fusion"));
         Field field(0.0);
         field.spinBox->setRange(0.0, 10.0, 1.0, 0);
         if (styleHint)
             field.spinBox->setStyle(&hintStyle);
         QVERIFY(field.show());
 
-        const QPoint position = overArrow ? arrowRect(*field.spinBox, QStyle::SC_SpinBoxDown).center()
+        const QPoint position = overArrow ? arrowCenter(*field.spinBox, QStyle::SC_SpinBoxDown)
                                           : field.spinBox->getLineEdit()->geometry().center();
         QHoverEvent enter(QEvent::HoverEnter, position, position, QPoint(-1, -1));
         QApplication::sendEvent(field.spinBox.get(), &enter);
         QCOMPARE(field.spinBox->isDraggingHintShown(), shown);
         QCOMPARE(field.spinBox->toolTip().contains(QStringLiteral("Hint: Dragging speed")), shown);
         QVERIFY(field.spinBox->toolTip().contains(QStringLiteral("Value range: 0\u202610")));
-
-        QHoverEvent leave(QEvent::HoverLeave, QPoint(-1, -1), QPoint(-1, -1), position);
-        QApplication::sendEvent(field.spinBox.get(), &leave);
-        QVERIFY(!field.spinBox->toolTip().contains(QStringLiteral("Hint")));
         field.spinBox->setStyle(nullptr);
     }
 
@@ -546,13 +385,10 @@ private Q_SLOTS:
         QTest::addColumn<double>("maximum");
         QTest::addColumn<int>("decimals");
         QTest::addColumn<QString>("suffix");
-        QTest::addColumn<bool>("limited");
         const double unbounded = SpinBox::UNBOUNDED;
-        QTest::newRow("small range") << 0.0 << 10.0 << 3 << QString() << false;
-        QTest::newRow("five digits") << -99999.0 << 99999.0 << 3 << QString() << false;
-        QTest::newRow("unbounded") << -unbounded << unbounded << 3 << QString() << true;
-        QTest::newRow("unbounded maximum with a unit") << 0.0 << unbounded << 1 << QStringLiteral(" cm") << true;
-        QTest::newRow("a million") << -1e6 << 1e6 << 2 << QString() << true;
+        QTest::newRow("small range") << 0.0 << 10.0 << 3 << QString();
+        QTest::newRow("unbounded") << -unbounded << unbounded << 3 << QString();
+        QTest::newRow("unbounded maximum with a unit") << 0.0 << unbounded << 1 << QStringLiteral(" cm");
     }
 
     // Wide bounds ask for no more room than five whole digits: three unbounded fields in a row still fit a sheet.
@@ -562,28 +398,17 @@ private Q_SLOTS:
         QFETCH(double, maximum);
         QFETCH(int, decimals);
         QFETCH(QString, suffix);
-        QFETCH(bool, limited);
-        const auto configure = [&](QDoubleSpinBox& box, double low, double high) {
-            box.setLocale(QLocale::c());
-            box.setDecimals(decimals);
-            box.setRange(low, high);
-            box.setSuffix(suffix);
-        };
         Field field(0.0);
         field.spinBox->setRange(minimum, maximum, 0.1, decimals);
         field.spinBox->setDisplaySuffix(suffix);
-        QDoubleSpinBox plain;
-        configure(plain, minimum, maximum);
+        // Sized as a plain spin box whose bounds stop at five digits.
         QDoubleSpinBox fiveDigits;
-        configure(fiveDigits, std::max(minimum, -99999.0), std::min(maximum, 99999.0));
-
-        const SpinBox& spinBox = *field.spinBox;
-        QCOMPARE(spinBox.sizeHint(), fiveDigits.sizeHint());
-        QCOMPARE(spinBox.minimumSizeHint(), fiveDigits.minimumSizeHint());
-        if (limited)
-            QVERIFY(spinBox.sizeHint().width() < plain.sizeHint().width());
-        else
-            QCOMPARE(spinBox.sizeHint(), plain.sizeHint());
+        fiveDigits.setLocale(QLocale::c());
+        fiveDigits.setDecimals(decimals);
+        fiveDigits.setRange(std::max(minimum, -99999.0), std::min(maximum, 99999.0));
+        fiveDigits.setSuffix(suffix);
+        QCOMPARE(field.spinBox->sizeHint(), fiveDigits.sizeHint());
+        QCOMPARE(field.spinBox->minimumSizeHint(), fiveDigits.minimumSizeHint());
     }
 
     void validate_data()
@@ -593,13 +418,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("state");
         const QLocale c = QLocale::c();
         const QLocale german(QLocale::German, QLocale::Germany);
-        QTest::newRow("point") << c << "1.5" << int(QValidator::Acceptable);
-        QTest::newRow("comma in C") << c << "1,5" << int(QValidator::Intermediate);
         QTest::newRow("comma in German") << german << "1,5" << int(QValidator::Acceptable);
         QTest::newRow("point in German") << german << "1.5" << int(QValidator::Intermediate);
-        QTest::newRow("above maximum") << c << "11" << int(QValidator::Intermediate);
-        QTest::newRow("below minimum") << c << "-0.5" << int(QValidator::Intermediate);
-        QTest::newRow("maximum") << c << "10" << int(QValidator::Acceptable);
         QTest::newRow("letters") << c << "x" << int(QValidator::Invalid);
     }
 
@@ -616,57 +436,159 @@ private Q_SLOTS:
         QCOMPARE(int(field.spinBox->validate(copy, position)), state);
     }
 
-    void typedTextReachesModelOnlyWhenValid_data()
+    void typingFollowsAsOneBracket_data()
     {
         QTest::addColumn<QString>("typed");
+        QTest::addColumn<double>("whileTyping");
         QTest::addColumn<double>("expected");
-        QTest::addColumn<int>("sets");
-        QTest::newRow("valid") << "2.5" << 2.5 << 1;
-        QTest::newRow("wrong separator") << "2,5" << 3.0 << 0;
-        QTest::newRow("out of range") << "12" << 3.0 << 0;
+        QTest::newRow("valid") << "2.5" << 2.5 << 2.5;
+        // Values that pass through ("2", "1") are shown; a text that ends bad takes them back.
+        QTest::newRow("wrong separator") << "2,5" << 2.0 << 3.14159;
+        QTest::newRow("out of range") << "12" << 1.0 << 3.14159;
+        // The field shows the value rounded: Enter on it must not write the rounded value back.
+        QTest::newRow("nothing typed") << "" << 3.142 << 3.14159;
     }
 
-    void typedTextReachesModelOnlyWhenValid()
+    // A linked view follows each keystroke, and the burst is one change that Enter closes.
+    void typingFollowsAsOneBracket()
     {
         QFETCH(QString, typed);
+        QFETCH(double, whileTyping);
         QFETCH(double, expected);
-        QFETCH(int, sets);
-        Field field(3.0);
+        Field field(3.14159);
         field.spinBox->setRange(0.0, 10.0, 0.1, 2);
+        SpinBox linked(field.model, 0.0);
         QVERIFY(field.show());
         field.spinBox->setFocus();
         field.model->resetCounts();
         field.spinBox->getLineEdit()->selectAll();
         QTest::keyClicks(field.spinBox->getLineEdit(), typed);
-        QTest::keyClick(field.spinBox->getLineEdit(), Qt::Key_Return);
-        QCOMPARE(field.model->get(), expected);
-        QCOMPARE(field.model->sets, sets);
-    }
-
-    void enterOnUntouchedFieldKeepsPrecision()
-    {
-        Field field(1.23456);
-        field.spinBox->setRange(0.0, 10.0, 0.1, 3);
-        QVERIFY(field.show());
-        field.spinBox->setFocus();
-        field.model->resetCounts();
+        QCOMPARE(linked.value(), whileTyping);
+        QCOMPARE(field.model->commits + field.model->reverts, 0);
         QTest::keyClick(field.spinBox->getLineEdit(), Qt::Key_Return);
         field.spinBox->clearFocus();
-        QCOMPARE(field.model->get(), 1.23456);
-        QCOMPARE(field.model->sets, 0);
+        QCOMPARE(field.model->get(), expected);
+        const int brackets = typed.isEmpty() ? 0 : 1;
+        QCOMPARE(field.model->begins, brackets);
+        QCOMPARE(field.model->commits + field.model->reverts, brackets);
+        QCOMPARE(field.model->setsOutsideBracket, 0);
+        QCOMPARE(field.spinBox->text(), field.spinBox->convertValueToText(expected));
     }
 
-    void twoFieldsOnOneModel()
+    void ambiguousGrouping_data()
     {
-        auto model = makeSharedPtr<RecordingModel<double>>(1.0);
-        SpinBox first(model, 0.0);
-        SpinBox second(model, 0.0);
-        first.setLocale(QLocale::c());
-        second.setLocale(QLocale::c());
-        first.stepBy(3);
-        QCOMPARE(model->get(), 1.3);
-        QCOMPARE(second.value(), 1.3);
-        QCOMPARE(model->sets, 1);
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("baseText");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("grouping dropped with the point") << 1234.5 << "1234500" << "1234.500";
+        QTest::newRow("grouping shown") << 1234.5 << "1.234.500" << "1234.500";
+        QTest::newRow("negative") << -1234567.25 << "-1234567250" << "-1234567.250";
+        QTest::newRow("below a thousand") << 234.5 << "234.500" << "234.500";
+    }
+
+    // No locale has a group separator equal to its decimal point, so the rewriting is checked on the base texts that
+    // such a locale would give, and read back.
+    void ambiguousGrouping()
+    {
+        QFETCH(double, value);
+        QFETCH(QString, baseText);
+        QFETCH(QString, text);
+        const QString point = QStringLiteral(".");
+        QCOMPARE(SpinBox::disambiguateGrouping(baseText, value, 3, point, point), text);
+        QCOMPARE(SpinBox::parseAmbiguousGrouping(text, point), std::optional<double>(value));
+        QCOMPARE(SpinBox::parseAmbiguousGrouping(QStringLiteral(".5"), point), std::optional<double>(0.5));
+    }
+
+    void undoKeysAfterAGesture_data()
+    {
+        QTest::addColumn<bool>("type");
+        QTest::addColumn<bool>("confirm");
+        QTest::addColumn<bool>("applicationUndoes");
+        QTest::newRow("after a drag") << false << false << true;
+        QTest::newRow("while typing") << true << false << false;
+        QTest::newRow("after typing and Enter") << true << true << true;
+    }
+
+    // The field's own text undo is only the user's while they type; otherwise the keys undo the application's steps.
+    void undoKeysAfterAGesture()
+    {
+        QFETCH(bool, type);
+        QFETCH(bool, confirm);
+        QFETCH(bool, applicationUndoes);
+        QWidget window;
+        auto* spinBox = new SpinBox(&window);
+        spinBox->setGeometry(10, 10, 160, spinBox->sizeHint().height());
+        int triggered = 0;
+        for (const auto keys : { QKeySequence::Undo, QKeySequence::Redo }) {
+            auto* action = new QAction(&window);
+            action->setShortcut(keys);
+            connect(action, &QAction::triggered, [&triggered] { ++triggered; });
+            window.addAction(action);
+        }
+        QVERIFY(showActive(window));
+
+        dragUp(spinBox, 5);
+        if (type) {
+            spinBox->getLineEdit()->selectAll();
+            QTest::keyClicks(spinBox->getLineEdit(), QStringLiteral("4"));
+        }
+        if (confirm)
+            QTest::keyClick(spinBox->getLineEdit(), Qt::Key_Return);
+        QWidget* focus = QApplication::focusWidget();
+        QVERIFY(focus == spinBox || focus == spinBox->getLineEdit());
+        QTest::keySequence(focus, QKeySequence::Undo);
+        QTest::keySequence(focus, QKeySequence::Redo);
+        QCOMPARE(triggered, applicationUndoes ? 2 : 0);
+    }
+
+    void mixedValues_data()
+    {
+        QTest::addColumn<int>("end"); // 0: the host, 1: typing, 2: a drag, 3: typing a bad value
+        QTest::addColumn<double>("expected");
+        QTest::newRow("host clears the mark") << 0 << 0.7;
+        QTest::newRow("typing the shown value") << 1 << 0.7;
+        // A press on the arrow steps once, ten pixels add ten steps: from the model's value.
+        QTest::newRow("drag") << 2 << 1.8;
+        QTest::newRow("a bad value keeps them") << 3 << 0.7;
+    }
+
+    // A number over several values that disagree shows none until the user gives one.
+    void mixedValues()
+    {
+        QFETCH(int, end);
+        QFETCH(double, expected);
+        auto model = makeSharedPtr<RecordingModel<double>>(0.7);
+        Number number(model, 0.0, true);
+        number.setLocale(QLocale::c());
+        number.setRange(0.0, 10.0, 0.1, 3);
+        number.setSuffix(QStringLiteral(" m"));
+        number.resize(300, number.sizeHint().height());
+        QVERIFY(showActive(number));
+        SpinBox* spinBox = number.getSpinBox();
+        QLineEdit* edit = spinBox->getLineEdit();
+        const double sliderPosition = number.getSlider()->getPosition();
+
+        number.setProperty(SpinBox::MIXED_VALUES_PROPERTY, true);
+        QCOMPARE(edit->text(), QString());
+        QCOMPARE(edit->placeholderText(), QStringLiteral("<different values>"));
+        model->notifyCallbacks();
+        QCOMPARE(edit->text(), QString());
+        QCOMPARE(number.getSlider()->getPosition(), sliderPosition);
+        model->resetCounts();
+
+        if (end == 0) {
+            number.setProperty(SpinBox::MIXED_VALUES_PROPERTY, false);
+        } else if (end == 1 || end == 3) {
+            typeInto(spinBox, end == 1 ? QStringLiteral("0.7") : QStringLiteral("12"));
+        } else {
+            dragUp(spinBox, 10);
+        }
+        const bool stillMixed = end == 3;
+        QCOMPARE(spinBox->isShowingMixedValues(), stillMixed);
+        QVERIFY(std::abs(model->get() - expected) < 1e-9);
+        // A value the user gives is written to all objects, even when it equals the first one's.
+        QCOMPARE(model->sets > 0, end != 0);
+        QCOMPARE(edit->text(), stillMixed ? QString() : QString::number(expected, 'f', 3) + QStringLiteral(" m"));
     }
 
     void resetAndPaste()
@@ -675,14 +597,10 @@ private Q_SLOTS:
         SpinBox spinBox(model, 1.5);
         spinBox.setLocale(QLocale::c());
         spinBox.setRange(0.0, 10.0, 0.1, 2);
-        QVERIFY(spinBox.canReset());
         QVERIFY(spinBox.resetToDefault());
         QCOMPARE(model->get(), 1.5);
-        QCOMPARE(model->sets, 1);
-        QVERIFY(!spinBox.canReset());
-
         QVERIFY(spinBox.pasteText(QStringLiteral(" 7.25 ")));
-        QCOMPARE(model->get(), 7.25);
+        // Text that the field would not accept changes nothing.
         QVERIFY(!spinBox.pasteText(QStringLiteral("seven")));
         QVERIFY(!spinBox.pasteText(QStringLiteral("70")));
         QCOMPARE(model->get(), 7.25);
@@ -694,29 +612,19 @@ private Q_SLOTS:
         auto model = makeSharedPtr<RecordingModel<double>>(2.0);
         Number number(model, 0.0, true);
         number.setRange(0.0, 8.0, 0.5, 1);
-        QVERIFY(number.getSlider());
         QCOMPARE(number.getSlider()->getPosition(), 0.25);
-        QCOMPARE(number.getSpinBox()->value(), 2.0);
-
         number.getSpinBox()->stepBy(2);
         QCOMPARE(model->get(), 3.0);
         QCOMPARE(number.getSlider()->getPosition(), 0.375);
 
-        model->set(0.0);
-        QVERIFY(number.resetToDefault() || model->get() == 0.0);
-        QCOMPARE(number.getSpinBox()->value(), 0.0);
-        QCOMPARE(number.getSlider()->getPosition(), 0.0);
-    }
-
-    void numberSliderFromOptions()
-    {
+        // The slider options of the property win over the spin box's range.
         UserData userData;
-        userData.set(SLIDER_OPTIONS_KEY, UiSliderOptions { 0.0, 1.0, static_cast<std::uint32_t>(SliderScale::Logarithmic) });
-        auto model = makeSharedPtr<VariableModel<double>>(0.5);
-        Number number(model, 0.0, true, userData);
-        number.setRange(0.0, 100.0, 1.0, 2);
-        QVERIFY(std::abs(number.getSlider()->getPosition() - std::log10(5.5)) < 1e-6);
-        QVERIFY(!Number(model, 0.0, false).getSlider());
+        const auto scale = static_cast<std::uint32_t>(SliderScale::Logarithmic);
+        userData.set(SLIDER_OPTIONS_KEY, UiSliderOptions { 0.0, 1.0, scale });
+        model->set(0.5);
+        Number withOptions(model, 0.0, true, userData);
+        withOptions.setRange(0.0, 100.0, 1.0, 2);
+        QVERIFY(std::abs(withOptions.getSlider()->getPosition() - std::log10(5.5)) < 1e-6);
     }
 };
 

@@ -5,52 +5,40 @@
 #include <MarlixLib/base/Exception.h>
 
 #include "MarlixLibQt/widgets/RecordingModel.h"
+#include "MarlixLibQt/widgets/editors/EditorTesting.h"
 
 #include <QLineEdit>
 #include <QTest>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
-using Marlix::Widgets::Testing::RecordingModel;
+using namespace Marlix::Widgets::Testing;
 
 class TestTimeEdit : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void toTimeArray_data()
+    void conversions_data()
     {
         QTest::addColumn<double>("milliseconds");
-        QTest::addColumn<Array<double>>("expected");
-        QTest::newRow("1 h 2 min 3 s, milliseconds dropped") << 3723500.0 << Array<double> { 1, 2, 3 };
-        QTest::newRow("zero") << 0.0 << Array<double> { 0, 0, 0 };
-        QTest::newRow("just below a minute") << 59999.0 << Array<double> { 0, 0, 59 };
-        QTest::newRow("a day") << 86400000.0 << Array<double> { 24, 0, 0 };
-        QTest::newRow("negative truncates towards zero") << -3723900.0 << Array<double> { -1, -2, -3 };
-        QTest::newRow("beyond 32 bits is clamped") << 1e13 << Array<double> { 596523, 14, 7 };
+        QTest::addColumn<Array<double>>("hms");
+        QTest::addColumn<double>("back");
+        QTest::newRow("1 h 2 min 3 s, milliseconds dropped") << 3723500.0 << Array<double> { 1, 2, 3 } << 3723000.0;
+        QTest::newRow("just below a minute") << 59999.0 << Array<double> { 0, 0, 59 } << 59000.0;
+        QTest::newRow("negative truncates towards zero") << -3723900.0 << Array<double> { -1, -2, -3 } << -3723000.0;
+        QTest::newRow("beyond 32 bits is clamped") << 1e13 << Array<double> { 596523, 14, 7 } << 2147483647000.0;
     }
 
-    void toTimeArray()
+    void conversions()
     {
         QFETCH(double, milliseconds);
-        QFETCH(Array<double>, expected);
-        QCOMPARE(TimeEdit::toTimeArray(milliseconds), expected);
-    }
-
-    void toTime_data()
-    {
-        QTest::addColumn<Array<double>>("hms");
-        QTest::addColumn<double>("expected");
-        QTest::newRow("1 h 2 min 3 s") << Array<double> { 1, 2, 3 } << 3723000.0;
-        QTest::newRow("90 minutes still count") << Array<double> { 0, 90, 0 } << 5400000.0;
-        QTest::newRow("seconds above 59") << Array<double> { 0, 0, 75 } << 75000.0;
-    }
-
-    void toTime()
-    {
         QFETCH(Array<double>, hms);
-        QFETCH(double, expected);
-        QCOMPARE(TimeEdit::toTime(hms), expected);
+        QFETCH(double, back);
+        QCOMPARE(TimeEdit::toTimeArray(milliseconds), hms);
+        QCOMPARE(TimeEdit::toTime(hms), back);
+        // Minutes above 59 given to toTime still count.
+        QCOMPARE(TimeEdit::toTime({ 0, 90, 0 }), 5400000.0);
         QVERIFY_THROWS_EXCEPTION(StopException, TimeEdit::toTime({ 1, 2 }));
     }
 
@@ -59,17 +47,11 @@ private Q_SLOTS:
         auto model = makeSharedPtr<VariableModel<double>>(3723500.0);
         TimeEdit edit(model, 0.0, 86400000.0);
         edit.setLocale(QLocale::c());
-        QCOMPARE(edit.getComponentCount(), 3);
         QCOMPARE(edit.getComponent(0)->getSpinBox()->text(), QStringLiteral("1 h"));
         QCOMPARE(edit.getComponent(1)->getSpinBox()->text(), QStringLiteral("2 min"));
         QCOMPARE(edit.getComponent(2)->getSpinBox()->text(), QStringLiteral("3 s"));
         QCOMPARE(edit.getComponent(1)->getSpinBox()->maximum(), 59.0);
         QCOMPARE(edit.getComponent(2)->getSpinBox()->maximum(), 59.0);
-        QCOMPARE(edit.getComponent(0)->getSpinBox()->maximum(), 24.0);
-
-        model->set(7200000.0);
-        QCOMPARE(edit.getComponent(0)->getSpinBox()->text(), QStringLiteral("2 h"));
-        QCOMPARE(edit.getComponent(1)->getSpinBox()->text(), QStringLiteral("0 min"));
     }
 
     void editingAFieldWritesMilliseconds()
@@ -77,19 +59,13 @@ private Q_SLOTS:
         auto model = makeSharedPtr<RecordingModel<double>>(3723000.0);
         TimeEdit edit(model, 0.0, 86400000.0);
         edit.setLocale(QLocale::c());
-        edit.move(200, 200);
-        edit.show();
-        edit.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        QVERIFY(showActive(edit));
         model->resetCounts();
 
-        SpinBox* minutes = edit.getComponent(1)->getSpinBox();
-        minutes->setFocus();
-        minutes->getLineEdit()->selectAll();
-        QTest::keyClicks(minutes->getLineEdit(), QStringLiteral("30"));
-        QTest::keyClick(minutes->getLineEdit(), Qt::Key_Return);
+        typeInto(edit.getComponent(1)->getSpinBox(), QStringLiteral("30"));
         QCOMPARE(model->get(), 3600000.0 + 30 * 60000.0 + 3000.0);
-        QCOMPARE(model->sets, 1);
+        QCOMPARE(model->commits, 1);
+        model->resetCounts();
 
         // A held arrow key on the seconds is one bracket of the millisecond model.
         SpinBox* seconds = edit.getComponent(2)->getSpinBox();
@@ -123,14 +99,6 @@ private Q_SLOTS:
         QCOMPARE(edit.getMaximum(), 1800000.0);
     }
 
-    void resetSetsZero()
-    {
-        auto model = makeSharedPtr<RecordingModel<double>>(3723000.0);
-        TimeEdit edit(model, 0.0, 86400000.0);
-        QVERIFY(edit.resetToDefault());
-        QCOMPARE(model->get(), 0.0);
-        QCOMPARE(model->sets, 1);
-    }
 };
 
 QTEST_MAIN(TestTimeEdit)
