@@ -3,7 +3,7 @@
 #include <MarlixLibQt/widgets/color/HexColorEditor.h>
 #include <MarlixLibQt/widgets/color/ScreenColorPicker.h>
 
-#include "RecordingModel.h"
+#include "MarlixLibQt/widgets/RecordingModel.h"
 
 #include <MarlixLib/base/Exception.h>
 
