@@ -23,6 +23,8 @@ private Q_SLOTS:
     void gestureIsOneActionPublishedAfterEachSet_data();
     void gestureIsOneActionPublishedAfterEachSet();
     void typeMismatchChangesNothing();
+    void refusedWriteTakesBackOnlyItself_data();
+    void refusedWriteTakesBackOnlyItself();
     void unresolvablePathReadsDefaultAndWritesNothing_data();
     void unresolvablePathReadsDefaultAndWritesNothing();
     void withoutUndoManagerEditsStillApply();
@@ -129,7 +131,7 @@ template <class T> void checkMismatch(const EntityHolder<Entity>& object, const 
 
     wrong.beginChange();
     wrong.set(value);
-    QVERIFY(!wrong.isChangeOpen());
+    QVERIFY(wrong.isChangeOpen());
     wrong.commitChange();
     QVERIFY(object->getProperty(path).getValue() == before);
     QCOMPARE(manager->getUndoCount(), 0u);
@@ -145,6 +147,64 @@ void TestPropertyModel::typeMismatchChangesNothing()
     checkMismatch<double>(material, "name", 1.0);
     checkMismatch<Rgb>(material, "tiling", Rgb {});
     checkMismatch<Vector2>(instance, "transform.position", Vector2 {});
+}
+
+namespace {
+
+// Refuses negative values on the last object of the selection, so that a selection is refused halfway written.
+class RefusingModel : public PropertyModel<double>
+{
+public:
+    using PropertyModel<double>::PropertyModel;
+    void writeProperty(GenericProperty& property, double value) const override
+    {
+        if (value < 0.0 && ++negativeWrites % getAccessor().getObjects().size() == 0)
+            throw Exception("negative");
+        PropertyModel<double>::writeProperty(property, value);
+    }
+    mutable std::size_t negativeWrites = 0;
+};
+
+} // namespace
+
+void TestPropertyModel::refusedWriteTakesBackOnlyItself_data()
+{
+    QTest::addColumn<bool>("gesture");
+    QTest::addColumn<int>("objects");
+    QTest::newRow("single edit") << false << 1;
+    QTest::newRow("single edit on two objects") << false << 2;
+    QTest::newRow("gesture") << true << 1;
+    QTest::newRow("gesture on two objects") << true << 2;
+}
+
+void TestPropertyModel::refusedWriteTakesBackOnlyItself()
+{
+    QFETCH(bool, gesture);
+    QFETCH(int, objects);
+    Array<EntityHolder<Entity>> selection { material };
+    if (objects == 2)
+        selection.push_back(materialClass().create());
+    for (const auto& object : selection)
+        object->setPropertyValue("roughness", 0.5);
+    RefusingModel model(GenericPropertyAccessor(selection, "roughness"), manager);
+    const auto values = [&] {
+        Array<double> read;
+        for (const auto& object : selection)
+            read.push_back(object->getPropertyValue<double>("roughness"));
+        return read;
+    };
+    if (gesture)
+        model.beginChange();
+    model.set(0.25);
+    model.set(-1.0);
+    QCOMPARE(values(), Array<double>(selection.size(), 0.25));
+    QCOMPARE(model.isChangeOpen(), gesture);
+    model.set(0.75);
+    model.commitChange();
+    QCOMPARE(values(), Array<double>(selection.size(), 0.75));
+    QCOMPARE(manager->getUndoCount(), gesture ? 1u : 2u);
+    manager->undo();
+    QCOMPARE(values(), Array<double>(selection.size(), gesture ? 0.5 : 0.25));
 }
 
 void TestPropertyModel::unresolvablePathReadsDefaultAndWritesNothing_data()
