@@ -3,19 +3,22 @@
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/widgets/editors/Number.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertySheet.h>
 #include <MarlixLibQt/widgets/properties/PropertySheetItem.h>
-#include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 #include <MarlixLibQt/widgets/properties/UiConditions.h>
 #include <MarlixTestScene/TestScene.h>
 
 #include <QComboBox>
 #include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
 #include <QProxyStyle>
 #include <QTest>
-#include <QLayout>
 #include <QToolButton>
 
 #include <functional>
@@ -36,11 +39,12 @@ public:
         , rowHeight(rowHeight)
     {
     }
-    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-        QStyleHintReturn* returnData) const override
+    int styleHint(
+        StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returnData) const override
     {
-        return hint == PropertySheet::SH_UNIFY_LABEL_COLUMN_WIDTH ? unify
-                                                                  : QProxyStyle::styleHint(hint, option, widget, returnData);
+        return hint == PropertySheet::SH_UNIFY_LABEL_COLUMN_WIDTH
+            ? unify
+            : QProxyStyle::styleHint(hint, option, widget, returnData);
     }
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
     {
@@ -92,9 +96,39 @@ const EntityClassInfo& lampClass()
             Array<PropertyDefinition> { PropertyDefinition::make("on", types.lookupNativeTypeDefinition<bool>(), false),
                 PropertyDefinition::make("label", types.lookupNativeTypeDefinition<String>(), String()) });
         const auto lightGroup = makeSharedPtr<const GroupLayout>("Light",
-            Array<PropertyDefinition> { PropertyDefinition::make("intensity", types.lookupNativeTypeDefinition<double>(),
-                1.0, UserData().set(String(UiVisibleIf::ATTRIBUTE), UiVisibleIf { &isOn })) });
+            Array<PropertyDefinition> {
+                PropertyDefinition::make("intensity", types.lookupNativeTypeDefinition<double>(), 1.0,
+                    UserData().set(String(UiVisibleIf::ATTRIBUTE), UiVisibleIf { &isOn })) });
         return EntityClassInfo("TestLamp", EntityClassInfo::entityClass(), { switchGroup, lightGroup },
+            [](const EntityClassInfo& of) { return makeSharedPtr<Entity>(of); });
+    }();
+    return info;
+}
+
+// One property per attribute the sheet reads; "on" switches "strength" and renames "size".
+const EntityClassInfo& attributesClass()
+{
+    static const EntityClassInfo info = [] {
+        const auto number = TypeDatabase::instance().lookupNativeTypeDefinition<double>();
+        const auto flagged
+            = [](Flags<UiFlag> flags) { return UserData().set(String(UiFlags::ATTRIBUTE), UiFlags { flags }); };
+        const auto group = makeSharedPtr<const GroupLayout>("Attributes",
+            Array<PropertyDefinition> {
+                PropertyDefinition::make("on", TypeDatabase::instance().lookupNativeTypeDefinition<bool>(), false),
+                PropertyDefinition::make(
+                    "strength", number, 0.0, UserData().set(ENABLER_PROPERTY_ATTRIBUTE, String("on"))),
+                PropertyDefinition::make("size", number, 0.0,
+                    UserData().set(String(UiDynamicName::ATTRIBUTE), UiDynamicName { [](const GenericDataObject& o) {
+                        return String(o.getPropertyValue<bool>("on") ? "Diameter" : "Radius");
+                    } })),
+                PropertyDefinition::make("fixed", number, 0.0, flagged(UiFlag::ReadOnly)),
+                PropertyDefinition::make("secret", number, 0.0, flagged(UiFlag::Hidden)),
+                PropertyDefinition::make("noReset", number, 0.0, flagged(UiFlag::NoReset)),
+                PropertyDefinition::make("scale", number, 0.0,
+                    UserData().set(
+                        String(UiValueSetter::ATTRIBUTE), UiValueSetter { "Set to 1:1", Value::make(number, 1.0) })),
+            });
+        return EntityClassInfo("TestAttributes", EntityClassInfo::entityClass(), { group },
             [](const EntityClassInfo& of) { return makeSharedPtr<Entity>(of); });
     }();
     return info;
@@ -133,6 +167,9 @@ private Q_SLOTS:
     void conditionsFollowTheShading_data();
     void conditionsFollowTheShading();
     void sectionWithoutShownRowHides();
+    void attributesShapeTheRows_data();
+    void attributesShapeTheRows();
+    void valueSetterIsOneStep();
     void labelColumnAndRowHeightFollowStyle_data();
     void labelColumnAndRowHeightFollowStyle();
 
@@ -180,6 +217,10 @@ void TestPropertySheet::dragIsOneUndoStepAndASecondSheetFollows()
     QCOMPARE(wood->getPropertyValue<double>("roughness"), before);
     QCOMPARE(field->value(), before);
     QCOMPARE(mirrored->value(), before);
+
+    // A roughness stays one, however far the drag goes.
+    dragUp(field, 200);
+    QCOMPARE(wood->getPropertyValue<double>("roughness"), 1.0);
 }
 
 void TestPropertySheet::multiSelectionEditsEveryObjectInOneStep()
@@ -255,6 +296,9 @@ void TestPropertySheet::mixedValuesShownAndCleared()
         QCOMPARE(row->label()->font().italic(), expected);
         QCOMPARE(row->label()->toolTip().contains(QStringLiteral("<different values>")), expected);
         QCOMPARE(row->editor()->property(PropertySheetItem::MIXED_VALUES_PROPERTY).toBool(), expected);
+        // The number field itself hears of it, and shows no number while the values disagree.
+        if (row->getPath() == "roughness")
+            QVERIFY(qobject_cast<Number*>(row->editor()));
         // A drop-down shows no entry, and says why, only while the values disagree.
         if (const auto* dropDown = qobject_cast<const QComboBox*>(row->editor())) {
             QCOMPARE(dropDown->currentIndex() < 0, expected);
@@ -291,7 +335,8 @@ void TestPropertySheet::resetWritesDefaultInOneStep()
     QVERIFY(showSheet(sheet));
     const double woodBefore = wood->getPropertyValue<double>("roughness");
     const double steelBefore = steel->getPropertyValue<double>("roughness");
-    const double fallback = *materialClass().getLayouts().front()->findProperty("roughness")->getDefaultValue().get<double>();
+    const double fallback
+        = *materialClass().getLayouts().front()->findProperty("roughness")->getDefaultValue().get<double>();
     QVERIFY(woodBefore != fallback);
 
     PropertySheetItem* visible = sheet.findItem("visible");
@@ -349,15 +394,15 @@ void TestPropertySheet::conditionsFollowTheShading_data()
     QTest::addColumn<bool>("after");
     const int glossy = int(ShadingModel::Glossy);
     const int glass = int(ShadingModel::Glass);
-    QTest::newRow("anisotropy shown once wood is glossy") << QStringLiteral("anisotropyRotation") << true << false
-                                                          << glossy << false << true;
-    QTest::newRow("anisotropy shown when steel and wood are specular") << QStringLiteral("anisotropyRotation") << true
-                                                                       << true << glossy << false << true;
-    QTest::newRow("anisotropy stays hidden while one is not specular") << QStringLiteral("anisotropyRotation") << true
-                                                                       << true << glass << false << false;
+    QTest::newRow("anisotropy shown once wood is glossy")
+        << QStringLiteral("anisotropyRotation") << true << false << glossy << false << true;
+    QTest::newRow("anisotropy shown when steel and wood are specular")
+        << QStringLiteral("anisotropyRotation") << true << true << glossy << false << true;
+    QTest::newRow("anisotropy stays hidden while one is not specular")
+        << QStringLiteral("anisotropyRotation") << true << true << glass << false << false;
     QTest::newRow("opacity enabled for glass") << QStringLiteral("opacity") << false << false << glass << false << true;
-    QTest::newRow("opacity enabled only when both are glass") << QStringLiteral("opacity") << false << true << glass
-                                                              << false << false;
+    QTest::newRow("opacity enabled only when both are glass")
+        << QStringLiteral("opacity") << false << true << glass << false << false;
 }
 
 void TestPropertySheet::conditionsFollowTheShading()
@@ -410,6 +455,74 @@ void TestPropertySheet::sectionWithoutShownRowHides()
     QVERIFY(sheet.findItem("intensity")->isVisible());
     lamp->setPropertyValue("on", false);
     QVERIFY(!light->isVisible());
+}
+
+void TestPropertySheet::attributesShapeTheRows_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("off"); // the row while "on" is false, then while it is true
+    QTest::addColumn<QString>("on");
+    QTest::newRow("enabler") << "strength"
+                             << "disabled"
+                             << "";
+    QTest::newRow("dynamic name") << "size"
+                                  << "Radius"
+                                  << "Diameter";
+    QTest::newRow("read-only") << "fixed"
+                               << "read-only no-reset"
+                               << "read-only no-reset";
+    QTest::newRow("hidden") << "secret"
+                            << "hidden"
+                            << "hidden";
+    QTest::newRow("no reset") << "noReset"
+                              << "no-reset"
+                              << "no-reset";
+}
+
+void TestPropertySheet::attributesShapeTheRows()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, off);
+    QFETCH(QString, on);
+    const EntityHolder<Entity> object = attributesClass().create();
+    for (const char* name : { "strength", "size", "fixed", "secret", "noReset" })
+        object->setPropertyValue(name, 2.0);
+    PropertySheet sheet(host);
+    sheet.setObjects({ object });
+    QVERIFY(showSheet(sheet));
+    PropertySheetItem* row = sheet.findItem(path.toStdString());
+    const auto describe = [row, path] {
+        if (!row->isVisible())
+            return QStringLiteral("hidden");
+        QString text = path == "size" ? row->label()->text() : QString();
+        if (!row->isEnabled())
+            text += QStringLiteral(" disabled");
+        if (const auto* field = row->editor()->findChild<QLineEdit*>(); field && field->isReadOnly())
+            text += QStringLiteral(" read-only");
+        if (!row->resetButton() || !row->resetButton()->isVisible())
+            text += QStringLiteral(" no-reset");
+        return text.trimmed();
+    };
+    QCOMPARE(describe(), off);
+    object->setPropertyValue("on", true);
+    QCOMPARE(describe(), on);
+}
+
+void TestPropertySheet::valueSetterIsOneStep()
+{
+    const EntityHolder<Entity> object = attributesClass().create();
+    PropertySheet sheet(host);
+    sheet.setObjects({ object });
+    QVERIFY(sheet.findItem("scale")->applyValueSetter());
+    QCOMPARE(object->getPropertyValue<double>("scale"), 1.0);
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of Scale" });
+    QVERIFY(!sheet.findItem("strength")->applyValueSetter());
+
+    // The lister's attributes are read as well.
+    const PropertyDefinition& rotation = *materialClass().getLayouts().front()->findProperty("anisotropyRotation");
+    QCOMPARE(getPropertyUiAbbreviation(rotation), String("Rot"));
+    QCOMPARE(getPropertyUiRatioDisplayMode(rotation), UiRatioDisplayMode::Mode::Fraction);
+    QVERIFY(!getPropertyUiListerViewOptions(rotation).hiddenByDefault);
 }
 
 void TestPropertySheet::labelColumnAndRowHeightFollowStyle_data()

@@ -2,14 +2,19 @@
 #include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/widgets/color/ColorEditButton.h>
+#include <MarlixLibQt/widgets/color/ColorPickerDialog.h>
+#include <MarlixLibQt/widgets/color/GradientControl.h>
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
-#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
-#include <MarlixLibQt/widgets/entities/EntityWidget.h>
 #include <MarlixLibQt/widgets/editors/LineEdit.h>
 #include <MarlixLibQt/widgets/editors/Number.h>
 #include <MarlixLibQt/widgets/editors/Path.h>
-#include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 #include <MarlixLibQt/widgets/editors/Slider.h>
+#include <MarlixLibQt/widgets/entities/EntityWidget.h>
+#include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
+#include <MarlixLibQt/widgets/properties/ListEditor.h>
+#include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 #include <MarlixTestScene/TestScene.h>
 
 #include <QApplication>
@@ -20,6 +25,7 @@
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
@@ -82,6 +88,11 @@ private Q_SLOTS:
     void enumerationAlternatives_data();
     void enumerationAlternatives();
     void textFormRefusesBadTextAndSaysWhy();
+    void listEditsAreOneNamedStep_data();
+    void listEditsAreOneNamedStep();
+    void gradientStopRemovalIsOneStep();
+    void colorAttributesShapeTheEditor_data();
+    void colorAttributesShapeTheEditor();
     void readOnlyPropertyRefusesEdits_data();
     void readOnlyPropertyRefusesEdits();
     void mixedValues();
@@ -203,14 +214,6 @@ void tst_PropertyWidgetConstructor::unsupportedLabelElides()
     row.show();
     QVERIFY(QTest::qWaitForWindowExposed(&row));
     QVERIFY(unsupported->fontMetrics().horizontalAdvance(text) > unsupported->width());
-
-    // Drawn exactly like a plain label that shows the elided text.
-    QLabel reference(unsupported->fontMetrics().elidedText(text, Qt::ElideRight, unsupported->width()), &row);
-    reference.setGeometry(unsupported->geometry());
-    reference.show();
-    QCOMPARE(unsupported->grab().toImage(), reference.grab().toImage());
-    reference.setText(text);
-    QVERIFY(unsupported->grab().toImage() != reference.grab().toImage());
 }
 
 void tst_PropertyWidgetConstructor::editorClassPerType_data()
@@ -219,50 +222,33 @@ void tst_PropertyWidgetConstructor::editorClassPerType_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("expected");
     QTest::addColumn<bool>("slider");
-    const QString number = QStringLiteral("Marlix::Widgets::Number");
-    const QString vector = QStringLiteral("Marlix::Widgets::Vector");
-    const QString entity = QStringLiteral("Marlix::Widgets::EntityWidget");
-    const QString lineEdit = QStringLiteral("Marlix::Widgets::LineEdit");
-    QTest::newRow("double with slider") << "Wood"
-                                        << "roughness" << number << true;
-    QTest::newRow("double") << "Wood"
-                            << "thickness" << number << false;
-    QTest::newRow("float with slider") << "Wood"
-                                       << "opacity" << number << true;
-    QTest::newRow("int32") << "Wood"
-                           << "layers" << number << false;
-    QTest::newRow("uint32") << "Table"
-                            << "vertexCount" << number << false;
-    QTest::newRow("bool") << "Wood"
-                          << "doubleSided" << QStringLiteral("Marlix::Widgets::CheckBox") << false;
-    QTest::newRow("String") << "Wood"
-                            << "name" << lineEdit << false;
-    QTest::newRow("Path") << "Wood"
-                          << "texture" << QStringLiteral("Marlix::Widgets::Path") << false;
-    QTest::newRow("enumeration") << "Wood"
-                                 << "shading" << QStringLiteral("Marlix::Widgets::ComboBox") << false;
-    QTest::newRow("Rgb") << "Wood"
-                         << "color" << QStringLiteral("Marlix::Widgets::ColorEditButton") << false;
-    QTest::newRow("Vector2") << "Wood"
-                             << "tiling" << vector << false;
-    QTest::newRow("Pixel") << "Table"
-                           << "resolution" << vector << false;
-    QTest::newRow("Dir") << "Lamp 1"
-                         << "pivot" << vector << false;
-    QTest::newRow("Pos, nested") << "Lamp 1"
-                                 << "transform.position" << vector << false;
-    QTest::newRow("Vector3, nested") << "Lamp 1"
-                                     << "transform.scale" << vector << false;
-    QTest::newRow("PosRotScaleTm") << "Lamp 1"
-                                   << "transform" << QStringLiteral("Marlix::Widgets::PosRotScale") << false;
-    QTest::newRow("entity reference") << "Table"
-                                      << "material" << entity << false;
-    QTest::newRow("entity reference, other type") << "Lamp 1"
-                                                  << "materialOverride" << entity << false;
-    QTest::newRow("list: text form") << "Table group"
-                                     << "children" << lineEdit << false;
-    QTest::newRow("missing property") << "Wood"
-                                      << "nothing" << QStringLiteral("QLabel") << false;
+    const auto row = [](const char* tag, const char* entity, const char* path, QString expected, bool slider) {
+        if (!expected.startsWith(QLatin1Char('Q')))
+            expected.prepend(QStringLiteral("Marlix::Widgets::"));
+        QTest::newRow(tag) << QString::fromLatin1(entity) << QString::fromLatin1(path) << expected << slider;
+    };
+    row("double with slider", "Wood", "roughness", "Number", true);
+    row("double", "Wood", "thickness", "Number", false);
+    row("float with slider", "Wood", "opacity", "Number", true);
+    row("int32", "Wood", "layers", "Number", false);
+    row("uint32", "Table", "vertexCount", "Number", false);
+    row("bool", "Wood", "doubleSided", "CheckBox", false);
+    row("String", "Wood", "name", "LineEdit", false);
+    row("Path", "Wood", "texture", "Path", false);
+    row("enumeration", "Wood", "shading", "ComboBox", false);
+    row("Rgb", "Wood", "color", "ColorEditButton", false);
+    row("ColorGradient", "Table", "colorRamp", "GradientControl", false);
+    row("Vector2", "Wood", "tiling", "Vector", false);
+    row("Pixel", "Table", "resolution", "Vector", false);
+    row("Dir", "Lamp 1", "pivot", "Vector", false);
+    row("Pos, nested", "Lamp 1", "transform.position", "Vector", false);
+    row("Vector3, nested", "Lamp 1", "transform.scale", "Vector", false);
+    row("PosRotScaleTm", "Lamp 1", "transform", "PosRotScale", false);
+    row("entity reference", "Table", "material", "EntityWidget", false);
+    row("entity reference, other type", "Lamp 1", "materialOverride", "EntityWidget", false);
+    row("list of references", "Table group", "children", "ListEditor", false);
+    row("list of numbers", "Table", "lodDistances", "ListEditor", false);
+    row("missing property", "Wood", "nothing", "QLabel", false);
 }
 
 void tst_PropertyWidgetConstructor::editorClassPerType()
@@ -396,42 +382,163 @@ void tst_PropertyWidgetConstructor::enumerationAlternatives()
 
 void tst_PropertyWidgetConstructor::textFormRefusesBadTextAndSaysWhy()
 {
-    const EntityHolder<Entity> group = entityNamed(*scene, "Table group");
-    auto* field = qobject_cast<LineEdit*>(make(group, "children"));
+    // A type without an editor of its own is edited in its text form.
+    const auto type = TypeDefinition::makePlain<std::int16_t>("TestPlain");
+    const EntityHolder<Entity> object = makeObjectWith(type, Value::make(type, std::int16_t(3)));
+    auto* field = qobject_cast<LineEdit*>(make(object, "value"));
     QVERIFY(field);
-    const QString before = field->text();
-    QVERIFY(before.startsWith(QStringLiteral("[Instance #")));
     QVERIFY(showActive(field));
     field->setFocus();
     field->selectAll();
-    QTest::keyClicks(field, QStringLiteral("[Lamp 7]"));
+    QTest::keyClicks(field, QStringLiteral("three"));
     QTest::keyClick(field, Qt::Key_Return);
-    QCOMPARE(group->getPropertyValue<Array<EntityHolder<Entity>>>("children").size(), 2u);
-    QCOMPARE(undo->getUndoCount(), 0u);
-    QCOMPARE(field->text(), before);
-    QVERIFY2(field->toolTip().contains(QStringLiteral("chosen from the scene")), qPrintable(field->toolTip()));
-
-    // Clearing the list is a text it reads.
+    QCOMPARE(object->getPropertyValue<std::int16_t>("value"), std::int16_t(3));
+    QCOMPARE(field->text(), QStringLiteral("3"));
+    QVERIFY(!field->toolTip().isEmpty());
     field->selectAll();
-    QTest::keyClicks(field, QStringLiteral("[]"));
+    QTest::keyClicks(field, QStringLiteral("12"));
     QTest::keyClick(field, Qt::Key_Return);
-    QVERIFY(group->getPropertyValue<Array<EntityHolder<Entity>>>("children").empty());
-    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of children" });
+    QCOMPARE(object->getPropertyValue<std::int16_t>("value"), std::int16_t(12));
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of value" });
+}
+
+void tst_PropertyWidgetConstructor::listEditsAreOneNamedStep_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QList<double>>("expected");
+    QTest::addColumn<QString>("label");
+    QTest::newRow("add the default item") << "Add Item" << QList<double> { 10, 50, 100 } << "Add Item to lodDistances";
+    QTest::newRow("remove") << "Remove Item 1" << QList<double> { 50 } << "Remove Item from lodDistances";
+    QTest::newRow("move down") << "Move Item 1 Down" << QList<double> { 50, 10 } << "Move Item in lodDistances";
+    QTest::newRow("preset") << "Doubling" << QList<double> { 10, 20, 40 } << "Apply Preset to lodDistances";
+    QTest::newRow("edit an item") << "" << QList<double> { 10, 75 } << "Update of lodDistances";
+}
+
+void tst_PropertyWidgetConstructor::listEditsAreOneNamedStep()
+{
+    QFETCH(QString, button);
+    QFETCH(QList<double>, expected);
+    QFETCH(QString, label);
+    const EntityHolder<Entity> table = entityNamed(*scene, "Table");
+    auto* list = qobject_cast<ListEditor*>(make(table, "lodDistances"));
+    QVERIFY(list);
+    QVERIFY(showActive(list));
+    QCOMPARE(list->count(), 2u);
+    const auto values = [&] {
+        const auto stored = table->getPropertyValue<Array<double>>("lodDistances");
+        return QList<double>(stored.begin(), stored.end());
+    };
+    if (button.isEmpty()) {
+        SpinBox* field = list->itemEditor(1)->findChild<SpinBox*>();
+        field->setFocus();
+        field->getLineEdit()->selectAll();
+        QTest::keyClicks(field->getLineEdit(), QStringLiteral("75"));
+        QTest::keyClick(field->getLineEdit(), Qt::Key_Return);
+    } else if (QAction* preset = list->presetsButton()->menu()->actions().value(0); button == preset->text()) {
+        preset->trigger();
+    } else {
+        QToolButton* target = nullptr;
+        for (auto* candidate : list->findChildren<QToolButton*>())
+            if (candidate->accessibleName() == button)
+                target = candidate;
+        QVERIFY(target);
+        QTest::mouseClick(target, Qt::LeftButton);
+    }
+    QCOMPARE(values(), expected);
+    QCOMPARE(list->count(), std::size_t(expected.size()));
+    QCOMPARE(undo->getUndoLabels(), Array<String> { label.toStdString() });
+    undo->undo();
+    QCOMPARE(values(), (QList<double> { 10, 50 }));
+    QCOMPARE(list->count(), 2u);
+}
+
+void tst_PropertyWidgetConstructor::gradientStopRemovalIsOneStep()
+{
+    const EntityHolder<Entity> table = entityNamed(*scene, "Table");
+    auto* control = qobject_cast<GradientControl*>(make(table, "colorRamp"));
+    QVERIFY(control);
+    control->resize(300, 40);
+    QVERIFY(showActive(control));
+    const QPoint stop = control->getControlPointPosition(1).toPoint();
+    QTest::mouseClick(control, Qt::RightButton, {}, stop);
+    QCOMPARE(table->getPropertyValue<ColorGradient>("colorRamp").getStopCount(), 2u);
+    QCOMPARE(undo->getUndoLabels(), Array<String> { "Update of colorRamp" });
+    undo->undo();
+    QCOMPARE(table->getPropertyValue<ColorGradient>("colorRamp").getStopCount(), 3u);
+}
+
+void tst_PropertyWidgetConstructor::colorAttributesShapeTheEditor_data()
+{
+    QTest::addColumn<QString>("attributes");
+    QTest::addColumn<float>("shownRed"); // of the stored 0.5
+    QTest::addColumn<float>("typedRed");
+    QTest::addColumn<float>("storedRed");
+    QTest::addColumn<float>("storedAlpha"); // the dialog answers 0.25 for alpha; 0.7 is stored
+    QTest::newRow("none") << "" << 0.5f << 0.9f << 0.9f << 0.25f;
+    QTest::newRow("no alpha") << "noAlpha" << 0.5f << 0.25f << 0.25f << 0.7f;
+    QTest::newRow("range") << "range" << 0.5f << 0.9f << 0.8f << 0.25f;
+    QTest::newRow("display transform") << "transform" << 1.0f << 0.5f << 0.25f << 0.25f;
+}
+
+void tst_PropertyWidgetConstructor::colorAttributesShapeTheEditor()
+{
+    QFETCH(QString, attributes);
+    QFETCH(float, shownRed);
+    QFETCH(float, typedRed);
+    QFETCH(float, storedRed);
+    QFETCH(float, storedAlpha);
+    UserData options;
+    if (attributes == "noAlpha")
+        options.set(String(UiColorFlags::ATTRIBUTE), UiColorFlags { UiColorFlag::NoAlpha });
+    if (attributes == "range")
+        options.set(String(UiColorRange::ATTRIBUTE), UiColorRange { 0.2f, 0.8f });
+    if (attributes == "transform")
+        options.set(String(UiColorTransform::ATTRIBUTE),
+            UiColorTransform { [](const Rgb& c) {
+                                  return Rgb { c.r * 2, c.g * 2, c.b * 2, c.a };
+                              },
+                [](const Rgb& c) {
+                    return Rgb { c.r / 2, c.g / 2, c.b / 2, c.a };
+                } });
+    const auto type = TypeDatabase::instance().lookupTypeDefinition("Rgb");
+    const EntityHolder<Entity> object
+        = makeObjectWith(type, Value::make(type, Rgb { 0.5f, 0.5f, 0.5f, 0.7f }), options);
+    auto* button = qobject_cast<ColorEditButton*>(make(object, "value"));
+    QVERIFY(button);
+    QCOMPARE(button->getColorFormat(), attributes == "noAlpha" ? ColorFormat::Rgb : ColorFormat::Rgba);
+    float opened = -1.0f;
+    connect(button, &ColorEditButton::dialogOpened, this, [&](ColorPickerDialog* dialog) {
+        opened = dialog->value().r;
+        dialog->setValue(Rgb { typedRed, 0.5f, 0.5f, 0.25f });
+        QTimer::singleShot(0, dialog, &QDialog::accept);
+    });
+    button->openDialog();
+    // The dialog keeps alpha in 8 bits.
+    const auto near = [](float a, float b) { return std::abs(a - b) < 0.005f; };
+    const Rgb stored = object->getPropertyValue<Rgb>("value");
+    QVERIFY2(near(opened, shownRed) && near(stored.r, storedRed) && near(stored.a, storedAlpha),
+        qPrintable(QStringLiteral("%1 %2 %3").arg(opened).arg(stored.r).arg(stored.a)));
+    QCOMPARE(undo->getUndoCount(), 1u);
 }
 
 void tst_PropertyWidgetConstructor::readOnlyPropertyRefusesEdits_data()
 {
     QTest::addColumn<QString>("type");
-    QTest::newRow("double") << "double";
-    QTest::newRow("String") << "String";
+    QTest::addColumn<bool>("byAttribute"); // else by the definition's flag
+    QTest::newRow("double") << "double" << false;
+    QTest::newRow("String") << "String" << false;
+    QTest::newRow("double, read-only attribute") << "double" << true;
 }
 
 void tst_PropertyWidgetConstructor::readOnlyPropertyRefusesEdits()
 {
     QFETCH(QString, type);
+    QFETCH(bool, byAttribute);
     const SharedPtr<TypeDefinition> definition = TypeDatabase::instance().lookupTypeDefinition(type.toStdString());
-    const EntityHolder<Entity> object
-        = makeObjectWith(definition, Value(definition), {}, Flags<PropertyFlag>(PropertyFlag::ReadOnly));
+    const EntityHolder<Entity> object = byAttribute
+        ? makeObjectWith(
+            definition, Value(definition), UserData().set(String(UiFlags::ATTRIBUTE), UiFlags { UiFlag::ReadOnly }))
+        : makeObjectWith(definition, Value(definition), {}, Flags<PropertyFlag>(PropertyFlag::ReadOnly));
     QWidget* editor = make(object, "value");
     const String before = object->getProperty("value").toString();
     QLineEdit* field = editor->findChild<QLineEdit*>();
