@@ -250,7 +250,13 @@ bool ListEditor::addItem()
         return false;
     Value item;
     if (options.adder && options.adder->make) {
-        Optional<Value> made = options.adder->make();
+        Optional<Value> made;
+        try {
+            made = options.adder->make();
+        } catch (const Exception& error) {
+            Detail::showRejection(this, error.getMessage());
+            return false;
+        }
         if (!made)
             return false; // the user cancelled the choice
         item = std::move(*made);

@@ -203,6 +203,13 @@ struct UiListerViewOptions
     int width = 0;
 };
 
+/// The flags of a material map slot; none when the property carries none.
+inline Flags<UiMaterialMapSlotFlag> getPropertyUiMaterialMapSlotFlags(const PropertyDefinition& definition)
+{
+    const auto* flags = definition.getUserData().get<UiMaterialMapSlotFlags>(UiMaterialMapSlotFlags::ATTRIBUTE);
+    return flags ? flags->flags : Flags<UiMaterialMapSlotFlag> {};
+}
+
 /// The lister's column header text of `definition`; empty when it has no abbreviation.
 inline String getPropertyUiAbbreviation(const PropertyDefinition& definition)
 {
