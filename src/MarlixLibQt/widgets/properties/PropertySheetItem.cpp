@@ -1,3 +1,5 @@
+#include <MarlixLibQt/widgets/properties/PropertySheetItem.h>
+
 #include <MarlixLib/data/Observable.h>
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/QtUtils.h>
@@ -5,7 +7,6 @@
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyModelBase.h>
 #include <MarlixLibQt/widgets/properties/PropertySheet.h>
-#include <MarlixLibQt/widgets/properties/PropertySheetItem.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 #include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
