@@ -6,6 +6,7 @@
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/properties/PropertyModel.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 
 #include <QActionGroup>
@@ -19,7 +20,6 @@ namespace {
 
 constexpr const char* UNIT = "widgets/EntityWidget";
 constexpr const char* NAME_PROPERTY = "name";
-constexpr const char* ENTITY_CLASS_ATTRIBUTE = "Zorva.Ui.EntityClass";
 
 } // namespace
 
@@ -45,15 +45,20 @@ EntityWidget::EntityWidget(SharedPtr<Model<EntityHolder<Entity>>> model, EntityC
         thumbnails = std::make_unique<ThumbnailClient>(
             manager, QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE),
             [this](ArrayView<const EntityHolder<Entity>> changed) {
-                const EntityHolder<Entity> shown = shownEntity.lock();
+                const EntityHolder<Entity> shown = shownEntity ? shownEntity->get() : nullptr;
                 if (shown && std::find(changed.begin(), changed.end(), shown) != changed.end())
                     setIcon(thumbnailOf(shown));
             },
             ThumbnailManager::OPTION_PLACEHOLDER, this);
 
+    shownEntity = makeSharedPtr<EntityHandleModel<EntityHolder<Entity>>>(
+        this->host->getEntityHandleContext(), EntityHandle(), &this->acceptedClass);
     registerCallback(this->model->addCallback([this](const EntityHolder<Entity>&) { notify(); }));
-    registerCallback(
-        this->host->getEntityHandleContext().addExpirationObserver([this] { notify(); }, &this->acceptedClass));
+    // The shown entity going away is news even when the model's value (a weak reference elsewhere) does not change.
+    registerCallback(shownEntity->addCallback([this](const EntityHolder<Entity>& shown) {
+        if (!shown)
+            notify();
+    }));
     notify();
 }
 
@@ -62,6 +67,16 @@ EntityWidget::~EntityWidget() = default;
 void EntityWidget::setReferencingEntities(Array<EntityHolder<Entity>> entities)
 {
     referencing = std::move(entities);
+}
+
+void EntityWidget::setEntityFilter(Function<bool(const EntityHolder<Entity>&)> filter)
+{
+    entityFilter = std::move(filter);
+}
+
+void EntityWidget::setNoneAllowed(bool allowed)
+{
+    noneAllowed = allowed;
 }
 
 void EntityWidget::setMixedValuesFunction(Function<bool()> mixed)
@@ -79,7 +94,8 @@ Array<EntityHolder<Entity>> EntityWidget::getCandidates() const
     const IEntityHandleContext::EntityFilter filter = context.getDefaultEntityFilter();
     Array<EntityHolder<Entity>> candidates;
     for (EntityHolder<Entity>& entity : scene->getEntitiesOfClass(acceptedClass)) {
-        if ((filter && !filter(entity)) || !context.isEntityReferenceValid(entity))
+        if ((filter && !filter(entity)) || (entityFilter && !entityFilter(entity))
+            || !context.isEntityReferenceValid(entity))
             continue;
         const bool closesCycle = std::any_of(referencing.begin(), referencing.end(),
             [&](const EntityHolder<Entity>& holder) { return !canAddChildrenWithoutCycles(*holder, *entity); });
@@ -91,6 +107,8 @@ Array<EntityHolder<Entity>> EntityWidget::getCandidates() const
 
 bool EntityWidget::pick(const EntityHolder<Entity>& entity)
 {
+    if (!entity && !noneAllowed)
+        return false;
     if (entity) {
         const Array<EntityHolder<Entity>> candidates = getCandidates();
         if (std::find(candidates.begin(), candidates.end(), entity) == candidates.end())
@@ -120,9 +138,10 @@ void EntityWidget::notify()
 {
     const bool mixed = mixedValues && mixedValues();
     const EntityHolder<Entity> entity = mixed ? nullptr : model->get();
-    if (entity != shownEntity.lock())
+    if (entity != shownEntity->get()) {
         observeName(entity);
-    shownEntity = entity;
+        shownEntity->set(entity);
+    }
     setText(mixed ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : getEntityText(entity));
     setToolTip(entity ? toQt(entity->getClassInfo().getName()) + QStringLiteral(" #") + QString::number(entity->getId())
                       : QString());
@@ -136,7 +155,7 @@ void EntityWidget::observeName(const EntityHolder<Entity>& entity)
         return;
     if (const int index = entity->indexOfProperty(NAME_PROPERTY); index >= 0)
         nameObservation = entity->addPropertyObserver(static_cast<std::uint32_t>(index),
-            [this](const ObservedProperty&) { setText(getEntityText(shownEntity.lock())); });
+            [this](const ObservedProperty&) { setText(getEntityText(shownEntity->get())); });
 }
 
 void EntityWidget::rebuildMenu()
@@ -147,6 +166,7 @@ void EntityWidget::rebuildMenu()
     QAction* none = pickMenu->addAction(QString::fromLatin1(NONE_TEXT), this, [this] { pick(nullptr); });
     none->setCheckable(true);
     none->setChecked(!current && !(mixedValues && mixedValues()));
+    none->setVisible(noneAllowed);
     group->addAction(none);
 
     const Array<EntityHolder<Entity>> candidates = getCandidates();
@@ -215,6 +235,11 @@ QWidget* Detail::makeEntityEditor(
     auto* editor = new EntityWidget(guardReadOnly<EntityHolder<Entity>>(model, isReadOnlyProperty(property)),
         std::move(accepted), arguments.host, arguments.parent);
     editor->setReferencingEntities(property.getObjects());
+    const UserData& options = PropertyWidgetConstructor::getUiOptions(property);
+    if (const auto* picker = options.get<UiEntityPicker>(UiEntityPicker::ATTRIBUTE)) {
+        editor->setEntityFilter(picker->filter);
+        editor->setNoneAllowed(picker->allowNone);
+    }
     if (property.getObjects().size() > 1)
         editor->setMixedValuesFunction([accessor = property] { return hasMixedValues(accessor); });
     return editor;

@@ -5,6 +5,7 @@
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/entities/EntityHandleModel.h>
 
 #include <QToolButton>
 
@@ -45,6 +46,11 @@ public:
     /// The entities that hold the reference: an entity that would close a reference cycle with one of them is not
     /// offered.
     void setReferencingEntities(Array<EntityHolder<Entity>> entities);
+    /// Entities `filter` refuses are not offered, on top of the host's default filter; an empty filter offers all.
+    void setEntityFilter(Function<bool(const EntityHolder<Entity>&)> filter);
+    /// Whether "None" is offered (it is by default).
+    void setNoneAllowed(bool allowed);
+    bool isNoneAllowed() const { return noneAllowed; }
     /// While `mixed` answers true, the button shows the mixed-values text instead of the model's entity.
     void setMixedValuesFunction(Function<bool()> mixed);
 
@@ -76,8 +82,11 @@ private:
     std::unique_ptr<ThumbnailClient> thumbnails;
     Array<EntityHolder<Entity>> referencing;
     Function<bool()> mixedValues;
+    Function<bool(const EntityHolder<Entity>&)> entityFilter;
+    bool noneAllowed = true;
     QMenu* pickMenu = nullptr;
-    std::weak_ptr<Entity> shownEntity;
+    /// The entity on display, held weakly: it reads as none once the entity is gone, and says so.
+    SharedPtr<EntityHandleModel<EntityHolder<Entity>>> shownEntity;
     CallbackLifetime nameObservation;
 };
 

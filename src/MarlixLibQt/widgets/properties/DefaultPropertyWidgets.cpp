@@ -3,19 +3,22 @@
 #include <MarlixLib/math/Vector3.h>
 #include <MarlixLib/units/Quantity.h>
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/editors/CheckBox.h>
 #include <MarlixLibQt/widgets/color/ColorEditButton.h>
+#include <MarlixLibQt/widgets/color/GradientControl.h>
+#include <MarlixLibQt/widgets/editors/CheckBox.h>
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
-#include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/editors/LineEdit.h>
 #include <MarlixLibQt/widgets/editors/Number.h>
 #include <MarlixLibQt/widgets/editors/Path.h>
 #include <MarlixLibQt/widgets/editors/PosRotScale.h>
+#include <MarlixLibQt/widgets/editors/SliderConverter.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/editors/Vector.h>
+#include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/properties/PropertyModel.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
-#include <MarlixLibQt/widgets/editors/SliderConverter.h>
-#include <MarlixLibQt/widgets/editors/Vector.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QLineEdit>
 #include <QSignalBlocker>
@@ -126,11 +129,17 @@ template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, 
                 if (!std::isnan(value))
                     source->set(toNumber<N>(value));
             });
-    const bool withSlider = options.get<UiSliderOptions>(SLIDER_OPTIONS_KEY) != nullptr;
+    const auto* sliderOptions = options.get<UiSliderOptions>(SLIDER_OPTIONS_KEY);
     auto* number = new Number(Detail::guardReadOnly(std::move(model), readOnly), Detail::defaultNumber(property),
-        withSlider, options, arguments.parent);
+        sliderOptions != nullptr, options, arguments.parent);
     if constexpr (std::is_integral_v<N>)
         number->setRange(lowestOf<N>(), highestOf<N>(), 1.0, 0);
+    // A physical range (a roughness, an opacity) bounds what is typed and dragged as well as the slider's track.
+    if (sliderOptions && UiFlags::of(options).has(UiFlag::Clamped)) {
+        const SpinBox* field = number->getSpinBox();
+        number->setRange(std::max(sliderOptions->minimum, lowestOf<N>()),
+            std::min(sliderOptions->maximum, highestOf<N>()), field->singleStep(), field->decimals());
+    }
     followDisplayUnits(number, options, arguments.host);
     return number;
 }
@@ -291,13 +300,61 @@ QWidget* makeTransform(const GenericPropertyAccessor& property, const Arguments&
         arguments.host->getDisplayUnitsModel(), arguments.parent);
 }
 
+/// The colour as the editor shows and writes it: through the property's display transform, with the components it
+/// writes limited to the property's colour range (1 for colours without the HDR flag) and alpha kept when the
+/// editor shows none.
+SharedPtr<Model<Rgb>> shownColor(SharedPtr<PropertyModel<Rgb>> model, const UserData& options)
+{
+    const Flags<UiColorFlag> flags = UiColorFlags::of(options);
+    const auto* range = options.get<UiColorRange>(UiColorRange::ATTRIBUTE);
+    const auto* transform = options.get<UiColorTransform>(UiColorTransform::ATTRIBUTE);
+    if (!range && !transform && !flags.has(UiColorFlag::NoAlpha))
+        return model;
+    const float low = range ? range->minimum : 0.0f;
+    const float high = range ? std::max(range->minimum, range->maximum) : (flags.has(UiColorFlag::Hdr) ? 1e6f : 1.0f);
+    const bool keepAlpha = flags.has(UiColorFlag::NoAlpha);
+    Function<Rgb(const Rgb&)> toShown, fromShown;
+    if (transform && transform->toShown && transform->fromShown) {
+        toShown = transform->toShown;
+        fromShown = transform->fromShown;
+    }
+    PropertyModel<Rgb>* source = model.get();
+    return makeSharedPtr<LambdaModel<Rgb>>(
+        model, [source, toShown] { return toShown ? toShown(source->get()) : source->get(); },
+        [source, fromShown, low, high, keepAlpha](const Rgb& shown) {
+            Rgb stored = fromShown ? fromShown(shown) : shown;
+            // NaN fails both comparisons and becomes the low end: a bad component is never stored.
+            const auto limit = [low, high](float value) { return value >= low ? std::min(value, high) : low; };
+            stored.r = limit(stored.r);
+            stored.g = limit(stored.g);
+            stored.b = limit(stored.b);
+            stored.a = keepAlpha ? source->get().a : std::clamp(stored.a >= 0.0f ? stored.a : 0.0f, 0.0f, 1.0f);
+            source->set(stored);
+        });
+}
+
 QWidget* makeColor(const GenericPropertyAccessor& property, const Arguments& arguments)
 {
+    const UserData& options = PropertyWidgetConstructor::getUiOptions(property);
     auto model = makeSharedPtr<PropertyModel<Rgb>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
-    auto* button = new ColorEditButton(
-        Detail::guardReadOnly<Rgb>(model, Detail::isReadOnlyProperty(property)), ColorFormat::Rgba, arguments.parent);
+    const ColorFormat format
+        = UiColorFlags::of(options).has(UiColorFlag::NoAlpha) ? ColorFormat::Rgb : ColorFormat::Rgba;
+    auto* button
+        = new ColorEditButton(Detail::guardReadOnly(shownColor(model, options), Detail::isReadOnlyProperty(property)),
+            format, arguments.parent);
     button->setDialogTitle(getPropertyUiName(property.getProperty()));
+    Detail::reportRejectionsAt(*model, button);
     return button;
+}
+
+QWidget* makeGradient(const GenericPropertyAccessor& property, const Arguments& arguments)
+{
+    auto model = makeSharedPtr<PropertyModel<ColorGradient>>(
+        property, Detail::undoManagerOf(arguments), arguments.displayName);
+    auto* control = new GradientControl(
+        Detail::guardReadOnly<ColorGradient>(model, Detail::isReadOnlyProperty(property)), arguments.parent);
+    Detail::reportRejectionsAt(*model, control);
+    return control;
 }
 
 /// Installs `constructor` on the type registered under `name`, unless the type is unknown or already has one: a
@@ -338,6 +395,7 @@ void PropertyWidgetConstructor::registerDefaultWidgets()
     installDefault("Vector3", &makeVector<Vector3>);
     installDefault("PosRotScaleTm", &makeTransform);
     installDefault("Rgb", &makeColor);
+    installDefault("ColorGradient", &makeGradient);
     installDefault(ENTITY_REFERENCE_TYPE_NAME, &Detail::makeEntityEditor);
 }
 

@@ -64,6 +64,9 @@ QWidget* makeTextEditor(const GenericPropertyAccessor& property, const PropertyW
 QWidget* makeEntityEditor(
     const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments);
 
+/// A ListEditor over a list property; null for element types it has no editor for.
+QWidget* makeListEditor(const GenericPropertyAccessor& property, const PropertyWidgetConstructor::Arguments& arguments);
+
 /// The numeric value of the definition's default, or 0 when it has none or it is not a number.
 double defaultNumber(const GenericPropertyAccessor& property);
 

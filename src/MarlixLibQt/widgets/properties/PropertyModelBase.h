@@ -28,9 +28,8 @@ public:
         const auto& objects = this->accessor.getObjects();
         for (std::size_t i = 0; i < objects.size(); ++i)
             if (const GenericPropertyHandle& handle = this->accessor.getHandle(i); handle.isResolved())
-                observation.add(objects[i]->getProperty(handle).addObserver([this](const ObservedProperty&) {
-                    this->notifyCallbacks();
-                }));
+                observation.add(objects[i]->getProperty(handle).addObserver(
+                    [this](const ObservedProperty&) { this->notifyCallbacks(); }));
     }
 
     ~PropertyModelBase() override
@@ -58,17 +57,21 @@ public:
         if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
             return;
         const bool gestureOpen = action.isOpen();
+        // Each write has an action of its own; inside a gesture it joins the gesture's action when committed. A
+        // refused write takes back only itself (also a selection written halfway), so the gesture stays open, keeps
+        // its earlier values and remains one undo step.
+        ActionHolder step;
+        if (undoManager)
+            step = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
         try {
-            if (!gestureOpen)
-                beginChange();
             writeValue(value);
-            if (!gestureOpen)
-                commitChange();
-            else
+            if (step.isOpen())
+                step.commit();
+            if (gestureOpen)
                 action.publish();
         } catch (const Exception& error) {
-            // A bad edit leaves the data and the undo stack as they were.
-            revertChange();
+            if (step.isOpen())
+                step.revert();
             if (rejectionHandler) {
                 rejectionHandler(error.getMessage());
                 // The editor that asked to hear of refusals still shows what was refused; it reads the value that

@@ -5,8 +5,10 @@
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
+#include <MarlixLibQt/widgets/properties/PropertyModelBase.h>
 #include <MarlixLibQt/widgets/properties/PropertySheet.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QContextMenuEvent>
 #include <QEvent>
@@ -26,8 +28,8 @@ const char* const FLAT_BUTTON_PROPERTY = "Zorva.FlatButton";
 
 // The conjunction of `predicate` over `objects`, recording what it reads. It stops at the first object for which the
 // predicate fails: while that one fails the result cannot change, and what it read is recorded.
-bool holdsForEvery(const Function<bool(const GenericDataObject&)>& predicate, const Array<EntityHolder<Entity>>& objects,
-    FlatSet<const PropertyDefinition*>& dependencies, const String& path)
+bool holdsForEvery(const Function<bool(const GenericDataObject&)>& predicate,
+    const Array<EntityHolder<Entity>>& objects, FlatSet<const PropertyDefinition*>& dependencies, const String& path)
 {
     if (!predicate)
         return true;
@@ -61,9 +63,19 @@ PropertySheetItem::PropertySheetItem(PropertySheet& sheet, GenericPropertyAccess
     const PropertyDefinition& definition = first.getDefinition();
     uiName = getPropertyUiName(first);
     description = getPropertyUiDescription(first);
-    writable = !definition.getFlags().has(PropertyFlag::ReadOnly);
-    visibleIf = definition.getUserData().get<UiVisibleIf>(UiVisibleIf::ATTRIBUTE);
-    enabledIf = definition.getUserData().get<UiEnabledIf>(UiEnabledIf::ATTRIBUTE);
+    const UserData& options = definition.getUserData();
+    const Flags<UiFlag> flags = UiFlags::of(options);
+    writable = !definition.getFlags().has(PropertyFlag::ReadOnly) && !flags.has(UiFlag::ReadOnly);
+    hidden = flags.has(UiFlag::Hidden);
+    resetOffered = !flags.has(UiFlag::NoReset);
+    visibleIf = options.get<UiVisibleIf>(UiVisibleIf::ATTRIBUTE);
+    enabledIf = options.get<UiEnabledIf>(UiEnabledIf::ATTRIBUTE);
+    dynamicName = options.get<UiDynamicName>(UiDynamicName::ATTRIBUTE);
+    if (dynamicName && !dynamicName->name)
+        dynamicName = nullptr;
+    valueSetter = options.get<UiValueSetter>(UiValueSetter::ATTRIBUTE);
+    if (const auto* name = options.get<String>(ENABLER_PROPERTY_ATTRIBUTE))
+        enabler = *name;
 
     nameLabel = new QLabel(uiName, this);
     nameLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
@@ -180,10 +192,25 @@ void PropertySheetItem::resizeEvent(QResizeEvent* event)
 void PropertySheetItem::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu(this);
-    QAction* reset = menu.addAction(QIcon(QString::fromLatin1(RESET_ICON)), tr("Reset to Default"));
-    reset->setEnabled(resettable);
-    if (menu.exec(event->globalPos()) == reset)
+    QAction* reset = nullptr;
+    if (resetOffered) {
+        reset = menu.addAction(QIcon(QString::fromLatin1(RESET_ICON)), tr("Reset to Default"));
+        reset->setEnabled(resettable);
+    }
+    QAction* setter = nullptr;
+    if (valueSetter) {
+        setter = menu.addAction(toQt(valueSetter->label));
+        setter->setEnabled(writable && enabledByCondition);
+    }
+    if (menu.isEmpty()) {
+        event->ignore();
+        return;
+    }
+    QAction* chosen = menu.exec(event->globalPos());
+    if (chosen && chosen == reset)
         resetToDefault();
+    else if (chosen && chosen == setter)
+        applyValueSetter();
     event->accept();
 }
 
@@ -191,9 +218,23 @@ bool PropertySheetItem::evaluateConditions()
 {
     const bool wasShown = shownByCondition;
     dependencies = {};
-    shownByCondition = !visibleIf || holdsForEvery(visibleIf->predicate, accessor.getObjects(), dependencies, getPath());
-    enabledByCondition
-        = !enabledIf || holdsForEvery(enabledIf->predicate, accessor.getObjects(), dependencies, getPath());
+    const Array<EntityHolder<Entity>>& objects = accessor.getObjects();
+    shownByCondition = !hidden && (!visibleIf || holdsForEvery(visibleIf->predicate, objects, dependencies, getPath()));
+    enabledByCondition = !enabledIf || holdsForEvery(enabledIf->predicate, objects, dependencies, getPath());
+    if (enabledByCondition && !enabler.empty()) {
+        // A switch that is not a bool property of the object leaves the row enabled rather than locked for good.
+        const auto switchedOn = [this](const GenericDataObject& object) {
+            const int index = object.indexOfProperty(enabler);
+            if (index < 0)
+                return true;
+            const GenericProperty property = object.getProperty(static_cast<std::uint32_t>(index));
+            dependencies.insert(&property.getDefinition());
+            return !property.getTypeDefinition().isNative<bool>() || property.get<bool>();
+        };
+        enabledByCondition = holdsForEvery(switchedOn, objects, dependencies, getPath());
+    }
+    if (dynamicName)
+        updateDynamicName();
     // Also when the sheet itself is disabled: the row's own state must be right once the sheet is enabled again.
     setEnabled(enabledByCondition);
     return shownByCondition != wasShown;
@@ -239,7 +280,7 @@ void PropertySheetItem::updateLabel()
 void PropertySheetItem::updateResetButton()
 {
     if (!resetTool) {
-        if (!resettable)
+        if (!resettable || !resetOffered)
             return;
         resetTool = new QToolButton(this);
         resetTool->setIcon(QIcon(QString::fromLatin1(RESET_ICON)));
@@ -251,28 +292,68 @@ void PropertySheetItem::updateResetButton()
         connect(resetTool, &QToolButton::clicked, this, &PropertySheetItem::resetToDefault);
         placeChildren();
     }
-    resetTool->setVisible(resettable);
+    resetTool->setVisible(resettable && resetOffered);
 }
 
 void PropertySheetItem::resetToDefault()
 {
-    if (!resettable)
-        return;
+    if (resettable)
+        writeToEvery(accessor.getDefinition().getDefaultValue(), String(RESET_ACTION_PREFIX) + fromQt(uiName));
+}
+
+bool PropertySheetItem::applyValueSetter()
+{
+    if (!valueSetter || !writable)
+        return false;
+    return writeToEvery(valueSetter->value, String(PropertyModelBase<double>::ACTION_LABEL_PREFIX) + fromQt(uiName));
+}
+
+bool PropertySheetItem::writeToEvery(const Value& value, const String& label)
+{
     const SharedPtr<IUndoManager> undoManager = sheet.getPropertySheetHost()->getUndoManager();
     ActionHolder action;
     if (undoManager)
-        action = undoManager->createAction(String(RESET_ACTION_PREFIX) + fromQt(uiName), ActionFlag::UserEdit);
+        action = undoManager->createAction(label, ActionFlag::UserEdit);
+    bool written = true;
     try {
-        accessor.setValue(accessor.getDefinition().getDefaultValue());
+        accessor.setValue(value);
         if (action.isOpen())
             action.commit();
     } catch (const Exception& error) {
         // The accessor checks every object before it writes one; the action takes back whatever still changed.
         if (action.isOpen())
             action.revert();
-        qWarning("\"%s\" could not be reset: %s", getPath().c_str(), error.getMessage().c_str());
+        qWarning("\"%s\" could not be written: %s", getPath().c_str(), error.getMessage().c_str());
+        written = false;
     }
     refreshValueState();
+    return written;
+}
+
+void PropertySheetItem::updateDynamicName()
+{
+    // Several objects that name the row differently keep the definition's name, as a label cannot show both.
+    Optional<String> agreed;
+    for (const auto& object : accessor.getObjects()) {
+        const ObservationScope scope;
+        String name;
+        try {
+            name = dynamicName->name(*object);
+        } catch (const Exception& error) {
+            qWarning("The row name of \"%s\" failed: %s", getPath().c_str(), error.getMessage().c_str());
+        }
+        for (const PropertyDefinition* read : scope.getAccessedProperties())
+            dependencies.insert(read);
+        if (agreed && *agreed != name)
+            agreed = String();
+        else if (!agreed)
+            agreed = std::move(name);
+    }
+    const QString shown = agreed && !agreed->empty() ? toQt(*agreed) : uiName;
+    if (nameLabel->text() != shown) {
+        nameLabel->setText(shown);
+        sheet.scheduleLabelColumnUpdate();
+    }
 }
 
 } // namespace Marlix::Widgets

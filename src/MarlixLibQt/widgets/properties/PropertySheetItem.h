@@ -1,9 +1,8 @@
 #pragma once
 
-#include <MarlixLibQt/MarlixLibQtExport.h>
-
 #include <MarlixLib/base/FlatSet.h>
 #include <MarlixLib/data/GenericPropertyAccessor.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
 
 #include <QPointer>
 #include <QWidget>
@@ -15,7 +14,9 @@ namespace Marlix::Widgets {
 
 class Collapsible;
 class PropertySheet;
+struct UiDynamicName;
 struct UiEnabledIf;
+struct UiValueSetter;
 struct UiVisibleIf;
 
 /// One row of a property sheet: the property's label, its editor and a reset button, for one property of every
@@ -52,8 +53,9 @@ public:
     /// A write the objects refuse changes none of them.
     void resetToDefault();
 
-    /// Whether the property has a shown-if or an enabled-if condition at all.
-    bool hasConditions() const { return visibleIf || enabledIf; }
+    /// Whether anything about the row depends on the objects' other properties: a shown-if or enabled-if condition,
+    /// an enabling property, a name computed from the object, or the hidden flag.
+    bool hasConditions() const { return visibleIf || enabledIf || !enabler.empty() || dynamicName || hidden; }
     /// The last result of the conditions (true without a condition).
     bool isShownByCondition() const { return shownByCondition; }
     bool isEnabledByCondition() const { return enabledByCondition; }
@@ -62,6 +64,10 @@ public:
     bool evaluateConditions();
     /// Whether a change of `definition` may change the result of the conditions.
     bool dependsOn(const PropertyDefinition& definition) const { return dependencies.contains(&definition); }
+
+    /// Writes the value of the property's value setter to every object as one undo action; false when the property
+    /// has none, is read-only, or the objects refuse it (then none of them changed).
+    bool applyValueSetter();
 
     /// Re-reads whether the objects agree and whether they hold the default, after the property changed.
     void refreshValueState();
@@ -86,8 +92,10 @@ protected:
 
 private:
     void placeChildren();
+    bool writeToEvery(const Value& value, const String& label);
     void updateResetButton();
     void updateLabel();
+    void updateDynamicName();
     int resetSlotWidth() const;
 
     PropertySheet& sheet;
@@ -100,6 +108,9 @@ private:
     QString description;
     const UiVisibleIf* visibleIf = nullptr;
     const UiEnabledIf* enabledIf = nullptr;
+    const UiDynamicName* dynamicName = nullptr;
+    const UiValueSetter* valueSetter = nullptr;
+    String enabler;
     FlatSet<const PropertyDefinition*> dependencies;
     int labelColumnWidth = 0;
     int rowHeight = 0;
@@ -107,6 +118,8 @@ private:
     bool mixed = false;
     bool resettable = false;
     bool writable = true;
+    bool hidden = false;
+    bool resetOffered = true;
     bool shownByCondition = true;
     bool enabledByCondition = true;
 };

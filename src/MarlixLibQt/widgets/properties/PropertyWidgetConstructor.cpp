@@ -3,14 +3,15 @@
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
+#include <MarlixLibQt/widgets/editors/LineEdit.h>
+#include <MarlixLibQt/widgets/editors/Slider.h>
 #include <MarlixLibQt/widgets/properties/EnumPropertyModel.h>
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
-#include <MarlixLibQt/widgets/editors/LineEdit.h>
 #include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>
 #include <MarlixLibQt/widgets/properties/PropertyEditorSupport.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
-#include <MarlixLibQt/widgets/editors/Slider.h>
 #include <MarlixLibQt/widgets/properties/TextPropertyModel.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
@@ -27,7 +28,8 @@ namespace Detail {
 bool isReadOnlyProperty(const GenericPropertyAccessor& property)
 {
     return !property.isEmpty() && isResolved(property.checkProperty())
-        && property.getDefinition().getFlags().has(PropertyFlag::ReadOnly);
+        && (property.getDefinition().getFlags().has(PropertyFlag::ReadOnly)
+            || UiFlags::of(PropertyWidgetConstructor::getUiOptions(property)).has(UiFlag::ReadOnly));
 }
 
 bool hasMixedValues(const GenericPropertyAccessor& property)
@@ -159,6 +161,10 @@ QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidge
         return makeEnumerationEditor(property, arguments);
     case TypeKind::EntityReference:
         return Detail::makeEntityEditor(property, arguments);
+    case TypeKind::List:
+        if (QWidget* editor = Detail::makeListEditor(property, arguments))
+            return editor;
+        return Detail::makeTextEditor(property, arguments);
     default:
         return Detail::makeTextEditor(property, arguments);
     }

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/base/Polymorphic.h>
+#include <MarlixLib/data/Value.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/BaseWithModel.h>
+#include <MarlixLibQt/widgets/Container.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
+
+#include <QString>
+
+#include <memory>
+
+class QToolButton;
+class QVBoxLayout;
+
+namespace Marlix {
+class IUndoManager;
+}
+
+namespace Marlix::Widgets {
+
+/// The items of a list property, each in its element type's editor, with buttons that add, remove and reorder items
+/// and a menu of whole-list presets. Every add, removal, move and preset is one undo step.
+class MARLIXLIBQT_EXPORT ListEditor : public Container, public BaseWithModel
+{
+    Q_OBJECT
+
+public:
+    /// The list as the editor changes it, whatever its element type. Every change writes the whole list once; a value
+    /// of the wrong type is refused with an Exception and changes nothing.
+    class Items : public Polymorphic
+    {
+    public:
+        virtual std::size_t size() const = 0;
+        /// An editor of item `index`, bound to that position of the list.
+        virtual QWidget* makeItemEditor(std::size_t index, QWidget* parent) = 0;
+        virtual void insert(std::size_t index, const Value& item) = 0;
+        virtual void remove(std::size_t index) = 0;
+        virtual void move(std::size_t from, std::size_t to) = 0;
+        /// Puts `list`, a value of the list's own type, in place of the whole list.
+        virtual void replace(const Value& list) = 0;
+        /// The element type's default value.
+        virtual Value defaultItem() const = 0;
+        virtual CallbackLifetime addCallback(Function<void()> onChange) = 0;
+    };
+
+    /// What the property's attributes ask of the editor.
+    struct Options
+    {
+        /// Shown in the undo labels: "Add Item to <name>".
+        QString name;
+        Flags<UiListFlag> flags;
+        Optional<UiListItemAdder> adder;
+        Optional<Value> defaultItem;
+        Array<UiListPresets::Preset> presets;
+        bool readOnly = false;
+    };
+
+    ListEditor(
+        std::unique_ptr<Items> items, SharedPtr<IUndoManager> undoManager, Options options, QWidget* parent = nullptr);
+    ~ListEditor() override;
+
+    std::size_t count() const { return items->size(); }
+    /// The editor of item `index` (null past the end).
+    QWidget* itemEditor(std::size_t index) const;
+    QToolButton* addButton() const { return adder; }
+    /// Null when the property offers no presets.
+    QToolButton* presetsButton() const { return presetButton; }
+
+    /// Each is one undo step; false, and nothing changed, when the list refuses or the position is out of range.
+    bool addItem();
+    bool removeItem(std::size_t index);
+    bool moveItem(std::size_t from, std::size_t to);
+    bool applyPreset(std::size_t preset);
+
+    void notify() override;
+
+private:
+    struct Row
+    {
+        QWidget* box = nullptr;
+        QWidget* editor = nullptr;
+    };
+
+    /// Runs `change` in one undo action labelled `label`; false when it threw.
+    bool change(const QString& label, const Function<void()>& change);
+    void rebuildRows();
+
+    std::unique_ptr<Items> items;
+    SharedPtr<IUndoManager> undoManager;
+    Options options;
+    QVBoxLayout* rowLayout = nullptr;
+    QToolButton* adder = nullptr;
+    QToolButton* presetButton = nullptr;
+    Array<Row> rows;
+};
+
+} // namespace Marlix::Widgets
