@@ -208,7 +208,7 @@ void TestSceneSerializer::badStreams_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("message");
-    QTest::newRow("future version") << 0 << "Unknown scene format version 2";
+    QTest::newRow("future version") << 0 << "Unknown scene format version 3";
     QTest::newRow("unknown class") << 1 << "unknown class \"Spaceship\"";
     QTest::newRow("dangling reference") << 2 << "does not hold";
     QTest::newRow("repeated identity") << 3 << "zero or repeated";
@@ -221,7 +221,7 @@ void TestSceneSerializer::badStreams()
     QFETCH(int, kind);
     QFETCH(QString, message);
     CborSerializer out;
-    out.serializeFormatVersion(kind == 0 ? 2 : 1);
+    out.serializeFormatVersion(kind == 0 ? 3 : 1);
     out.beginRecord("scene");
     out.beginArray("classes", 2);
     out.writeString("class", kind == 1 ? "Spaceship" : "Mesh");
