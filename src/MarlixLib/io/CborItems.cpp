@@ -18,14 +18,15 @@ String checkStream(const std::uint8_t* data, std::size_t size, std::size_t maxDe
         Kind kind;
         bool isWrapper; // a map of the single key ARRAY_KEY, whose value is a list of values
         std::uint64_t remaining; // items still to come
+        std::size_t start; // of its head
         std::uint64_t position = 0;
     };
     Array<Frame> frames;
     String shapeError; // reported only when the stream decodes, as a damaged length explains a wrong shape better
-    const auto noteShape = [&](std::size_t at) {
+    const auto noteShape = [&](std::size_t at, bool isRoot) {
         if (!shapeError.empty())
             return;
-        shapeError = frames.size() <= 1 ? "The stream is corrupted: it does not start with a record."
+        shapeError = isRoot ? "The stream is corrupted: it does not start with a record."
                                         : "The stream is corrupted: the record at byte " + std::to_string(at)
                 + " is not a list of keys and values.";
     };
@@ -54,12 +55,12 @@ String checkStream(const std::uint8_t* data, std::size_t size, std::size_t maxDe
         bool opensValues = frames.empty() ? false : frames.back().kind == Kind::Map && frames.back().isWrapper;
         if (frames.empty()) {
             if (major != ArrayMajor)
-                noteShape(start);
+                noteShape(start, true);
         } else if (frames.back().position % 2 == 0 && frames.back().kind != Kind::Values) {
             if (major != TextMajor) {
                 if (frames.back().kind == Kind::Map)
                     return corrupted(start, "a map key is not a string");
-                noteShape(start);
+                noteShape(frames.back().start, frames.size() == 1);
             }
         }
 
@@ -93,14 +94,14 @@ String checkStream(const std::uint8_t* data, std::size_t size, std::size_t maxDe
             break;
         }
         if (major == ArrayMajor && !opensValues && head.argument % 2 != 0)
-            noteShape(start);
+            noteShape(start, frames.empty());
 
         if (major == ArrayMajor || major == MapMajor) {
             if (frames.size() >= maxDepth)
                 return "The stream is nested more than " + std::to_string(maxDepth) + " levels deep.";
             const Kind kind = major == MapMajor ? Kind::Map : opensValues ? Kind::Values : Kind::Record;
             if (children > 0) {
-                frames.push_back({ kind, false, children });
+                frames.push_back({ kind, false, children, start });
                 continue;
             }
         }

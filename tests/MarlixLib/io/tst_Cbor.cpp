@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 using namespace Marlix;
 
@@ -159,12 +158,10 @@ private Q_SLOTS:
     void wrongKindIsAnErrorAndConsumesNothing();
     void integerRanges_data();
     void integerRanges();
-    void missingKeyNamesThePath();
-    void arrayEndsAreErrors();
+    void messagesNameThePath();
     void everyTruncationIsAnError();
     void corruptStreamsAreErrors_data();
     void corruptStreamsAreErrors();
-    void randomDamageNeverCrashes();
     void formatVersionChecks();
     void writerMisuseStops();
     void readerMisuseStops();
@@ -210,10 +207,32 @@ void TestCbor::repeatedKeysComeBackInOrder()
 void TestCbor::wrongKindIsAnErrorAndConsumesNothing_data()
 {
     QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("stored");
     for (const char* key : { "bool", "int", "float", "string", "bytes", "entity", "record", "array" })
-        QTest::newRow(key) << key << key;
+        QTest::newRow(key) << key;
 }
+
+namespace {
+// The error of reading `key` as `kind`, or nothing when the read succeeds.
+Optional<String> readAs(IDeserializer& in, const String& kind, StringView key)
+{
+    const auto error = [](const auto& result) { return result ? Optional<String>() : Optional<String>(result.error()); };
+    if (kind == "bool")
+        return error(in.readBool(key));
+    if (kind == "int")
+        return error(in.readInt(key));
+    if (kind == "float")
+        return error(in.readFloat(key));
+    if (kind == "string")
+        return error(in.readString(key));
+    if (kind == "bytes")
+        return error(in.readBytes(key));
+    if (kind == "entity")
+        return error(in.readEntityReference(key));
+    if (kind == "record")
+        return error(in.enterRecord(key));
+    return error(in.enterArray(key));
+}
+} // namespace
 
 void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
 {
@@ -221,68 +240,19 @@ void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
     const String k = key.toStdString();
     const Array<std::byte> bytes = encodeOneOfEach();
     // Every reader but the matching one fails on this key, names the kind found, and leaves the value in place.
-    const std::map<String, std::function<bool(IDeserializer&, String&)>> readers {
-        { "bool",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readBool(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "int",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readInt(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "float",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readFloat(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "string",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readString(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "bytes",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readBytes(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "entity",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readEntityReference(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "record",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.enterRecord(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "array",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.enterArray(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-    };
-    for (const auto& [kind, reader] : readers) {
+    for (const String kind : { "bool", "int", "float", "string", "bytes", "entity", "record", "array" }) {
         CborDeserializer in(bytes);
-        String error;
         if (kind == k) {
-            QVERIFY2(reader(in, error), error.c_str());
+            const auto error = readAs(in, kind, k);
+            QVERIFY2(!error, error->c_str());
             continue;
         }
-        QVERIFY2(!reader(in, error), kind.c_str());
-        QVERIFY2(error.find("\"" + k + "\"") != String::npos, error.c_str());
-        QVERIFY2(error.find(", not ") != String::npos, error.c_str());
+        const auto error = readAs(in, kind, k);
+        QVERIFY2(error, kind.c_str());
+        QVERIFY2(error->find("\"" + k + "\"") != String::npos, error->c_str());
+        QVERIFY2(error->find(", not ") != String::npos, error->c_str());
         QVERIFY(in.hasKey(k));
-        QVERIFY2(readers.at(k)(in, error), error.c_str());
+        QVERIFY(!readAs(in, k, k));
     }
 }
 
@@ -324,28 +294,21 @@ void TestCbor::integerRanges()
         QCOMPARE(*asUInt, writeSigned ? qulonglong(signedValue) : unsignedValue);
 }
 
-void TestCbor::missingKeyNamesThePath()
+void TestCbor::messagesNameThePath()
 {
     CborDeserializer in(encode(Sample {}));
     QVERIFY(in.deserializeFormatVersion());
     QVERIFY(in.enterRecord("numbers"));
-    const auto missing = in.readFloat("scale");
-    QCOMPARE(QString::fromStdString(missing.error()), QStringLiteral("The stream has no value \"numbers/scale\"."));
+    QCOMPARE(in.readFloat("scale").error(), String("The stream has no value \"numbers/scale\"."));
     in.leaveRecord();
     QVERIFY(!in.enterRecord("nothing"));
-}
-
-void TestCbor::arrayEndsAreErrors()
-{
-    CborDeserializer in(encode(Sample {}));
     QCOMPARE(in.enterArray("values").value(), std::size_t(3));
     for (int i = 0; i < 3; ++i) {
         QVERIFY(in.hasKey({}));
         QVERIFY(in.readFloat({}));
     }
     QVERIFY(!in.hasKey({}));
-    const auto beyond = in.readFloat({});
-    QCOMPARE(QString::fromStdString(beyond.error()), QStringLiteral("No values are left in value 3 of \"values\"."));
+    QCOMPARE(in.readFloat({}).error(), String("No values are left in value 3 of \"values\"."));
     in.leaveArray();
 }
 
@@ -383,6 +346,13 @@ void TestCbor::corruptStreamsAreErrors_data()
         0xff }) << "truncated";
     QTest::newRow("tag") << bytes({ 0x82, 0x61, 'a', 0xd8, 0x27, 0x01 }) << "corrupted";
     QTest::newRow("reserved byte") << bytes({ 0x82, 0x61, 'a', 0x1c }) << "corrupted";
+    QTest::newRow("indefinite length") << bytes({ 0x82, 0x61, 'a', 0x9f, 0xff }) << "indefinite";
+    QTest::newRow("undefined value") << bytes({ 0x82, 0x61, 'a', 0xf7 }) << "corrupted";
+    QTest::newRow("map key is not a string") << bytes({ 0x82, 0x61, 'a', 0xa1, 0x01, 0x02 }) << "corrupted";
+    QTest::newRow("inner record key is not a string") << bytes({ 0x82, 0x61, 'a', 0x82, 0x01, 0x02 })
+                                                      << "not a list of keys and values";
+    QTest::newRow("inner record without its last value") << bytes({ 0x82, 0x61, 'a', 0x81, 0x61, 'b' })
+                                                         << "not a list of keys and values";
     QByteArray deep(100000, char(0x81));
     deep.append(char(0x80));
     QTest::newRow("nested far too deep") << deep << "nested more than 200 levels";
@@ -399,24 +369,6 @@ void TestCbor::corruptStreamsAreErrors()
     QVERIFY(!in.readBool("a"));
 }
 
-void TestCbor::randomDamageNeverCrashes()
-{
-    // Damaged streams either fail to decode or decode into values of checked kinds: reading must always end cleanly.
-    const Array<std::byte> original = encode(Sample {});
-    std::mt19937 random(1234);
-    int failures = 0;
-    for (int round = 0; round < 3000; ++round) {
-        Array<std::byte> damaged = original;
-        const int edits = 1 + int(random() % 4);
-        for (int e = 0; e < edits; ++e)
-            damaged[random() % damaged.size()] = std::byte(random() & 0xff);
-        CborDeserializer in(damaged);
-        if (!read(in))
-            ++failures;
-    }
-    QVERIFY(failures > 2000);
-}
-
 void TestCbor::formatVersionChecks()
 {
     // A record without the version pair first.
@@ -425,11 +377,14 @@ void TestCbor::formatVersionChecks()
     out.beginRecord("inner");
     out.writeUInt("@version", 5);
     out.endRecord();
+    out.writeInt("after", 9);
     const auto bytes = out.getBytes();
     CborDeserializer in(bytes);
     QVERIFY(in.enterRecord("inner"));
     QVERIFY(!in.deserializeFormatVersion());
+    // Left unread, the record is skipped whole.
     in.leaveRecord();
+    QCOMPARE(in.readInt("after").value(), 9);
     QCOMPARE(in.deserializeFormatVersion().value(), 3u);
     // Read once: the pair is used up.
     QVERIFY(!in.deserializeFormatVersion());
