@@ -39,7 +39,6 @@ private Q_SLOTS:
     void handleServesEveryObjectOfItsLayout();
     void typeMismatchThrowsAndChangesNothing_data();
     void typeMismatchThrowsAndChangesNothing();
-    void conversionOnlyWhenAllowed();
     void observersAreToldAfterTheChange();
     void throwingWriterNotifiesNobody();
     void accessorWritesEveryObject();
@@ -183,23 +182,6 @@ void TestGenericDataObject::typeMismatchThrowsAndChangesNothing()
     QCOMPARE(material->getProperty(path.toStdString()).toString(), before);
     QCOMPARE(calls, 0);
     QVERIFY(!manager.canUndo());
-}
-
-void TestGenericDataObject::conversionOnlyWhenAllowed()
-{
-    auto material = materialClass().create();
-    material->setPropertyValue("layers", std::int32_t(3));
-    const GenericProperty layers = material->getProperty("layers");
-    QCOMPARE(layers.read<double>(), 3.0);
-    QVERIFY_THROWS_EXCEPTION(Exception, layers.get<double>());
-    const auto doubleType = TypeDatabase::instance().lookupNativeTypeDefinition<double>();
-    layers.checkIsOfType(typeid(double), doubleType.get(), TypeKind::Plain, true);
-    QVERIFY_THROWS_EXCEPTION(Exception, layers.checkIsOfType(typeid(double), doubleType.get(), TypeKind::Plain, false));
-    QVERIFY_THROWS_EXCEPTION(Exception, material->getProperty("name").read<double>());
-    material->setPropertyValue("shading", ShadingModel::Glass);
-    QCOMPARE(material->getProperty("shading").read<std::int64_t>(), std::int64_t(5));
-    material->mutateProperty("opacity", [](GenericProperty& p) { p.write(0.5); });
-    QCOMPARE(material->getPropertyValue<float>("opacity"), 0.5f);
 }
 
 void TestGenericDataObject::observersAreToldAfterTheChange()

@@ -42,11 +42,7 @@ void TestTypeDatabase::startupRegistersCoreTypes_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("kind");
-    QTest::newRow("bool") << "bool" << 0;
-    QTest::newRow("int32") << "int32" << 0;
-    QTest::newRow("uint64") << "uint64" << 0;
     QTest::newRow("double") << "double" << 0;
-    QTest::newRow("String") << "String" << 0;
     QTest::newRow("Path") << "Path" << 0;
     QTest::newRow("reference") << "EntityReference" << 2;
     QTest::newRow("reference list") << "EntityReferenceList" << 3;

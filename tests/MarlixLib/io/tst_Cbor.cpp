@@ -163,8 +163,7 @@ private Q_SLOTS:
     void corruptStreamsAreErrors_data();
     void corruptStreamsAreErrors();
     void formatVersionChecks();
-    void writerMisuseStops();
-    void readerMisuseStops();
+    void misuseStops();
 };
 
 void TestCbor::roundTrip()
@@ -397,35 +396,26 @@ void TestCbor::formatVersionChecks()
         QStringLiteral("The stream has no format version."));
 }
 
-void TestCbor::writerMisuseStops()
+void TestCbor::misuseStops()
 {
-    {
-        CborSerializer out;
-        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt("before the version", 1));
-    }
-    {
-        CborSerializer out;
-        out.serializeFormatVersion(1);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.serializeFormatVersion(2));
-        out.beginArray("a", 2);
-        out.writeInt({}, 1);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
-        out.writeInt({}, 2);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt({}, 3));
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
-        out.endArray();
-        out.beginRecord("r");
-        QVERIFY_THROWS_EXCEPTION(StopException, out.getBytes());
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
-        out.endRecord();
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
-        QVERIFY(!out.getBytes().empty());
-    }
-}
+    CborSerializer out;
+    QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt("before the version", 1));
+    out.serializeFormatVersion(1);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.serializeFormatVersion(2));
+    out.beginArray("a", 2);
+    out.writeInt({}, 1);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
+    out.writeInt({}, 2);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt({}, 3));
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
+    out.endArray();
+    out.beginRecord("numbers");
+    QVERIFY_THROWS_EXCEPTION(StopException, out.getBytes());
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
+    out.endRecord();
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
 
-void TestCbor::readerMisuseStops()
-{
-    CborDeserializer in(encode(Sample {}));
+    CborDeserializer in(out.getBytes());
     QVERIFY_THROWS_EXCEPTION(StopException, in.leaveRecord());
     QVERIFY_THROWS_EXCEPTION(StopException, in.leaveArray());
     QVERIFY(in.enterRecord("numbers"));

@@ -84,10 +84,7 @@ void TestPosRotScaleTm::canonicalRoundTrip_data()
 {
     QTest::addColumn<PosRotScaleTm>("tm");
     QTest::newRow("identity") << PosRotScaleTm {};
-    QTest::newRow("moved") << makeTm({ 1, -2, 3.5 }, {}, { 1, 1, 1 });
-    QTest::newRow("rotated") << makeTm({}, { 0.3, -1.1, 2.9 }, { 1, 1, 1 });
-    QTest::newRow("scaled") << makeTm({}, {}, { 0.001, 7, 1000 });
-    QTest::newRow("sheared") << makeTm({}, {}, { 1, 1, 1 }, { 0.2, -0.4, 3 });
+    QTest::newRow("scaled far apart") << makeTm({}, {}, { 0.001, 7, 1000 });
     QTest::newRow("mirrored in z") << makeTm({ 4, 5, 6 }, { 0.1, 0.2, 0.3 }, { 2, 3, -4 });
     QTest::newRow("all") << makeTm({ -7, 0.25, 9 }, { -2.5, 1.2, -0.7 }, { 0.5, 2, 3 }, { 0.1, 0.2, -0.3 });
     QTest::newRow("x angle pi") << makeTm({}, { PI, 0.4, 0.5 }, { 1, 2, 3 });

@@ -163,19 +163,13 @@ void TestUndoRandomized::randomEditsUndoAndRedo()
     }
 
     QVERIFY(position > 100);
-    const std::size_t applied = position;
-    while (manager.canRedo()) {
-        manager.redo();
-        ++position;
-    }
-    QVERIFY(history.back().matches(scene));
+    // The whole history, back to the start and forward to the end.
     while (manager.canUndo())
         manager.undo();
     QVERIFY(history.front().matches(scene));
     while (manager.canRedo())
         manager.redo();
     QVERIFY(history.back().matches(scene));
-    QVERIFY(applied <= history.size() - 1);
 }
 
 QTEST_GUILESS_MAIN(TestUndoRandomized)
