@@ -8,6 +8,8 @@
 
 #include <QtTest/QTest>
 
+#include <random>
+
 using namespace Marlix;
 using namespace Marlix::TestScene;
 
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void onlyCommittedChangesAreSteps();
     void sceneMembershipIsUndone();
     void undoAfterTheManagerIsGoneIsHarmless();
+    void randomHistoryUndoesAndRedoes();
 
 private:
     EntityHolder<Entity> material;
@@ -282,6 +285,74 @@ void TestUndoManager::undoAfterTheManagerIsGoneIsHarmless()
     manager.reset();
     action.commit();
     QCOMPARE(material->getPropertyValue<std::int32_t>("layers"), 9);
+}
+
+void TestUndoManager::randomHistoryUndoesAndRedoes()
+{
+    EntityGraphTracker scene;
+    populate(scene);
+    UndoManager manager;
+    std::mt19937 random(20261122);
+    // The scene after each step: its members in order, with a copy of each one's values.
+    using State = Array<std::pair<EntityHolder<Entity>, EntityHolder<Entity>>>;
+    const auto snapshot = [&] {
+        State state;
+        for (const auto& entity : scene.getEntities())
+            state.emplace_back(entity, entity->clone());
+        return state;
+    };
+    const auto matches = [&](const State& state) {
+        for (std::size_t i = 0; i < state.size(); ++i)
+            if (i >= scene.size() || scene.getEntities()[i] != state[i].first
+                || !state[i].first->hasEqualValues(*state[i].second))
+                return false;
+        return state.size() == scene.size();
+    };
+    Array<State> history { snapshot() };
+    std::size_t position = 0;
+    const auto& entities = scene.getEntities();
+    for (int operation = 0; operation < 3000; ++operation) {
+        const unsigned choice = random() % 10;
+        if (choice < 3 && manager.canUndo()) {
+            manager.undo();
+            --position;
+        } else if (choice < 5 && manager.canRedo()) {
+            manager.redo();
+            ++position;
+        } else {
+            // A gesture of a few writes of every kind: plain, nested, reference and membership.
+            const std::size_t stepsBefore = manager.getUndoCount();
+            auto action = manager.createAction("Edit", ActionFlag::UserEdit);
+            for (unsigned i = 0, writes = 1 + random() % 5; i < writes; ++i) {
+                const auto entity = entities[random() % entities.size()];
+                const unsigned kind = random() % 5;
+                if (kind == 0)
+                    entity->setPropertyValue("name", "n" + std::to_string(random() % 100));
+                else if (kind == 1 && entity->isInstanceOf(instanceClass()))
+                    entity->setPropertyValue("transform.position", Pos { double(random() % 9), 0.0, 1.0 });
+                else if (kind == 2 && entity->isInstanceOf(meshClass()))
+                    entity->setPropertyValue("material",
+                        random() % 3 == 0 ? EntityHolder<Entity>() : scene.getEntitiesOfClass(materialClass()).front());
+                else if (kind == 3)
+                    scene.addEntity(materialClass().create());
+                else if (kind == 4 && scene.size() > 3)
+                    scene.removeEntity(*entity);
+                action.publish();
+            }
+            if (random() % 8 == 0) {
+                action.revert();
+            } else {
+                action.commit();
+                if (manager.getUndoCount() == stepsBefore + 1) {
+                    history.resize(++position);
+                    history.push_back(snapshot());
+                }
+            }
+        }
+        QCOMPARE(manager.getUndoCount(), position);
+        QVERIFY2(matches(history[position]), qPrintable(QString("operation %1").arg(operation)));
+    }
+    QVERIFY(history.size() > 100);
 }
 
 QTEST_GUILESS_MAIN(TestUndoManager)
