@@ -17,14 +17,12 @@ struct Sample
     std::uint32_t version = 7;
     bool flag = true;
     std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
-    std::int64_t positive = 42;
     std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     double ratio = 0.1;
     double negativeZero = -0.0;
     double infinity = std::numeric_limits<double>::infinity();
     String name = "Würfel \xe2\x80\x9c"
                   "cube\xe2\x80\x9d";
-    String empty;
     Array<std::byte> bytes { std::byte(0), std::byte(255), std::byte(128) };
     std::uint64_t reference = 0x0123456789abcdefull;
     std::uint64_t noReference = 0;
@@ -40,14 +38,12 @@ void write(ISerializer& out, const Sample& s)
     out.writeBool("flag", s.flag);
     out.beginRecord("numbers");
     out.writeInt("smallest", s.smallest);
-    out.writeInt("positive", s.positive);
     out.writeUInt("largest", s.largest);
     out.writeFloat("ratio", s.ratio);
     out.writeFloat("negativeZero", s.negativeZero);
     out.writeFloat("infinity", s.infinity);
     out.endRecord();
     out.writeString("name", s.name);
-    out.writeString("empty", s.empty);
     out.writeBytes("bytes", s.bytes);
     out.writeEntityReference("reference", s.reference);
     out.writeEntityReference("noReference", s.noReference);
@@ -84,12 +80,10 @@ Expected<Sample, String> read(IDeserializer& in)
         return Unexpected<String>(entered.error());
     TRY(s.largest, in.readUInt("largest"));
     TRY(s.smallest, in.readInt("smallest"));
-    TRY(s.positive, in.readInt("positive"));
     TRY(s.ratio, in.readFloat("ratio"));
     TRY(s.negativeZero, in.readFloat("negativeZero"));
     TRY(s.infinity, in.readFloat("infinity"));
     in.leaveRecord();
-    TRY(s.empty, in.readString("empty"));
     TRY(s.bytes, in.readBytes("bytes"));
     TRY(s.reference, in.readEntityReference("reference"));
     TRY(s.noReference, in.readEntityReference("noReference"));
@@ -156,7 +150,6 @@ private Q_SLOTS:
     void repeatedKeysComeBackInOrder();
     void wrongKindIsAnErrorAndConsumesNothing_data();
     void wrongKindIsAnErrorAndConsumesNothing();
-    void integerRanges_data();
     void integerRanges();
     void messagesNameThePath();
     void everyTruncationIsAnError();
@@ -255,42 +248,21 @@ void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
     }
 }
 
-void TestCbor::integerRanges_data()
-{
-    QTest::addColumn<bool>("writeSigned");
-    QTest::addColumn<qlonglong>("signedValue");
-    QTest::addColumn<qulonglong>("unsignedValue");
-    QTest::addColumn<bool>("readsAsInt");
-    QTest::addColumn<bool>("readsAsUInt");
-    QTest::newRow("negative") << true << -1ll << 0ull << true << false;
-    QTest::newRow("zero") << true << 0ll << 0ull << true << true;
-    QTest::newRow("largest signed as unsigned") << false << 0ll << 9223372036854775807ull << true << true;
-    QTest::newRow("above the signed range") << false << 0ll << 9223372036854775808ull << false << true;
-}
-
 void TestCbor::integerRanges()
 {
-    QFETCH(bool, writeSigned);
-    QFETCH(qlonglong, signedValue);
-    QFETCH(qulonglong, unsignedValue);
-    QFETCH(bool, readsAsInt);
-    QFETCH(bool, readsAsUInt);
+    // Each integer read takes the values that fit it, and only those.
+    constexpr auto largestSigned = std::uint64_t(std::numeric_limits<std::int64_t>::max());
     CborSerializer out;
     out.serializeFormatVersion(1);
-    if (writeSigned)
-        out.writeInt("v", signedValue);
-    else
-        out.writeUInt("v", unsignedValue);
-    const auto bytes = out.getBytes();
-    CborDeserializer a(bytes), b(bytes);
-    const auto asInt = a.readInt("v");
-    const auto asUInt = b.readUInt("v");
-    QCOMPARE(asInt.has_value(), readsAsInt);
-    QCOMPARE(asUInt.has_value(), readsAsUInt);
-    if (asInt)
-        QCOMPARE(qulonglong(*asInt), writeSigned ? qulonglong(signedValue) : unsignedValue);
-    if (asUInt)
-        QCOMPARE(*asUInt, writeSigned ? qulonglong(signedValue) : unsignedValue);
+    out.writeInt("negative", -1);
+    out.writeUInt("largest signed", largestSigned);
+    out.writeUInt("above signed", largestSigned + 1);
+    CborDeserializer in(out.getBytes());
+    QVERIFY(!in.readUInt("negative"));
+    QCOMPARE(in.readInt("negative").value(), -1);
+    QCOMPARE(in.readInt("largest signed").value(), std::int64_t(largestSigned));
+    QVERIFY(!in.readInt("above signed"));
+    QCOMPARE(in.readUInt("above signed").value(), largestSigned + 1);
 }
 
 void TestCbor::messagesNameThePath()
