@@ -26,8 +26,6 @@ private Q_SLOTS:
     void initTestCase() { Lib::startup(); }
     void cleanupTestCase() { Lib::shutdown(); }
 
-    void startupRegistersCoreTypes_data();
-    void startupRegistersCoreTypes();
     void lastShutdownUnregisters();
     void moduleComesAndGoes();
     void clashRegistersNothing();
@@ -37,27 +35,6 @@ private Q_SLOTS:
     void enumerationNames();
     void listTextForm();
 };
-
-void TestTypeDatabase::startupRegistersCoreTypes_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("kind");
-    QTest::newRow("double") << "double" << 0;
-    QTest::newRow("Path") << "Path" << 0;
-    QTest::newRow("reference") << "EntityReference" << 2;
-    QTest::newRow("reference list") << "EntityReferenceList" << 3;
-}
-
-void TestTypeDatabase::startupRegistersCoreTypes()
-{
-    QFETCH(QString, name);
-    QFETCH(int, kind);
-    const auto type = TypeDatabase::instance().lookupTypeDefinition(name.toStdString());
-    QVERIFY(type);
-    QCOMPARE(static_cast<int>(type->getKind()), kind);
-    QVERIFY(type->getNativeType());
-    QCOMPARE(TypeDatabase::instance().lookupNativeTypeDefinition(*type->getNativeType()), type);
-}
 
 void TestTypeDatabase::lastShutdownUnregisters()
 {

@@ -28,7 +28,6 @@ private Q_SLOTS:
     void nestedActionsBelongToTheOuter_data();
     void nestedActionsBelongToTheOuter();
     void destroyedOpenHolderReverts();
-    void newActionClearsRedo();
     void limitDropsOldestSteps();
     void onlyCommittedChangesAreSteps();
     void sceneMembershipIsUndone();
@@ -188,23 +187,6 @@ void TestUndoManager::destroyedOpenHolderReverts()
     // Mutations after the holder is gone are no longer recorded anywhere.
     material->setPropertyValue("layers", std::int32_t(3));
     QVERIFY(!manager.canUndo());
-}
-
-void TestUndoManager::newActionClearsRedo()
-{
-    UndoManager manager;
-    for (double value : { 0.1, 0.2 }) {
-        auto action = manager.createAction("Set " + std::to_string(value));
-        material->setPropertyValue("roughness", value);
-        action.commit();
-    }
-    manager.undo();
-    QVERIFY(manager.canRedo());
-    auto action = manager.createAction("Other");
-    material->setPropertyValue("opacity", 0.25f);
-    action.commit();
-    QVERIFY(!manager.canRedo());
-    QCOMPARE(manager.getUndoLabels(), (Array<String> { "Other", "Set 0.100000" }));
 }
 
 void TestUndoManager::limitDropsOldestSteps()
