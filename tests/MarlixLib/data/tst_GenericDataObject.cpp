@@ -303,16 +303,10 @@ void TestGenericDataObject::observationScopeRecordsReads()
 
 void TestGenericDataObject::entityIdentitiesAreUnique()
 {
-    std::uint64_t last = 0;
-    for (int i = 0; i < 10; ++i) {
-        auto entity = (i % 2 ? materialClass() : meshClass()).create();
-        QVERIFY(entity->getId() > last);
-        last = entity->getId();
-    }
     auto material = materialClass().create();
     material->setPropertyValue("roughness", 0.3);
     auto copy = material->clone();
-    QVERIFY(copy->getId() != material->getId());
+    QVERIFY(copy->getId() > material->getId());
     QVERIFY(copy->hasEqualValues(*material));
     const EntityHandle handle(material);
     QCOMPARE(handle.lock(), material);
