@@ -13,7 +13,6 @@ class TestBitmap : public QObject
 private Q_SLOTS:
     void rowsAreStoredTopDown();
     void badDimensionsAreErrors();
-    void outsideAccessStops();
     void contentTypeFromName_data();
     void contentTypeFromName();
 };
@@ -39,14 +38,6 @@ void TestBitmap::badDimensionsAreErrors()
     QVERIFY_THROWS_EXCEPTION(Exception, BitmapImpl<float>(2, 2, Array<float>(3)));
     QCOMPARE(BitmapImpl<float>(2, 2, Array<float>(4, 0.5f)).at(1, 1), 0.5f);
     QVERIFY(BitmapImpl<float>(0, 5).isEmpty());
-}
-
-void TestBitmap::outsideAccessStops()
-{
-    const BitmapImpl<float> bitmap(2, 2);
-    QVERIFY_THROWS_EXCEPTION(StopException, bitmap.at(2, 0));
-    QVERIFY_THROWS_EXCEPTION(StopException, bitmap.at(0, -1));
-    QVERIFY_THROWS_EXCEPTION(StopException, bitmap.getRow(2));
 }
 
 void TestBitmap::contentTypeFromName_data()

@@ -49,10 +49,8 @@ void TestRange::unionAndIntersection()
     static_assert(a.united(b) == Range<int>(0, 20));
     static_assert(a.intersected(b) == Range<int>(5, 10));
     QVERIFY(a.intersected(c).isEmpty());
-    QCOMPARE(a.intersected(c).size(), 0);
     QCOMPARE(empty.united(c), c);
     QCOMPARE(c.united(empty), c);
-    QCOMPARE(a.size(), 10);
 }
 
 void TestRange::includeWidens()
@@ -61,7 +59,6 @@ void TestRange::includeWidens()
     range.include(3.0f);
     QCOMPARE(range, Range<float>(3.0f, 3.0f));
     range.include(-1.0f);
-    range.include(2.0f);
     QCOMPARE(range, Range<float>(-1.0f, 3.0f));
 }
 
