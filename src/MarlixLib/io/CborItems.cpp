@@ -27,7 +27,7 @@ String checkStream(const std::uint8_t* data, std::size_t size, std::size_t maxDe
         if (!shapeError.empty())
             return;
         shapeError = isRoot ? "The stream is corrupted: it does not start with a record."
-                                        : "The stream is corrupted: the record at byte " + std::to_string(at)
+                            : "The stream is corrupted: the record at byte " + std::to_string(at)
                 + " is not a list of keys and values.";
     };
     const auto truncated
