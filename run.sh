@@ -4,7 +4,9 @@
 #                                                      it writes its screenshots and prints the folder)
 #   ./run.sh test [--preset P] [-- ctest arguments]    build and run every test through CTest
 #   ./run.sh bench                                     build the release preset and run the benchmarks
-# Presets: dev (default), asan (address + undefined-behaviour sanitizers), ci, release.
+#   ./run.sh fuzz [SECONDS]                            build the fuzz preset (clang) and run every fuzz target
+#                                                      on its corpus for SECONDS each (default 60)
+# Presets: dev (default), asan (address + undefined-behaviour sanitizers), ci, release, fuzz.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -12,6 +14,7 @@ command=${1:-}
 shift || true
 preset=dev
 [ "$command" = bench ] && preset=release
+[ "$command" = fuzz ] && preset=fuzz
 extra=()
 while [ $# -gt 0 ]; do
     case "$1" in
@@ -26,6 +29,8 @@ done
 packages=(cmake ninja-build g++ pkg-config ccache qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
           libglx-dev nlohmann-json3-dev fonts-dejavu-core)
 [ "$command" = bench ] && packages+=(libbenchmark-dev)
+# libFuzzer's runtime comes with clang's sanitizer runtimes.
+[ "$command" = fuzz ] && packages+=(clang libclang-rt-14-dev)
 
 install_missing() {
     local missing=()
@@ -67,12 +72,44 @@ case "$command" in
         ;;
     bench)
         build
+        # The glob also matches the *_autogen folders, which pass -x.
         for b in build/"$preset"/benchmarks/bench_*; do
-            [ -x "$b" ] && "$b" "${extra[@]}"
+            if [ -f "$b" ] && [ -x "$b" ]; then
+                "$b" "${extra[@]}"
+            fi
         done
         ;;
+    fuzz)
+        seconds=${extra[0]:-60}
+        case "$seconds" in
+            '' | *[!0-9]*) echo "fuzz: SECONDS must be a whole number, not \"$seconds\"" >&2; exit 2 ;;
+        esac
+        build
+        work="build/$preset/fuzz-findings"
+        mkdir -p "$work"
+        status=0
+        for target in build/"$preset"/fuzz/fuzz_*; do
+            [ -f "$target" ] && [ -x "$target" ] || continue
+            name=$(basename "$target")
+            # New inputs go to a folder of the build, so the committed seed corpus only changes by hand.
+            corpus="$work/$name-corpus"
+            mkdir -p "$corpus"
+            log="$work/$name.log"
+            echo "== $name: ${seconds} s" >&2
+            if "$target" -max_total_time="$seconds" -artifact_prefix="$work/$name-" -print_final_stats=1 \
+                "$corpus" $( [ -d "fuzz/corpus/$name" ] && echo "fuzz/corpus/$name") >"$log" 2>&1; then
+                runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
+                echo "$name: ${runs:-?} inputs run, no crash"
+            else
+                status=1
+                echo "$name: FAILED, see $log (the failing input is in $work)"
+                tail -n 30 "$log" >&2
+            fi
+        done
+        exit $status
+        ;;
     *)
-        sed -n '2,8p' "$0" | sed 's/^# \{0,1\}//'
+        sed -n '2,9p' "$0" | sed 's/^# \{0,1\}//'
         exit 2
         ;;
 esac

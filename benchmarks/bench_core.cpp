@@ -423,8 +423,9 @@ int main(int argc, char** argv)
             { "handleWriteWithOneObserver", "qtSetPropertyWithOneSlot", {}, "goal 0.5 or less" },
             { "accessorWriteWithOneObserver", "qtSetPropertyWithOneSlot", {}, "goal 0.5 or less" },
             { "entityWithTwentyDoubles", "qObjectWithTwentyProperties", {}, {}, "heapBytes" },
-            { "saveLargeScene", "cborCodecEncode", {}, "the codec alone on the same stream" },
-            { "loadLargeScene", "cborCodecDecode", {}, "the codec alone on the same stream" },
+            { "saveLargeScene", "cborCodecEncode", {}, "goal 2 or less: the codec alone encoding the same stream" },
+            { "loadLargeScene", "cborCodecEncode", {}, "goal 2 or less: the codec alone encoding the same stream" },
+            { "loadLargeScene", "cborCodecDecode", {}, "the codec alone decoding the same stream into a tree" },
         },
         [](const Benchmarks::RatioReporter& figures) {
             if (const auto* entity = figures.find("entityWithTwentyDoubles"))

@@ -1,234 +1,239 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/io/CborDeserializer.h>
+#include <MarlixLib/io/CborItems.h>
 #include <MarlixLib/io/CborSerializer.h>
 
+#include <bit>
+#include <cmath>
 #include <cstring>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 namespace Marlix {
 
-using Json = nlohmann::json;
+using namespace Detail::Cbor;
 
 namespace {
 
-// Builds the document from parser events, refusing nesting deeper than the limit before the recursive parser can
-// exhaust the stack on a hostile stream.
-class DocumentBuilder
+double halfToDouble(std::uint64_t bits)
 {
-public:
-    Json root;
-    String error;
-
-    bool null() { return add(nullptr); }
-    bool boolean(bool value) { return add(value); }
-    bool number_integer(Json::number_integer_t value) { return add(value); }
-    bool number_unsigned(Json::number_unsigned_t value) { return add(value); }
-    bool number_float(Json::number_float_t value, const Json::string_t&) { return add(value); }
-    bool string(Json::string_t& value) { return add(std::move(value)); }
-    bool binary(Json::binary_t& value) { return add(Json::binary(std::move(value))); }
-    bool start_object(std::size_t) { return open(Json::object()); }
-    bool key(Json::string_t& key)
-    {
-        objectMember = &(*stack.back())[key];
-        return true;
-    }
-    bool end_object() { return close(); }
-    bool start_array(std::size_t) { return open(Json::array()); }
-    bool end_array() { return close(); }
-    bool parse_error(std::size_t position, const std::string&, const Json::exception& e)
-    {
-        error = "The stream is truncated or corrupted (at byte " + std::to_string(position) + "): " + e.what();
-        return false;
-    }
-
-private:
-    Json* insert(Json value)
-    {
-        if (stack.empty()) {
-            root = std::move(value);
-            return &root;
-        }
-        if (stack.back()->is_array()) {
-            stack.back()->push_back(std::move(value));
-            return &stack.back()->back();
-        }
-        *objectMember = std::move(value);
-        return objectMember;
-    }
-    bool add(Json value)
-    {
-        insert(std::move(value));
-        return true;
-    }
-    bool open(Json container)
-    {
-        if (stack.size() >= CborDeserializer::MAX_DEPTH) {
-            error = "The stream is nested more than " + std::to_string(CborDeserializer::MAX_DEPTH) + " levels deep.";
-            return false;
-        }
-        stack.push_back(insert(std::move(container)));
-        return true;
-    }
-    bool close()
-    {
-        stack.pop_back();
-        return true;
-    }
-
-    Array<Json*> stack;
-    Json* objectMember = nullptr;
-};
-
-const char* kindName(const Json& value)
-{
-    switch (value.type()) {
-    case Json::value_t::null:
-        return "nothing";
-    case Json::value_t::boolean:
-        return "a boolean";
-    case Json::value_t::number_integer:
-    case Json::value_t::number_unsigned:
-        return "an integer";
-    case Json::value_t::number_float:
-        return "a floating-point number";
-    case Json::value_t::string:
-        return "a string";
-    case Json::value_t::binary:
-        return "a byte array";
-    case Json::value_t::array:
-        return "a record";
-    case Json::value_t::object:
-        if (value.size() == 1 && value.contains(String(CborSerializer::ARRAY_KEY)))
-            return "an array";
-        if (value.size() == 1 && value.contains(String(CborSerializer::ENTITY_KEY)))
-            return "an entity reference";
-        return "an unknown structure";
-    case Json::value_t::discarded:
-        break;
-    }
-    return "an unknown value";
-}
-
-// The member of a single-member map used for arrays and entity references; null for anything else.
-const Json* wrapped(const Json& value, StringView key)
-{
-    if (!value.is_object() || value.size() != 1)
-        return nullptr;
-    const auto it = value.find(String(key));
-    return it == value.end() ? nullptr : &*it;
+    const int exponent = int(bits >> 10) & 0x1f;
+    const int mantissa = int(bits & 0x3ff);
+    double value = exponent == 0 ? std::ldexp(mantissa, -24)
+        : exponent != 31         ? std::ldexp(mantissa + 1024, exponent - 25)
+        : mantissa == 0          ? std::numeric_limits<double>::infinity()
+                                 : std::numeric_limits<double>::quiet_NaN();
+    return bits & 0x8000 ? -value : value;
 }
 
 } // namespace
 
 struct CborDeserializer::Impl
 {
+    /// A pair of a record passed over while looking for a later key.
+    struct Passed
+    {
+        StringView key;
+        std::size_t value;
+        std::size_t index;
+        bool taken = false;
+    };
+
     struct Level
     {
-        const Json* values; // the pair list of a record, the value list of an array
         bool isArray;
-        String name;
-        std::size_t next = 0; // arrays: next element; records: first pair that may be unread
-        Array<bool> taken; // records: pairs already read
+        std::size_t cursor; // the next item not looked at: a key in records, a value in arrays
+        std::uint64_t remaining; // pairs of records, values of arrays, from the cursor on
+        std::size_t consumed = 0; // pairs looked at, or values read
+        Array<Passed> passed; // records: pairs before the cursor not read yet, in stream order
+        // How messages name the level: its key in the enclosing record, or its place in the enclosing array.
+        StringView name;
+        std::size_t element = 0;
+        bool isElement = false;
+        bool advancesParent = false; // entered at the parent's cursor: leaving it moves that cursor past it
     };
 
-    // Where a value was found: enough to mark it read once its kind has been checked.
+    /// Where a value was found: enough to mark it read once its kind has been checked.
     struct Slot
     {
-        const Json* value;
-        std::size_t index;
+        std::size_t value;
+        StringView key; // the stream's own copy
+        std::ptrdiff_t passedIndex; // -1 at the cursor
     };
 
-    Json document;
+    Array<std::byte> owned;
+    const std::uint8_t* data = nullptr;
     String streamError;
     Array<Level> levels;
+    std::size_t versionValue = 0; // the value of the root's first pair when its key is VERSION_KEY, 0 otherwise
+
+    void open(ArrayView<const std::byte> bytes)
+    {
+        data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+        streamError = checkStream(data, bytes.size(), MAX_DEPTH);
+        if (!streamError.empty()) {
+            levels.push_back({ true, 0, 0 });
+            return;
+        }
+        const Head root = headAt(data);
+        levels.push_back({ false, root.size, root.argument / 2 });
+        if (root.argument > 0 && keyAt(root.size) == CborSerializer::VERSION_KEY)
+            versionValue = valueAfterKey(root.size);
+    }
+
+    Head head(std::size_t at) const { return headAt(data + at); }
+    StringView keyAt(std::size_t at) const
+    {
+        const Head key = head(at);
+        return { reinterpret_cast<const char*>(data + at + key.size), std::size_t(key.argument) };
+    }
+    std::size_t valueAfterKey(std::size_t at) const
+    {
+        const Head key = head(at);
+        return at + key.size + key.argument;
+    }
+    // Past `count` items starting at `at`.
+    std::size_t skip(std::size_t at, std::uint64_t count = 1) const
+    {
+        while (count > 0) {
+            const Head item = head(at);
+            at += item.size;
+            --count;
+            if (item.major == BytesMajor || item.major == TextMajor)
+                at += item.argument;
+            else if (item.major == ArrayMajor)
+                count += item.argument;
+            else if (item.major == MapMajor)
+                count += 2 * item.argument;
+        }
+        return at;
+    }
+    // The member of a single-pair map with the key `key`, or nothing.
+    Optional<std::size_t> wrapped(std::size_t at, StringView key) const
+    {
+        const Head map = head(at);
+        if (map.major != MapMajor || map.argument != 1 || keyAt(at + 1) != key)
+            return {};
+        return valueAfterKey(at + 1);
+    }
 
     String describeKey(StringView key) const
     {
         String path;
         for (std::size_t i = 1; i < levels.size(); ++i)
-            path += levels[i].name + "/";
+            path += (levels[i].isElement ? std::to_string(levels[i].element) : String(levels[i].name)) + "/";
         if (levels.back().isArray)
-            return "value " + std::to_string(levels.back().next) + " of \"" + path.substr(0, path.size() - 1) + "\"";
+            return "value " + std::to_string(levels.back().consumed) + " of \"" + path.substr(0, path.size() - 1)
+                + "\"";
         return "\"" + path + String(key) + "\"";
     }
 
-    Optional<std::size_t> findPair(StringView key) const
+    const char* kindName(std::size_t at) const
     {
-        const Level& level = levels.back();
-        const auto& pairs = level.values->get_ref<const Json::array_t&>();
-        const std::size_t count = pairs.size() / 2;
-        for (std::size_t pass = 0; pass < 2; ++pass) {
-            const std::size_t begin = pass == 0 ? level.next : 0;
-            const std::size_t end = pass == 0 ? count : std::min(level.next, count);
-            for (std::size_t i = begin; i < end; ++i)
-                if (!level.taken[i] && pairs[2 * i].get_ref<const String&>() == key)
-                    return i;
+        const Head value = head(at);
+        switch (value.major) {
+        case UnsignedMajor:
+        case NegativeMajor:
+            return "an integer";
+        case BytesMajor:
+            return "a byte array";
+        case TextMajor:
+            return "a string";
+        case ArrayMajor:
+            return "a record";
+        case MapMajor:
+            if (wrapped(at, CborSerializer::ARRAY_KEY))
+                return "an array";
+            if (wrapped(at, CborSerializer::ENTITY_KEY))
+                return "an entity reference";
+            return "an unknown structure";
+        default:
+            return value.info == 20 || value.info == 21 ? "a boolean"
+                : value.info == 22                      ? "nothing"
+                                                        : "a floating-point number";
         }
-        return {};
     }
 
-    Expected<Slot, String> locate(StringView key) const
+    // The first unread value of `key` in a record, scanning on from the cursor when none was passed over; in an array
+    // the next value. Pairs scanned past are remembered, which no reader can tell apart from not having looked.
+    Expected<Slot, String> locate(StringView key)
     {
         if (!streamError.empty())
             return Unexpected<String>(streamError);
-        const Level& level = levels.back();
-        if (level.isArray) {
-            if (level.next >= level.values->size())
-                return Unexpected<String>("No values are left in " + describeKey(key) + ".");
-            return Slot { &(*level.values)[level.next], level.next };
-        }
-        const auto pair = findPair(key);
-        if (!pair)
-            return Unexpected<String>("The stream has no value " + describeKey(key) + ".");
-        return Slot { &(*level.values)[2 * *pair + 1], *pair };
-    }
-
-    void take(const Slot& slot)
-    {
         Level& level = levels.back();
         if (level.isArray) {
-            ++level.next;
+            if (level.remaining == 0)
+                return Unexpected<String>("No values are left in " + describeKey(key) + ".");
+            return Slot { level.cursor, {}, -1 };
+        }
+        for (std::size_t i = 0; i < level.passed.size(); ++i)
+            if (!level.passed[i].taken && level.passed[i].key == key)
+                return Slot { level.passed[i].value, level.passed[i].key, std::ptrdiff_t(i) };
+        while (level.remaining > 0) {
+            const StringView found = keyAt(level.cursor);
+            const std::size_t value = valueAfterKey(level.cursor);
+            if (found == key)
+                return Slot { value, found, -1 };
+            level.passed.push_back({ found, value, level.consumed });
+            level.cursor = skip(value);
+            --level.remaining;
+            ++level.consumed;
+        }
+        return Unexpected<String>("The stream has no value " + describeKey(key) + ".");
+    }
+
+    // Marks a located value read. A record or array entered at the cursor moves the cursor when it is left.
+    void take(const Slot& slot, bool entered)
+    {
+        Level& level = levels.back();
+        if (slot.passedIndex >= 0) {
+            level.passed[std::size_t(slot.passedIndex)].taken = true;
             return;
         }
-        level.taken[slot.index] = true;
-        while (level.next < level.taken.size() && level.taken[level.next])
-            ++level.next;
+        if (!entered)
+            level.cursor = skip(slot.value);
+        --level.remaining;
+        ++level.consumed;
     }
 
-    String wrongKind(StringView key, const Json& value, const char* wanted) const
+    void enter(const Slot& slot, bool isArray, std::size_t content, std::uint64_t count)
     {
-        return "The value " + describeKey(key) + " is " + kindName(value) + ", not " + wanted + ".";
-    }
-
-    // A record must be a list of string keys each followed by a value.
-    static bool isWellFormedRecord(const Json& value)
-    {
-        if (!value.is_array() || value.size() % 2 != 0)
-            return false;
-        for (std::size_t i = 0; i < value.size(); i += 2)
-            if (!value[i].is_string())
-                return false;
-        return true;
-    }
-
-    void push(const Json* values, bool isArray, StringView name)
-    {
-        Level level { values, isArray, String(name) };
-        if (!isArray)
-            level.taken.assign(values->size() / 2, false);
+        const Level& parent = levels.back();
+        Level level { isArray, content, count };
+        level.name = slot.key;
+        level.isElement = parent.isArray;
+        level.element = parent.consumed;
+        level.advancesParent = slot.passedIndex < 0;
+        take(slot, true);
         levels.push_back(std::move(level));
     }
 
-    template <class T, class Check> Expected<T, String> read(StringView key, const char* wanted, Check check)
+    void leave(bool isArray)
+    {
+        if (levels.size() < 2 || levels.back().isArray != isArray)
+            Detail::throwStopException("io/CborDeserializer", __LINE__);
+        const Level& level = levels.back();
+        const std::size_t end
+            = level.advancesParent ? skip(level.cursor, isArray ? level.remaining : 2 * level.remaining) : 0;
+        const bool advances = level.advancesParent;
+        levels.pop_back();
+        if (advances)
+            levels.back().cursor = end;
+    }
+
+    String wrongKind(StringView key, std::size_t at, const char* wanted) const
+    {
+        return "The value " + describeKey(key) + " is " + kindName(at) + ", not " + wanted + ".";
+    }
+
+    template <class T, class Decode> Expected<T, String> read(StringView key, const char* wanted, Decode decode)
     {
         const auto slot = locate(key);
         if (!slot)
             return Unexpected<String>(slot.error());
-        Optional<T> value = check(*slot->value);
+        Optional<T> value = decode(head(slot->value), data + slot->value);
         if (!value)
-            return Unexpected<String>(wrongKind(key, *slot->value, wanted));
-        take(*slot);
+            return Unexpected<String>(wrongKind(key, slot->value, wanted));
+        take(*slot, false);
         return std::move(*value);
     }
 };
@@ -236,26 +241,14 @@ struct CborDeserializer::Impl
 CborDeserializer::CborDeserializer(ArrayView<const std::byte> bytes)
     : impl(std::make_unique<Impl>())
 {
-    DocumentBuilder builder;
-    const auto* begin = reinterpret_cast<const std::uint8_t*>(bytes.data());
-    bool parsed = false;
-    try {
-        parsed = Json::sax_parse(begin, begin + bytes.size(), &builder, Json::input_format_t::cbor, true);
-    } catch (const std::exception& e) {
-        // The parser reports through parse_error; this only catches what escapes it (out of memory and the like).
-        builder.error = String("The stream cannot be read: ") + e.what();
-    }
-    if (!parsed || !builder.error.empty()) {
-        impl->streamError = builder.error.empty() ? "The stream is truncated or corrupted." : builder.error;
-        impl->push(&impl->document, true, {});
-        return;
-    }
-    impl->document = std::move(builder.root);
-    if (!Impl::isWellFormedRecord(impl->document)) {
-        impl->streamError = "The stream is corrupted: it does not start with a record.";
-        impl->document = Json::array();
-    }
-    impl->push(&impl->document, false, {});
+    impl->open(bytes);
+}
+
+CborDeserializer::CborDeserializer(Array<std::byte>&& bytes)
+    : impl(std::make_unique<Impl>())
+{
+    impl->owned = std::move(bytes);
+    impl->open(impl->owned);
 }
 
 CborDeserializer::~CborDeserializer() = default;
@@ -271,15 +264,20 @@ IDeserializer::Result<std::uint32_t> CborDeserializer::deserializeFormatVersion(
         return Unexpected<String>(impl->streamError);
     if (impl->levels.size() != 1)
         return Unexpected<String>("The format version is read at the top of the stream, outside every record.");
-    const Json& root = impl->document;
-    if (root.size() < 2 || root[0].get_ref<const String&>() != CborSerializer::VERSION_KEY)
+    if (impl->versionValue == 0)
         return Unexpected<String>("The stream has no format version.");
-    if (impl->levels.back().taken[0])
+    Impl::Level& root = impl->levels.front();
+    // The version is the first pair: still at the cursor, or the first of those passed over, or read.
+    const bool atCursor = root.consumed == 0;
+    const bool passed
+        = !atCursor && !root.passed.empty() && root.passed.front().index == 0 && !root.passed.front().taken;
+    if (!atCursor && !passed)
         return Unexpected<String>("The format version has been read already.");
-    if (!root[1].is_number_unsigned() || root[1].get<std::uint64_t>() > std::numeric_limits<std::uint32_t>::max())
+    const Head value = impl->head(impl->versionValue);
+    if (value.major != UnsignedMajor || value.argument > std::numeric_limits<std::uint32_t>::max())
         return Unexpected<String>("The format version of the stream is not a 32-bit unsigned integer.");
-    impl->take({ &root[1], 0 });
-    return static_cast<std::uint32_t>(root[1].get<std::uint64_t>());
+    impl->take({ impl->versionValue, CborSerializer::VERSION_KEY, atCursor ? -1 : 0 }, false);
+    return static_cast<std::uint32_t>(value.argument);
 }
 
 IDeserializer::Result<void> CborDeserializer::enterRecord(StringView key)
@@ -287,22 +285,16 @@ IDeserializer::Result<void> CborDeserializer::enterRecord(StringView key)
     const auto slot = impl->locate(key);
     if (!slot)
         return Unexpected<String>(slot.error());
-    if (!slot->value->is_array())
-        return Unexpected<String>(impl->wrongKind(key, *slot->value, "a record"));
-    if (!Impl::isWellFormedRecord(*slot->value))
-        return Unexpected<String>(
-            "The stream is corrupted: " + impl->describeKey(key) + " is not a list of keys and values.");
-    const String name = impl->levels.back().isArray ? std::to_string(impl->levels.back().next) : String(key);
-    impl->take(*slot);
-    impl->push(slot->value, false, name);
+    const Head record = impl->head(slot->value);
+    if (record.major != ArrayMajor)
+        return Unexpected<String>(impl->wrongKind(key, slot->value, "a record"));
+    impl->enter(*slot, false, slot->value + record.size, record.argument / 2);
     return {};
 }
 
 void CborDeserializer::leaveRecord()
 {
-    if (impl->levels.size() < 2 || impl->levels.back().isArray)
-        Detail::throwStopException("io/CborDeserializer", __LINE__);
-    impl->levels.pop_back();
+    impl->leave(false);
 }
 
 IDeserializer::Result<std::size_t> CborDeserializer::enterArray(StringView key)
@@ -310,97 +302,117 @@ IDeserializer::Result<std::size_t> CborDeserializer::enterArray(StringView key)
     const auto slot = impl->locate(key);
     if (!slot)
         return Unexpected<String>(slot.error());
-    const Json* values = wrapped(*slot->value, CborSerializer::ARRAY_KEY);
+    const auto values = impl->wrapped(slot->value, CborSerializer::ARRAY_KEY);
     if (!values)
-        return Unexpected<String>(impl->wrongKind(key, *slot->value, "an array"));
-    if (!values->is_array())
+        return Unexpected<String>(impl->wrongKind(key, slot->value, "an array"));
+    const Head list = impl->head(*values);
+    if (list.major != ArrayMajor)
         return Unexpected<String>("The stream is corrupted: " + impl->describeKey(key) + " holds no list of values.");
-    const String name = impl->levels.back().isArray ? std::to_string(impl->levels.back().next) : String(key);
-    impl->take(*slot);
-    impl->push(values, true, name);
-    return values->size();
+    impl->enter(*slot, true, *values + list.size, list.argument);
+    return std::size_t(list.argument);
 }
 
 void CborDeserializer::leaveArray()
 {
-    if (impl->levels.size() < 2 || !impl->levels.back().isArray)
-        Detail::throwStopException("io/CborDeserializer", __LINE__);
-    impl->levels.pop_back();
+    impl->leave(true);
 }
 
 bool CborDeserializer::hasKey(StringView key) const
 {
     if (!impl->streamError.empty())
         return false;
-    const auto& level = impl->levels.back();
+    const Impl::Level& level = impl->levels.back();
     if (level.isArray)
-        return level.next < level.values->size();
-    return impl->findPair(key).has_value();
+        return level.remaining > 0;
+    for (const auto& pair : level.passed)
+        if (!pair.taken && pair.key == key)
+            return true;
+    std::size_t at = level.cursor;
+    for (std::uint64_t i = 0; i < level.remaining; ++i) {
+        if (impl->keyAt(at) == key)
+            return true;
+        at = impl->skip(impl->valueAfterKey(at));
+    }
+    return false;
 }
 
 IDeserializer::Result<bool> CborDeserializer::readBool(StringView key)
 {
-    return impl->read<bool>(key, "a boolean",
-        [](const Json& v) -> Optional<bool> { return v.is_boolean() ? Optional<bool>(v.get<bool>()) : std::nullopt; });
+    return impl->read<bool>(key, "a boolean", [](const Head& h, const std::uint8_t*) -> Optional<bool> {
+        if (h.major != SimpleMajor || (h.info != 20 && h.info != 21))
+            return {};
+        return h.info == 21;
+    });
 }
 
 IDeserializer::Result<std::int64_t> CborDeserializer::readInt(StringView key)
 {
-    return impl->read<std::int64_t>(key, "a signed 64-bit integer", [](const Json& v) -> Optional<std::int64_t> {
-        if (v.is_number_integer() && !v.is_number_unsigned())
-            return v.get<std::int64_t>();
-        if (v.is_number_unsigned() && v.get<std::uint64_t>() <= std::uint64_t(std::numeric_limits<std::int64_t>::max()))
-            return static_cast<std::int64_t>(v.get<std::uint64_t>());
-        return {};
-    });
+    return impl->read<std::int64_t>(
+        key, "a signed 64-bit integer", [](const Head& h, const std::uint8_t*) -> Optional<std::int64_t> {
+            constexpr auto largest = std::uint64_t(std::numeric_limits<std::int64_t>::max());
+            if ((h.major != UnsignedMajor && h.major != NegativeMajor) || h.argument > largest)
+                return {};
+            // A negative item holds -1 - value.
+            return h.major == UnsignedMajor ? std::int64_t(h.argument) : -1 - std::int64_t(h.argument);
+        });
 }
 
 IDeserializer::Result<std::uint64_t> CborDeserializer::readUInt(StringView key)
 {
-    return impl->read<std::uint64_t>(key, "an unsigned 64-bit integer", [](const Json& v) -> Optional<std::uint64_t> {
-        if (v.is_number_unsigned())
-            return v.get<std::uint64_t>();
-        if (v.is_number_integer() && v.get<std::int64_t>() >= 0)
-            return static_cast<std::uint64_t>(v.get<std::int64_t>());
-        return {};
-    });
+    return impl->read<std::uint64_t>(
+        key, "an unsigned 64-bit integer", [](const Head& h, const std::uint8_t*) -> Optional<std::uint64_t> {
+            if (h.major != UnsignedMajor)
+                return {};
+            return h.argument;
+        });
 }
 
 IDeserializer::Result<double> CborDeserializer::readFloat(StringView key)
 {
-    return impl->read<double>(key, "a floating-point number", [](const Json& v) -> Optional<double> {
-        return v.is_number_float() ? Optional<double>(v.get<double>()) : std::nullopt;
-    });
+    return impl->read<double>(
+        key, "a floating-point number", [](const Head& h, const std::uint8_t*) -> Optional<double> {
+            if (h.major != SimpleMajor)
+                return {};
+            if (h.info == 25)
+                return halfToDouble(h.argument);
+            if (h.info == 26)
+                return double(std::bit_cast<float>(std::uint32_t(h.argument)));
+            if (h.info == 27)
+                return std::bit_cast<double>(h.argument);
+            return {};
+        });
 }
 
 IDeserializer::Result<String> CborDeserializer::readString(StringView key)
 {
-    return impl->read<String>(key, "a string", [](const Json& v) -> Optional<String> {
-        return v.is_string() ? Optional<String>(v.get_ref<const String&>()) : std::nullopt;
+    return impl->read<String>(key, "a string", [](const Head& h, const std::uint8_t* at) -> Optional<String> {
+        if (h.major != TextMajor)
+            return {};
+        return String(reinterpret_cast<const char*>(at + h.size), std::size_t(h.argument));
     });
 }
 
 IDeserializer::Result<Array<std::byte>> CborDeserializer::readBytes(StringView key)
 {
-    return impl->read<Array<std::byte>>(key, "a byte array", [](const Json& v) -> Optional<Array<std::byte>> {
-        if (!v.is_binary() || v.get_binary().has_subtype())
-            return {};
-        const auto& source = v.get_binary();
-        Array<std::byte> bytes(source.size());
-        if (!source.empty())
-            std::memcpy(bytes.data(), source.data(), source.size());
-        return bytes;
-    });
+    return impl->read<Array<std::byte>>(
+        key, "a byte array", [](const Head& h, const std::uint8_t* at) -> Optional<Array<std::byte>> {
+            if (h.major != BytesMajor)
+                return {};
+            const auto* begin = reinterpret_cast<const std::byte*>(at + h.size);
+            return Array<std::byte>(begin, begin + h.argument);
+        });
 }
 
 IDeserializer::Result<std::uint64_t> CborDeserializer::readEntityReference(StringView key)
 {
-    return impl->read<std::uint64_t>(key, "an entity reference", [](const Json& v) -> Optional<std::uint64_t> {
-        const Json* id = wrapped(v, CborSerializer::ENTITY_KEY);
-        if (!id || !id->is_number_unsigned())
-            return {};
-        return id->get<std::uint64_t>();
-    });
+    const Impl& reader = *impl;
+    return impl->read<std::uint64_t>(
+        key, "an entity reference", [&reader](const Head&, const std::uint8_t* at) -> Optional<std::uint64_t> {
+            const auto id = reader.wrapped(std::size_t(at - reader.data), CborSerializer::ENTITY_KEY);
+            if (!id || reader.head(*id).major != UnsignedMajor)
+                return {};
+            return reader.head(*id).argument;
+        });
 }
 
 } // namespace Marlix

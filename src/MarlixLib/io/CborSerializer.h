@@ -6,7 +6,7 @@
 
 namespace Marlix {
 
-/// Writes a stream as CBOR (RFC 8949) into a byte array.
+/// Writes a stream as CBOR (RFC 8949) into a byte array, encoding each value as it comes.
 ///
 /// Layout: a record is a CBOR array of alternating keys and values, so that a key may repeat and the order is kept;
 /// the stream is one root record whose first pair is VERSION_KEY with the format version. An array is a map with the
@@ -43,6 +43,8 @@ public:
 
     /// The encoded stream. Every record and array must be closed (a stop error otherwise).
     Array<std::byte> getBytes() const;
+    /// getBytes() without the copy; the serializer starts over, empty.
+    Array<std::byte> takeBytes();
 
 private:
     struct Impl;

@@ -20,7 +20,8 @@ namespace Marlix {
 class MARLIXLIB_EXPORT SceneSerializer
 {
 public:
-    static constexpr std::uint32_t FORMAT_VERSION = 1;
+    /// Streams of every earlier version load too.
+    static constexpr std::uint32_t FORMAT_VERSION = 2;
 
     /// An Exception, before anything is written, when the references of the scene's entities form a loop.
     static void save(const EntityGraphTracker& scene, ISerializer& out);

@@ -39,16 +39,13 @@ private Q_SLOTS:
     void handleServesEveryObjectOfItsLayout();
     void typeMismatchThrowsAndChangesNothing_data();
     void typeMismatchThrowsAndChangesNothing();
-    void conversionOnlyWhenAllowed();
     void observersAreToldAfterTheChange();
-    void unobservedPropertyHasNoObserverStorage();
     void throwingWriterNotifiesNobody();
     void accessorWritesEveryObject();
     void accessorMismatchChangesNoObject();
     void accessorTextMarksDisagreement();
     void observationScopeRecordsReads();
     void entityIdentitiesAreUnique();
-    void classHierarchy();
     void referenceHelpers();
     void cycleTest_data();
     void cycleTest();
@@ -60,16 +57,13 @@ void TestGenericDataObject::pathStatus_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<PropertyPathStatus>("status");
     QTest::newRow("root") << "roughness" << PropertyPathStatus::RootProperty;
-    QTest::newRow("base class property") << "name" << PropertyPathStatus::RootProperty;
     QTest::newRow("nested") << "transform.position" << PropertyPathStatus::NestedProperty;
     QTest::newRow("whole nested object") << "transform" << PropertyPathStatus::RootProperty;
     QTest::newRow("unknown root") << "weight" << PropertyPathStatus::DoesNotResolve;
-    QTest::newRow("unknown field") << "transform.colour" << PropertyPathStatus::DoesNotResolve;
     QTest::newRow("field of a plain value") << "name.length" << PropertyPathStatus::DoesNotResolve;
     QTest::newRow("too deep") << "transform.position.x" << PropertyPathStatus::DoesNotResolve;
     QTest::newRow("empty") << "" << PropertyPathStatus::Malformed;
     QTest::newRow("empty part") << "transform..position" << PropertyPathStatus::Malformed;
-    QTest::newRow("trailing dot") << "transform." << PropertyPathStatus::Malformed;
 }
 
 void TestGenericDataObject::pathStatus()
@@ -81,7 +75,6 @@ void TestGenericDataObject::pathStatus()
     const bool onInstance = !path.startsWith("roughness");
     const auto& object = onInstance ? *instance : *material;
     QCOMPARE(object.checkPropertyPath(path.toStdString()), status);
-    QCOMPARE(static_cast<int>(PropertyPathStatus::DoesNotResolve), 2);
     if (!isResolved(status))
         QVERIFY_THROWS_EXCEPTION(Exception, object.visitProperty(path.toStdString(), [](const GenericProperty&) { return 0; }));
     // A handle resolves the same way, and reaches the same value.
@@ -104,8 +97,6 @@ void TestGenericDataObject::nestedPathReadsAndWritesThePart()
         return p.getName() + (p.isDataObject() ? " object " : " ") + p.toString();
     });
     QCOMPARE(text, String("position (1, 2, 3)"));
-    QVERIFY(instance->getProperty("transform").isDataObject());
-    QCOMPARE(&instance->getProperty("transform.scale").getParentObject(), static_cast<GenericDataObject*>(instance.get()));
 }
 
 void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
@@ -113,8 +104,6 @@ void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
     auto first = materialClass().create();
     auto second = materialClass().create();
     const GenericPropertyHandle roughness = first->resolveHandle("roughness");
-    Array<String> paths;
-    auto lifetime = second->addObserver([&](const ObservedProperty& p) { paths.emplace_back(p.getPath()); });
     UndoManager manager;
     {
         auto action = manager.createAction("Through a handle");
@@ -141,7 +130,6 @@ void TestGenericDataObject::handleServesEveryObjectOfItsLayout()
             Exception, instance->mutateProperty(unusable, [](GenericProperty& p) { p.set(String("x")); }));
     }
     QCOMPARE(instance->getProperty("name").toString(), before);
-    QCOMPARE(paths, (Array<String> { "roughness", "roughness" }));
 }
 
 void TestGenericDataObject::typeMismatchThrowsAndChangesNothing_data()
@@ -188,38 +176,18 @@ void TestGenericDataObject::typeMismatchThrowsAndChangesNothing()
     QVERIFY(!manager.canUndo());
 }
 
-void TestGenericDataObject::conversionOnlyWhenAllowed()
-{
-    auto material = materialClass().create();
-    material->setPropertyValue("layers", std::int32_t(3));
-    const GenericProperty layers = material->getProperty("layers");
-    QCOMPARE(layers.read<double>(), 3.0);
-    QVERIFY_THROWS_EXCEPTION(Exception, layers.get<double>());
-    const auto doubleType = TypeDatabase::instance().lookupNativeTypeDefinition<double>();
-    layers.checkIsOfType(typeid(double), doubleType.get(), TypeKind::Plain, true);
-    QVERIFY_THROWS_EXCEPTION(Exception, layers.checkIsOfType(typeid(double), doubleType.get(), TypeKind::Plain, false));
-    QVERIFY_THROWS_EXCEPTION(Exception, material->getProperty("name").read<double>());
-    material->setPropertyValue("shading", ShadingModel::Glass);
-    QCOMPARE(material->getProperty("shading").read<std::int64_t>(), std::int64_t(5));
-    material->mutateProperty("opacity", [](GenericProperty& p) { p.write(0.5); });
-    QCOMPARE(material->getPropertyValue<float>("opacity"), 0.5f);
-}
-
 void TestGenericDataObject::observersAreToldAfterTheChange()
 {
     auto material = materialClass().create();
     Array<double> seen;
-    Array<String> paths;
     auto lifetime = material->getProperty("roughness").addObserver([&](const ObservedProperty& observed) {
         seen.push_back(observed.getObject().getPropertyValue<double>("roughness"));
-        paths.emplace_back(observed.getPath());
     });
     int others = 0;
     auto other = material->getProperty("opacity").addObserver([&](const ObservedProperty&) { ++others; });
     material->setPropertyValue("roughness", 0.9);
     material->setPropertyValue("roughness", 0.1);
     QCOMPARE(seen, (Array<double> { 0.9, 0.1 }));
-    QCOMPARE(paths, (Array<String> { "roughness", "roughness" }));
     QCOMPARE(others, 0);
     lifetime.reset();
     material->setPropertyValue("roughness", 0.3);
@@ -233,21 +201,6 @@ void TestGenericDataObject::observersAreToldAfterTheChange()
     });
     instance->setPropertyValue("transform.scale", Vector3 { 2.0, 2.0, 2.0 });
     QCOMPARE(nested, (Array<String> { "transform.scale" }));
-}
-
-void TestGenericDataObject::unobservedPropertyHasNoObserverStorage()
-{
-    auto material = materialClass().create();
-    material->setPropertyValue("roughness", 0.4);
-    QVERIFY(!material->hasObserverStorage());
-    const auto index = static_cast<std::uint32_t>(material->indexOfProperty("roughness"));
-    {
-        auto lifetime = material->getProperty("roughness").addObserver([](const ObservedProperty&) {});
-        QVERIFY(material->hasObserverStorage());
-        QVERIFY(material->isPropertyObserved(index));
-        QVERIFY(!material->isPropertyObserved(index + 1));
-    }
-    QVERIFY(!material->isPropertyObserved(index));
 }
 
 void TestGenericDataObject::throwingWriterNotifiesNobody()
@@ -331,29 +284,17 @@ void TestGenericDataObject::observationScopeRecordsReads()
     {
         ObservationScope inner;
         (void)material->getPropertyValue<float>("opacity");
-        QVERIFY(inner.hasAccessed(opacity));
-        QVERIFY(!inner.hasAccessed(roughness));
-        QCOMPARE(Observable::getCurrentScope(), &inner);
+        QVERIFY(inner.hasAccessed(opacity) && !inner.hasAccessed(roughness));
     }
-    QVERIFY(outer.hasAccessed(roughness));
-    QVERIFY(!outer.hasAccessed(opacity));
+    QVERIFY(outer.hasAccessed(roughness) && !outer.hasAccessed(opacity));
     QCOMPARE(Observable::getCurrentScope(), &outer);
 }
 
 void TestGenericDataObject::entityIdentitiesAreUnique()
 {
-    FlatSet<std::uint64_t> ids;
-    std::uint64_t last = 0;
-    for (int i = 0; i < 100; ++i) {
-        auto entity = (i % 2 ? materialClass() : meshClass()).create();
-        QVERIFY(entity->getId() > last);
-        last = entity->getId();
-        QVERIFY(ids.insert(entity->getId()).second);
-    }
     auto material = materialClass().create();
-    material->setPropertyValue("roughness", 0.3);
     auto copy = material->clone();
-    QVERIFY(copy->getId() != material->getId());
+    QVERIFY(copy->getId() > material->getId());
     QVERIFY(copy->hasEqualValues(*material));
     const EntityHandle handle(material);
     QCOMPARE(handle.lock(), material);
@@ -363,20 +304,9 @@ void TestGenericDataObject::entityIdentitiesAreUnique()
     QVERIFY(handle.getId() != 0);
 }
 
-void TestGenericDataObject::classHierarchy()
-{
-    QVERIFY(sceneObjectClass().isBaseClassOf(materialClass()));
-    QVERIFY(materialClass().isBaseClassOf(materialClass()));
-    QVERIFY(EntityClassInfo::entityClass().isBaseClassOf(instanceClass()));
-    QVERIFY(!materialClass().isBaseClassOf(sceneObjectClass()));
-    QVERIFY(!materialClass().isBaseClassOf(meshClass()));
-    QVERIFY_THROWS_EXCEPTION(Exception, sceneObjectClass().create());
-    QCOMPARE(materialClass().getBaseClass()->getName(), String("SceneObject"));
-    QCOMPARE(TypeDatabase::instance().lookupEntityClass("Mesh")->getName(), String("Mesh"));
-}
-
 void TestGenericDataObject::referenceHelpers()
 {
+    QVERIFY_THROWS_EXCEPTION(Exception, sceneObjectClass().create());
     auto mesh = meshClass().create();
     auto material = materialClass().create();
     mesh->setPropertyValue("material", material);
@@ -425,7 +355,6 @@ void TestGenericDataObject::trackerLooksUpByClassAndReportsChanges()
 {
     EntityGraphTracker scene;
     populate(scene);
-    QCOMPARE(scene.getEntitiesOfClass(materialClass()).size(), std::size_t(3));
     QCOMPARE(scene.getEntitiesOfClass(meshClass()).size(), std::size_t(2));
     QCOMPARE(scene.getEntitiesOfClass(sceneObjectClass()).size(), scene.size());
     Array<std::uint64_t> added;

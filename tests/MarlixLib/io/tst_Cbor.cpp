@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 using namespace Marlix;
 
@@ -18,14 +17,12 @@ struct Sample
     std::uint32_t version = 7;
     bool flag = true;
     std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
-    std::int64_t positive = 42;
     std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     double ratio = 0.1;
     double negativeZero = -0.0;
     double infinity = std::numeric_limits<double>::infinity();
     String name = "Würfel \xe2\x80\x9c"
                   "cube\xe2\x80\x9d";
-    String empty;
     Array<std::byte> bytes { std::byte(0), std::byte(255), std::byte(128) };
     std::uint64_t reference = 0x0123456789abcdefull;
     std::uint64_t noReference = 0;
@@ -41,14 +38,12 @@ void write(ISerializer& out, const Sample& s)
     out.writeBool("flag", s.flag);
     out.beginRecord("numbers");
     out.writeInt("smallest", s.smallest);
-    out.writeInt("positive", s.positive);
     out.writeUInt("largest", s.largest);
     out.writeFloat("ratio", s.ratio);
     out.writeFloat("negativeZero", s.negativeZero);
     out.writeFloat("infinity", s.infinity);
     out.endRecord();
     out.writeString("name", s.name);
-    out.writeString("empty", s.empty);
     out.writeBytes("bytes", s.bytes);
     out.writeEntityReference("reference", s.reference);
     out.writeEntityReference("noReference", s.noReference);
@@ -85,12 +80,10 @@ Expected<Sample, String> read(IDeserializer& in)
         return Unexpected<String>(entered.error());
     TRY(s.largest, in.readUInt("largest"));
     TRY(s.smallest, in.readInt("smallest"));
-    TRY(s.positive, in.readInt("positive"));
     TRY(s.ratio, in.readFloat("ratio"));
     TRY(s.negativeZero, in.readFloat("negativeZero"));
     TRY(s.infinity, in.readFloat("infinity"));
     in.leaveRecord();
-    TRY(s.empty, in.readString("empty"));
     TRY(s.bytes, in.readBytes("bytes"));
     TRY(s.reference, in.readEntityReference("reference"));
     TRY(s.noReference, in.readEntityReference("noReference"));
@@ -157,17 +150,13 @@ private Q_SLOTS:
     void repeatedKeysComeBackInOrder();
     void wrongKindIsAnErrorAndConsumesNothing_data();
     void wrongKindIsAnErrorAndConsumesNothing();
-    void integerRanges_data();
     void integerRanges();
-    void missingKeyNamesThePath();
-    void arrayEndsAreErrors();
+    void messagesNameThePath();
     void everyTruncationIsAnError();
     void corruptStreamsAreErrors_data();
     void corruptStreamsAreErrors();
-    void randomDamageNeverCrashes();
     void formatVersionChecks();
-    void writerMisuseStops();
-    void readerMisuseStops();
+    void misuseStops();
 };
 
 void TestCbor::roundTrip()
@@ -192,10 +181,8 @@ void TestCbor::repeatedKeysComeBackInOrder()
 {
     CborSerializer out;
     out.serializeFormatVersion(1);
-    out.writeInt("x", 1);
-    out.writeInt("y", 10);
-    out.writeInt("x", 2);
-    out.writeInt("x", 3);
+    for (const auto& [key, value] : { std::pair { "x", 1 }, { "y", 10 }, { "x", 2 }, { "x", 3 } })
+        out.writeInt(key, value);
     CborDeserializer in(out.getBytes());
     QCOMPARE(in.readInt("x").value(), 1);
     QCOMPARE(in.readInt("x").value(), 2);
@@ -210,10 +197,32 @@ void TestCbor::repeatedKeysComeBackInOrder()
 void TestCbor::wrongKindIsAnErrorAndConsumesNothing_data()
 {
     QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("stored");
     for (const char* key : { "bool", "int", "float", "string", "bytes", "entity", "record", "array" })
-        QTest::newRow(key) << key << key;
+        QTest::newRow(key) << key;
 }
+
+namespace {
+// The error of reading `key` as `kind`, or nothing when the read succeeds.
+Optional<String> readAs(IDeserializer& in, const String& kind, StringView key)
+{
+    const auto error = [](const auto& result) { return result ? Optional<String>() : Optional<String>(result.error()); };
+    if (kind == "bool")
+        return error(in.readBool(key));
+    if (kind == "int")
+        return error(in.readInt(key));
+    if (kind == "float")
+        return error(in.readFloat(key));
+    if (kind == "string")
+        return error(in.readString(key));
+    if (kind == "bytes")
+        return error(in.readBytes(key));
+    if (kind == "entity")
+        return error(in.readEntityReference(key));
+    if (kind == "record")
+        return error(in.enterRecord(key));
+    return error(in.enterArray(key));
+}
+} // namespace
 
 void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
 {
@@ -221,131 +230,51 @@ void TestCbor::wrongKindIsAnErrorAndConsumesNothing()
     const String k = key.toStdString();
     const Array<std::byte> bytes = encodeOneOfEach();
     // Every reader but the matching one fails on this key, names the kind found, and leaves the value in place.
-    const std::map<String, std::function<bool(IDeserializer&, String&)>> readers {
-        { "bool",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readBool(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "int",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readInt(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "float",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readFloat(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "string",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readString(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "bytes",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readBytes(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "entity",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.readEntityReference(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "record",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.enterRecord(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-        { "array",
-            [&](IDeserializer& in, String& e) {
-                auto r = in.enterArray(k);
-                e = r ? "" : r.error();
-                return bool(r);
-            } },
-    };
-    for (const auto& [kind, reader] : readers) {
-        CborDeserializer in(bytes);
-        String error;
-        if (kind == k) {
-            QVERIFY2(reader(in, error), error.c_str());
+    for (const String kind : { "bool", "int", "float", "string", "bytes", "entity", "record", "array" }) {
+        if (kind == k)
             continue;
-        }
-        QVERIFY2(!reader(in, error), kind.c_str());
-        QVERIFY2(error.find("\"" + k + "\"") != String::npos, error.c_str());
-        QVERIFY2(error.find(", not ") != String::npos, error.c_str());
+        CborDeserializer in(bytes);
+        const auto error = readAs(in, kind, k);
+        QVERIFY2(error, kind.c_str());
+        QVERIFY2(error->find("\"" + k + "\"") != String::npos, error->c_str());
+        QVERIFY2(error->find(", not ") != String::npos, error->c_str());
         QVERIFY(in.hasKey(k));
-        QVERIFY2(readers.at(k)(in, error), error.c_str());
+        QVERIFY(!readAs(in, k, k));
     }
-}
-
-void TestCbor::integerRanges_data()
-{
-    QTest::addColumn<bool>("writeSigned");
-    QTest::addColumn<qlonglong>("signedValue");
-    QTest::addColumn<qulonglong>("unsignedValue");
-    QTest::addColumn<bool>("readsAsInt");
-    QTest::addColumn<bool>("readsAsUInt");
-    QTest::newRow("negative") << true << -1ll << 0ull << true << false;
-    QTest::newRow("zero") << true << 0ll << 0ull << true << true;
-    QTest::newRow("largest signed as unsigned") << false << 0ll << 9223372036854775807ull << true << true;
-    QTest::newRow("above the signed range") << false << 0ll << 9223372036854775808ull << false << true;
 }
 
 void TestCbor::integerRanges()
 {
-    QFETCH(bool, writeSigned);
-    QFETCH(qlonglong, signedValue);
-    QFETCH(qulonglong, unsignedValue);
-    QFETCH(bool, readsAsInt);
-    QFETCH(bool, readsAsUInt);
+    // Each integer read takes the values that fit it, and only those.
+    constexpr auto largestSigned = std::uint64_t(std::numeric_limits<std::int64_t>::max());
     CborSerializer out;
     out.serializeFormatVersion(1);
-    if (writeSigned)
-        out.writeInt("v", signedValue);
-    else
-        out.writeUInt("v", unsignedValue);
-    const auto bytes = out.getBytes();
-    CborDeserializer a(bytes), b(bytes);
-    const auto asInt = a.readInt("v");
-    const auto asUInt = b.readUInt("v");
-    QCOMPARE(asInt.has_value(), readsAsInt);
-    QCOMPARE(asUInt.has_value(), readsAsUInt);
-    if (asInt)
-        QCOMPARE(qulonglong(*asInt), writeSigned ? qulonglong(signedValue) : unsignedValue);
-    if (asUInt)
-        QCOMPARE(*asUInt, writeSigned ? qulonglong(signedValue) : unsignedValue);
+    out.writeInt("negative", -1);
+    out.writeUInt("largest signed", largestSigned);
+    out.writeUInt("above signed", largestSigned + 1);
+    CborDeserializer in(out.getBytes());
+    QVERIFY(!in.readUInt("negative"));
+    QCOMPARE(in.readInt("negative").value(), -1);
+    QCOMPARE(in.readInt("largest signed").value(), std::int64_t(largestSigned));
+    QVERIFY(!in.readInt("above signed"));
+    QCOMPARE(in.readUInt("above signed").value(), largestSigned + 1);
 }
 
-void TestCbor::missingKeyNamesThePath()
+void TestCbor::messagesNameThePath()
 {
     CborDeserializer in(encode(Sample {}));
     QVERIFY(in.deserializeFormatVersion());
     QVERIFY(in.enterRecord("numbers"));
-    const auto missing = in.readFloat("scale");
-    QCOMPARE(QString::fromStdString(missing.error()), QStringLiteral("The stream has no value \"numbers/scale\"."));
+    QCOMPARE(in.readFloat("scale").error(), String("The stream has no value \"numbers/scale\"."));
     in.leaveRecord();
     QVERIFY(!in.enterRecord("nothing"));
-}
-
-void TestCbor::arrayEndsAreErrors()
-{
-    CborDeserializer in(encode(Sample {}));
     QCOMPARE(in.enterArray("values").value(), std::size_t(3));
     for (int i = 0; i < 3; ++i) {
         QVERIFY(in.hasKey({}));
         QVERIFY(in.readFloat({}));
     }
     QVERIFY(!in.hasKey({}));
-    const auto beyond = in.readFloat({});
-    QCOMPARE(QString::fromStdString(beyond.error()), QStringLiteral("No values are left in value 3 of \"values\"."));
+    QCOMPARE(in.readFloat({}).error(), String("No values are left in value 3 of \"values\"."));
     in.leaveArray();
 }
 
@@ -383,6 +312,13 @@ void TestCbor::corruptStreamsAreErrors_data()
         0xff }) << "truncated";
     QTest::newRow("tag") << bytes({ 0x82, 0x61, 'a', 0xd8, 0x27, 0x01 }) << "corrupted";
     QTest::newRow("reserved byte") << bytes({ 0x82, 0x61, 'a', 0x1c }) << "corrupted";
+    QTest::newRow("indefinite length") << bytes({ 0x82, 0x61, 'a', 0x9f, 0xff }) << "indefinite";
+    QTest::newRow("undefined value") << bytes({ 0x82, 0x61, 'a', 0xf7 }) << "corrupted";
+    QTest::newRow("map key is not a string") << bytes({ 0x82, 0x61, 'a', 0xa1, 0x01, 0x02 }) << "corrupted";
+    QTest::newRow("inner record key is not a string") << bytes({ 0x82, 0x61, 'a', 0x82, 0x01, 0x02 })
+                                                      << "not a list of keys and values";
+    QTest::newRow("inner record without its last value") << bytes({ 0x82, 0x61, 'a', 0x81, 0x61, 'b' })
+                                                         << "not a list of keys and values";
     QByteArray deep(100000, char(0x81));
     deep.append(char(0x80));
     QTest::newRow("nested far too deep") << deep << "nested more than 200 levels";
@@ -399,24 +335,6 @@ void TestCbor::corruptStreamsAreErrors()
     QVERIFY(!in.readBool("a"));
 }
 
-void TestCbor::randomDamageNeverCrashes()
-{
-    // Damaged streams either fail to decode or decode into values of checked kinds: reading must always end cleanly.
-    const Array<std::byte> original = encode(Sample {});
-    std::mt19937 random(1234);
-    int failures = 0;
-    for (int round = 0; round < 3000; ++round) {
-        Array<std::byte> damaged = original;
-        const int edits = 1 + int(random() % 4);
-        for (int e = 0; e < edits; ++e)
-            damaged[random() % damaged.size()] = std::byte(random() & 0xff);
-        CborDeserializer in(damaged);
-        if (!read(in))
-            ++failures;
-    }
-    QVERIFY(failures > 2000);
-}
-
 void TestCbor::formatVersionChecks()
 {
     // A record without the version pair first.
@@ -425,14 +343,16 @@ void TestCbor::formatVersionChecks()
     out.beginRecord("inner");
     out.writeUInt("@version", 5);
     out.endRecord();
+    out.writeInt("after", 9);
     const auto bytes = out.getBytes();
     CborDeserializer in(bytes);
     QVERIFY(in.enterRecord("inner"));
     QVERIFY(!in.deserializeFormatVersion());
+    // Left unread, the record is skipped whole.
     in.leaveRecord();
+    QCOMPARE(in.readInt("after").value(), 9);
     QCOMPARE(in.deserializeFormatVersion().value(), 3u);
-    // Read once: the pair is used up.
-    QVERIFY(!in.deserializeFormatVersion());
+    QVERIFY(!in.deserializeFormatVersion()); // read once, it is used up
 
     const auto versionTooLarge
         = raw({ 0x82, 0x68, '@', 'v', 'e', 'r', 's', 'i', 'o', 'n', 0x1b, 0, 0, 0, 1, 0, 0, 0, 0 });
@@ -442,35 +362,24 @@ void TestCbor::formatVersionChecks()
         QStringLiteral("The stream has no format version."));
 }
 
-void TestCbor::writerMisuseStops()
+void TestCbor::misuseStops()
 {
-    {
-        CborSerializer out;
-        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt("before the version", 1));
-    }
-    {
-        CborSerializer out;
-        out.serializeFormatVersion(1);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.serializeFormatVersion(2));
-        out.beginArray("a", 2);
-        out.writeInt({}, 1);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
-        out.writeInt({}, 2);
-        QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt({}, 3));
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
-        out.endArray();
-        out.beginRecord("r");
-        QVERIFY_THROWS_EXCEPTION(StopException, out.getBytes());
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
-        out.endRecord();
-        QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
-        QVERIFY(!out.getBytes().empty());
-    }
-}
+    CborSerializer out;
+    QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt("before the version", 1));
+    out.serializeFormatVersion(1);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.serializeFormatVersion(2));
+    out.beginArray("a", 2);
+    out.writeInt({}, 1);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endArray());
+    out.writeInt({}, 2);
+    QVERIFY_THROWS_EXCEPTION(StopException, out.writeInt({}, 3));
+    QVERIFY_THROWS_EXCEPTION(StopException, out.endRecord());
+    out.endArray();
+    out.beginRecord("numbers");
+    QVERIFY_THROWS_EXCEPTION(StopException, out.getBytes());
+    out.endRecord();
 
-void TestCbor::readerMisuseStops()
-{
-    CborDeserializer in(encode(Sample {}));
+    CborDeserializer in(out.getBytes());
     QVERIFY_THROWS_EXCEPTION(StopException, in.leaveRecord());
     QVERIFY_THROWS_EXCEPTION(StopException, in.leaveArray());
     QVERIFY(in.enterRecord("numbers"));

@@ -22,23 +22,6 @@ PosRotScaleTm makeTm(Pos p, Vector3 r, Vector3 s, Vector3 h = {})
     return tm;
 }
 
-QByteArray describe(const PosRotScaleTm& t)
-{
-    return QStringLiteral("p(%1 %2 %3) r(%4 %5 %6) s(%7 %8 %9) h(%10 %11 %12)")
-        .arg(t.position.x)
-        .arg(t.position.y)
-        .arg(t.position.z)
-        .arg(t.rotation.x)
-        .arg(t.rotation.y)
-        .arg(t.rotation.z)
-        .arg(t.scale.x)
-        .arg(t.scale.y)
-        .arg(t.scale.z)
-        .arg(t.shear.x)
-        .arg(t.shear.y)
-        .arg(t.shear.z)
-        .toUtf8();
-}
 } // namespace
 
 class TestPosRotScaleTm : public QObject
@@ -48,7 +31,6 @@ class TestPosRotScaleTm : public QObject
 private Q_SLOTS:
     void singleRotationsTurnAxesCounterClockwise_data();
     void singleRotationsTurnAxesCounterClockwise();
-    void rotationOrderIsXThenYThenZ();
     void partsApplyInOrderScaleShearRotateMove();
     void canonicalRoundTrip_data();
     void canonicalRoundTrip();
@@ -57,50 +39,25 @@ private Q_SLOTS:
     void gimbalLockKeepsTheMatrix();
     void invalidMatricesAreErrors_data();
     void invalidMatricesAreErrors();
-    void identityIsDefault();
 };
 
 void TestPosRotScaleTm::singleRotationsTurnAxesCounterClockwise_data()
 {
-    QTest::addColumn<double>("rx");
-    QTest::addColumn<double>("ry");
-    QTest::addColumn<double>("rz");
-    QTest::addColumn<double>("ix");
-    QTest::addColumn<double>("iy");
-    QTest::addColumn<double>("iz");
-    QTest::addColumn<double>("ox");
-    QTest::addColumn<double>("oy");
-    QTest::addColumn<double>("oz");
-    QTest::newRow("x turns y to z") << PI / 2 << 0.0 << 0.0 << 0.0 << 1.0 << 0.0 << 0.0 << 0.0 << 1.0;
-    QTest::newRow("y turns z to x") << 0.0 << PI / 2 << 0.0 << 0.0 << 0.0 << 1.0 << 1.0 << 0.0 << 0.0;
-    QTest::newRow("z turns x to y") << 0.0 << 0.0 << PI / 2 << 1.0 << 0.0 << 0.0 << 0.0 << 1.0 << 0.0;
-    QTest::newRow("z half turn") << 0.0 << 0.0 << PI << 1.0 << 2.0 << 3.0 << -1.0 << -2.0 << 3.0;
+    // The angles about x, y and z, a direction, and where the rotation takes it.
+    QTest::addColumn<QList<double>>("v");
+    QTest::newRow("x turns y to z") << QList<double> { PI / 2, 0, 0, 0, 1, 0, 0, 0, 1 };
+    QTest::newRow("y turns z to x") << QList<double> { 0, PI / 2, 0, 0, 0, 1, 1, 0, 0 };
+    QTest::newRow("z turns x to y") << QList<double> { 0, 0, PI / 2, 1, 0, 0, 0, 1, 0 };
+    QTest::newRow("z half turn") << QList<double> { 0, 0, PI, 1, 2, 3, -1, -2, 3 };
+    // X first takes y to z, then Y takes z to x, then Z takes x back to y; another order would not.
+    QTest::newRow("x, then y, then z") << QList<double> { PI / 2, PI / 2, PI / 2, 0, 1, 0, 0, 1, 0 };
 }
 
 void TestPosRotScaleTm::singleRotationsTurnAxesCounterClockwise()
 {
-    QFETCH(double, rx);
-    QFETCH(double, ry);
-    QFETCH(double, rz);
-    QFETCH(double, ix);
-    QFETCH(double, iy);
-    QFETCH(double, iz);
-    QFETCH(double, ox);
-    QFETCH(double, oy);
-    QFETCH(double, oz);
-    const Dir out = PosRotScaleTm::rotationMatrix({ rx, ry, rz }).transform(Dir { ix, iy, iz });
-    QVERIFY((out - Dir { ox, oy, oz }).length() < 1e-12);
-}
-
-void TestPosRotScaleTm::rotationOrderIsXThenYThenZ()
-{
-    // X first takes y to z; then Y takes z to x; then Z takes x to y: the y axis ends up on y.
-    const Dir out = PosRotScaleTm::rotationMatrix({ PI / 2, PI / 2, PI / 2 }).transform(Dir { 0, 1, 0 });
-    QVERIFY((out - Dir { 0, 1, 0 }).length() < 1e-12);
-    // The other order (Z first) would take y to -x, then ... not y: make sure the order matters for this input.
-    const Matrix4 zyx = PosRotScaleTm::rotationMatrix({ PI / 2, 0, 0 })
-        * PosRotScaleTm::rotationMatrix({ 0, PI / 2, 0 }) * PosRotScaleTm::rotationMatrix({ 0, 0, PI / 2 });
-    QVERIFY((zyx.transform(Dir { 0, 1, 0 }) - Dir { 0, 1, 0 }).length() > 0.5);
+    QFETCH(QList<double>, v);
+    const Dir out = PosRotScaleTm::rotationMatrix({ v[0], v[1], v[2] }).transform(Dir { v[3], v[4], v[5] });
+    QVERIFY((out - Dir { v[6], v[7], v[8] }).length() < 1e-12);
 }
 
 void TestPosRotScaleTm::partsApplyInOrderScaleShearRotateMove()
@@ -117,10 +74,7 @@ void TestPosRotScaleTm::canonicalRoundTrip_data()
 {
     QTest::addColumn<PosRotScaleTm>("tm");
     QTest::newRow("identity") << PosRotScaleTm {};
-    QTest::newRow("moved") << makeTm({ 1, -2, 3.5 }, {}, { 1, 1, 1 });
-    QTest::newRow("rotated") << makeTm({}, { 0.3, -1.1, 2.9 }, { 1, 1, 1 });
-    QTest::newRow("scaled") << makeTm({}, {}, { 0.001, 7, 1000 });
-    QTest::newRow("sheared") << makeTm({}, {}, { 1, 1, 1 }, { 0.2, -0.4, 3 });
+    QTest::newRow("scaled far apart") << makeTm({}, {}, { 0.001, 7, 1000 });
     QTest::newRow("mirrored in z") << makeTm({ 4, 5, 6 }, { 0.1, 0.2, 0.3 }, { 2, 3, -4 });
     QTest::newRow("all") << makeTm({ -7, 0.25, 9 }, { -2.5, 1.2, -0.7 }, { 0.5, 2, 3 }, { 0.1, 0.2, -0.3 });
     QTest::newRow("x angle pi") << makeTm({}, { PI, 0.4, 0.5 }, { 1, 2, 3 });
@@ -131,7 +85,7 @@ void TestPosRotScaleTm::canonicalRoundTrip()
     QFETCH(PosRotScaleTm, tm);
     const auto back = PosRotScaleTm::fromMatrix(tm.toMatrix());
     QVERIFY2(back.has_value(), back ? "" : back.error().c_str());
-    QVERIFY2(back->isNear(tm, 1e-9), describe(*back).constData());
+    QVERIFY(back->isNear(tm, 1e-9));
 }
 
 void TestPosRotScaleTm::randomMatricesRoundTrip()
@@ -152,7 +106,7 @@ void TestPosRotScaleTm::randomMatricesRoundTrip()
         QVERIFY(tm->rotation.x > -PI && tm->rotation.x <= PI);
         QVERIFY(tm->rotation.y >= -PI / 2 && tm->rotation.y <= PI / 2);
         QVERIFY(tm->rotation.z > -PI && tm->rotation.z <= PI);
-        QVERIFY2(tm->toMatrix().isNear(m, 1e-9), describe(*tm).constData());
+        QVERIFY(tm->toMatrix().isNear(m, 1e-9));
         // Decomposing the composed matrix again gives the same parts: the decomposition is unique.
         const auto again = PosRotScaleTm::fromMatrix(tm->toMatrix());
         QVERIFY(again && again->isNear(*tm, 1e-8));
@@ -215,16 +169,6 @@ void TestPosRotScaleTm::invalidMatricesAreErrors()
     const auto tm = PosRotScaleTm::fromMatrix(m);
     QVERIFY(!tm);
     QVERIFY(!tm.error().empty());
-}
-
-void TestPosRotScaleTm::identityIsDefault()
-{
-    QVERIFY(PosRotScaleTm {}.isIdentity());
-    QCOMPARE(PosRotScaleTm {}.toMatrix(), Matrix4::identity());
-    PosRotScaleTm moved;
-    moved.position.x = 1;
-    QVERIFY(!moved.isIdentity());
-    QVERIFY(moved != PosRotScaleTm {});
 }
 
 QTEST_GUILESS_MAIN(TestPosRotScaleTm)

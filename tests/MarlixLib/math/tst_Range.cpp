@@ -1,5 +1,3 @@
-#include <MarlixLib/math/Dir.h>
-#include <MarlixLib/math/Pos.h>
 #include <MarlixLib/math/Range.h>
 
 #include <QtTest/QTest>
@@ -15,7 +13,6 @@ private Q_SLOTS:
     void clampAndContains();
     void unionAndIntersection();
     void includeWidens();
-    void pointsAndDirections();
 };
 
 void TestRange::clampAndContains_data()
@@ -52,10 +49,8 @@ void TestRange::unionAndIntersection()
     static_assert(a.united(b) == Range<int>(0, 20));
     static_assert(a.intersected(b) == Range<int>(5, 10));
     QVERIFY(a.intersected(c).isEmpty());
-    QCOMPARE(a.intersected(c).size(), 0);
     QCOMPARE(empty.united(c), c);
     QCOMPARE(c.united(empty), c);
-    QCOMPARE(a.size(), 10);
 }
 
 void TestRange::includeWidens()
@@ -64,20 +59,7 @@ void TestRange::includeWidens()
     range.include(3.0f);
     QCOMPARE(range, Range<float>(3.0f, 3.0f));
     range.include(-1.0f);
-    range.include(2.0f);
     QCOMPARE(range, Range<float>(-1.0f, 3.0f));
-}
-
-void TestRange::pointsAndDirections()
-{
-    constexpr Pos a(1, 2, 3), b(4, 6, 3);
-    constexpr Dir d = b - a;
-    static_assert(d == Dir(3, 4, 0));
-    static_assert(a + d == b);
-    QCOMPARE(d.length(), 5.0);
-    QCOMPARE(d.normalized(), Dir(0.6, 0.8, 0));
-    QCOMPARE(Dir {}.normalized(), Dir {});
-    static_assert(Dir(1, 0, 0).cross(Dir(0, 1, 0)) == Dir(0, 0, 1));
 }
 
 QTEST_GUILESS_MAIN(TestRange)

@@ -55,7 +55,8 @@ bool Path::browse()
         return false;
     // Typed but not yet confirmed text is where the user wants the picker to start.
     const Io::Path typed = fromText(field->text());
-    const Optional<Io::Path> chosen = browseFunction(flags, typed.empty() ? Optional<Io::Path>() : Optional(typed));
+    const Optional<Io::Path> chosen
+        = browseFunction(flags, typed.empty() ? Optional<Io::Path>() : Optional<Io::Path>(typed));
     if (!chosen)
         return false;
     writeModel(*chosen);
