@@ -25,9 +25,12 @@ QString getPropertyUiDescription(const GenericProperty& property)
 
 const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base)
 {
-    // One list per base class name; node-based, so references handed out earlier stay valid when others are added.
+    // Menus iterate the list while their actions ask for other lists (nested menus) or for the same one again: a list
+    // handed out is never changed. When the classes change, a new list replaces it and the old one is retired, kept
+    // for the life of the process; classes change only when modules load or unload, so few lists ever retire.
     static Mutex mutex;
-    static std::map<String, Stack<EntityClassInfo>, std::less<>> lists;
+    static std::map<String, UniquePtr<const Stack<EntityClassInfo>>, std::less<>> lists;
+    static Stack<UniquePtr<const Stack<EntityClassInfo>>> retired;
 
     Stack<EntityClassInfo> classes = TypeDatabase::instance().getDerivedEntityClasses(base);
     // The bare root class has nothing to edit, so it is never offered.
@@ -35,9 +38,13 @@ const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base)
     std::ranges::sort(classes, {}, &EntityClassInfo::getName);
 
     const std::lock_guard lock(mutex);
-    Stack<EntityClassInfo>& list = lists[base.getName()];
-    list = std::move(classes);
-    return list;
+    UniquePtr<const Stack<EntityClassInfo>>& list = lists[base.getName()];
+    if (!list || *list != classes) {
+        if (list)
+            retired.push_back(std::move(list));
+        list = std::make_unique<const Stack<EntityClassInfo>>(std::move(classes));
+    }
+    return *list;
 }
 
 } // namespace Marlix

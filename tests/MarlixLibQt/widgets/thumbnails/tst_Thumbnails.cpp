@@ -94,6 +94,8 @@ private Q_SLOTS:
     void invalidationRendersAgainAndDropsOldKeys();
     void manyEntitiesThroughOneClient();
     void entityWithoutProvider();
+    void forgetsEntities_data();
+    void forgetsEntities();
     void cacheStreamRoundTrip();
     void badStreamLeavesCache_data();
     void badStreamLeavesCache();
@@ -311,6 +313,43 @@ void tst_Thumbnails::entityWithoutProvider()
     QCOMPARE(qAlpha(empty.toImage().pixel(4, 4)), 0);
     QCoreApplication::processEvents();
     QVERIFY(provider->renderThreads().empty());
+}
+
+void tst_Thumbnails::forgetsEntities_data()
+{
+    QTest::addColumn<bool>("rendered");
+    QTest::newRow("released by the scene") << true;
+    QTest::newRow("no provider renders it") << false;
+}
+
+void tst_Thumbnails::forgetsEntities()
+{
+    QFETCH(bool, rendered);
+    auto manager = makeSharedPtr<ThumbnailManager>();
+    const EntityClassInfo classes[] = { TestScene::materialClass() };
+    manager->registerProvider(classes, {}, makeSharedPtr<SolidProvider>());
+    ChangeLog log;
+    ThumbnailClient client(manager, { 16, 16 }, log.callback(), ThumbnailManager::OPTION_PLACEHOLDER);
+    const auto kept = TestScene::materialClass().create();
+    renderOnce(*manager, client, log, kept);
+    auto entity = (rendered ? TestScene::materialClass() : TestScene::meshClass()).create();
+    if (rendered)
+        renderOnce(*manager, client, log, entity);
+    QVERIFY(!client.getThumbnail(entity).isNull());
+    const QString key = ThumbnailManager::makePixmapKey(
+        entity->getId(), { 16, 16 }, qApp->devicePixelRatio(), ThumbnailManager::OPTION_PLACEHOLDER);
+    QPixmap pixmap;
+    QVERIFY(QPixmapCache::find(key, &pixmap));
+
+    const WeakPtr<Entity> handle = entity;
+    if (rendered) {
+        entity.reset();
+        QVERIFY(handle.expired());
+    }
+    QCOMPARE(manager->pruneEntries(), std::size_t(1));
+    QVERIFY(!QPixmapCache::find(key, &pixmap));
+    QCOMPARE(manager->pruneEntries(), std::size_t(0));
+    QCOMPARE(client.getThumbnail(kept).toImage().pixelColor(8, 8), QColor(Qt::red));
 }
 
 void tst_Thumbnails::cacheStreamRoundTrip()
