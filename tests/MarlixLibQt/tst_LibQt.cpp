@@ -34,11 +34,9 @@ private Q_SLOTS:
     void startupsAreReferenceCounted();
     void unmatchedShutdownStopsAndChangesNothing();
     void hostRegisteredTypesSurviveStartAndStop();
-    void registeringTwiceIsAnError();
     void eventLoopFlagFollowsTheLoop();
     void modifierObserversSeeOnlyChanges_data();
     void modifierObserversSeeOnlyChanges();
-    void endedModifierObserverIsNotCalled();
     void openGlProbeAgreesAcrossThreads();
     void defaultOpenGlParameters();
 };
@@ -117,16 +115,6 @@ void tst_LibQt::hostRegisteredTypesSurviveStartAndStop()
     QVERIFY(!isLibraryModuleRegistered());
 }
 
-void tst_LibQt::registeringTwiceIsAnError()
-{
-    LibQt::registerDataTypes();
-    QVERIFY_THROWS_EXCEPTION(Exception, LibQt::registerDataTypes());
-    QVERIFY(isLibraryModuleRegistered());
-    LibQt::unregisterDataTypes();
-    QVERIFY(!isLibraryModuleRegistered());
-    QVERIFY_THROWS_EXCEPTION(Exception, LibQt::unregisterDataTypes());
-}
-
 void tst_LibQt::eventLoopFlagFollowsTheLoop()
 {
     QVERIFY(!LibQt::isEventLoopRunning());
@@ -198,20 +186,6 @@ void tst_LibQt::modifierObserversSeeOnlyChanges()
     }
 
     QCOMPARE(reported, expected);
-}
-
-void tst_LibQt::endedModifierObserverIsNotCalled()
-{
-    LibQt::startup("Modifiers");
-    QLineEdit edit;
-    QTest::keyClick(&edit, Qt::Key_Escape); // a known state, as above
-    int calls = 0;
-    CallbackLifetime lifetime = LibQt::addModifierKeysObserver([&](Qt::KeyboardModifiers) { ++calls; });
-    QTest::keyPress(&edit, Qt::Key_Alt);
-    QCOMPARE(calls, 1);
-    lifetime.reset();
-    QTest::keyRelease(&edit, Qt::Key_Alt, Qt::AltModifier);
-    QCOMPARE(calls, 1);
 }
 
 void tst_LibQt::openGlProbeAgreesAcrossThreads()

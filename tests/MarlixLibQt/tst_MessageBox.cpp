@@ -42,41 +42,12 @@ class tst_MessageBox : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void okCancelLogic_data();
-    void okCancelLogic();
     void userClicksAButton_data();
     void userClicksAButton();
     void boxShowsWhatItIsGiven();
     void customButtonsRunTheirAction();
     void boxWithoutButtonsIsRefused();
 };
-
-void tst_MessageBox::okCancelLogic_data()
-{
-    QTest::addColumn<int>("clicked"); // index of the button the dialog reports, -1 for none
-    QTest::addColumn<bool>("expected");
-
-    QTest::newRow("ok") << 0 << true;
-    QTest::newRow("cancel") << 1 << false;
-    QTest::newRow("closed") << -1 << false;
-}
-
-void tst_MessageBox::okCancelLogic()
-{
-    QFETCH(int, clicked);
-    QFETCH(bool, expected);
-
-    QList<QMessageBox::ButtonRole> roles;
-    const bool result = runOkCancelMessageBoxImpl([&](ArrayView<const MessageBoxButton> buttons) {
-        for (const MessageBoxButton& b : buttons)
-            roles.append(b.role);
-        if (clicked >= 0)
-            buttons[std::size_t(clicked)].onClicked();
-    });
-
-    QCOMPARE(result, expected);
-    QCOMPARE(roles, (QList<QMessageBox::ButtonRole> { QMessageBox::AcceptRole, QMessageBox::RejectRole }));
-}
 
 void tst_MessageBox::userClicksAButton_data()
 {

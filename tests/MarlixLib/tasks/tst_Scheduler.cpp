@@ -44,7 +44,6 @@ private Q_SLOTS:
     void failureIsKept_data();
     void failureIsKept();
     void unreadFailureIsReported();
-    void readFailureIsNotReported();
     void waitingInsideTheOnlyWorkerDoesNotDeadlock();
     void whenDoneRunsOnceAfterCompletion();
     void destructionRunsQueuedTasks();
@@ -140,18 +139,6 @@ void TestScheduler::unreadFailureIsReported()
         scheduler.waitForIdle();
     }
     QCOMPARE(collector.get(), Array<String> { "task: nobody listens" });
-}
-
-void TestScheduler::readFailureIsNotReported()
-{
-    FailureCollector collector;
-    {
-        Scheduler scheduler("TestPool", 1);
-        auto task = scheduler.submit([] { throw Exception("handled"); });
-        task->wait();
-        QVERIFY(task->getFailure());
-    }
-    QVERIFY(collector.get().empty());
 }
 
 void TestScheduler::waitingInsideTheOnlyWorkerDoesNotDeadlock()

@@ -40,7 +40,6 @@ class TestStandbyThread : public QObject
 private Q_SLOTS:
     void nameAndStackSizeReachTheSystem_data();
     void nameAndStackSizeReachTheSystem();
-    void deepRecursionFitsTheRequestedStack();
     void stopWakesASleepingBody();
     void destructionStopsAndJoins();
     void failureIsKept();
@@ -82,23 +81,6 @@ void TestStandbyThread::nameAndStackSizeReachTheSystem()
     // The C library may hand out a cached stack somewhat larger than asked for, never a smaller one.
     QCOMPARE_GE(qulonglong(report.stackSize), expectedStack);
     QCOMPARE_LE(qulonglong(report.stackSize), 4 * expectedStack);
-}
-
-void TestStandbyThread::deepRecursionFitsTheRequestedStack()
-{
-    // About 10 MiB of frames: more than the usual 8 MiB default, well inside the 16 MiB asked for.
-    constexpr std::size_t frameBytes = 4096;
-    constexpr int depth = 10 * 256;
-    std::function<int(int)> recurse = [&](int n) -> int {
-        volatile char frame[frameBytes];
-        frame[0] = char(n);
-        return n == 0 ? frame[0] : recurse(n - 1) + frame[0] - char(n) + 1;
-    };
-    int result = -1;
-    {
-        StandbyThread thread("Deep", 16u << 20, [&](std::stop_token) { result = recurse(depth); });
-    }
-    QCOMPARE(result, depth);
 }
 
 void TestStandbyThread::stopWakesASleepingBody()
