@@ -41,7 +41,6 @@ private Q_SLOTS:
     void cleanup();
     void firstStartCreatesTheApplication();
     void lastShutdownDeletesTheApplication();
-    void coreApplicationHasNoWidgets();
     void attributesChangeTheFirstStart_data();
     void attributesChangeTheFirstStart();
     void startsAgainAfterAFullStop();
@@ -107,16 +106,6 @@ void tst_LibQtStartup::lastShutdownDeletesTheApplication()
     QVERIFY(!QWindowSystemInterfacePrivate::synchronousWindowSystemEvents);
 }
 
-void tst_LibQtStartup::coreApplicationHasNoWidgets()
-{
-    LibQt::startup("Tool", LibQt::ApplicationType::Core);
-
-    QVERIFY(QCoreApplication::instance());
-    QVERIFY(!qobject_cast<QGuiApplication*>(QCoreApplication::instance()));
-    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Tool"));
-    QCOMPARE(QMetaType::fromName("String"), QMetaType::fromType<String>());
-}
-
 void tst_LibQtStartup::attributesChangeTheFirstStart_data()
 {
     QTest::addColumn<int>("attributes");
@@ -162,7 +151,11 @@ void tst_LibQtStartup::attributesChangeTheFirstStart()
 
 void tst_LibQtStartup::startsAgainAfterAFullStop()
 {
-    LibQt::startup("First life");
+    // First as a tool without widgets, then with them.
+    LibQt::startup("Tool", LibQt::ApplicationType::Core);
+    QVERIFY(QCoreApplication::instance());
+    QVERIFY(!qobject_cast<QGuiApplication*>(QCoreApplication::instance()));
+    QCOMPARE(QMetaType::fromName("String"), QMetaType::fromType<String>());
     LibQt::shutdown();
     LibQt::startup("Second life", LibQt::ApplicationType::Gui, {}, Io::Path("/opt/host/bin/second"));
 
