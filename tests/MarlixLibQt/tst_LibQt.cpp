@@ -188,12 +188,9 @@ void tst_LibQt::defaultOpenGlParameters()
 {
     const QSurfaceFormat before = QSurfaceFormat::defaultFormat();
     LibQt::setDefaultOpenGlParameters(4, 8);
-    QCOMPARE(QSurfaceFormat::defaultFormat().samples(), 4);
-    QCOMPARE(QSurfaceFormat::defaultFormat().stencilBufferSize(), 8);
-    QCOMPARE(QSurfaceFormat::defaultFormat().depthBufferSize(), before.depthBufferSize());
-
     QVERIFY_THROWS_EXCEPTION(Exception, LibQt::setDefaultOpenGlParameters(-1, 8));
-    QCOMPARE(QSurfaceFormat::defaultFormat().samples(), 4);
+    QCOMPARE(QSurfaceFormat::defaultFormat().samples(), 4); // the refused call changed nothing
+    QCOMPARE(QSurfaceFormat::defaultFormat().stencilBufferSize(), 8);
     QSurfaceFormat::setDefaultFormat(before);
 }
 

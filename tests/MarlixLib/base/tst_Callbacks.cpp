@@ -24,7 +24,6 @@ private Q_SLOTS:
     void ownerEndsEveryRegistration();
     void concurrentAddAndCall();
     void listMutexExcludesOtherThreads();
-    void functionSharesItsCallable();
     void stopExceptionNamesUnitAndLine();
 };
 
@@ -222,20 +221,6 @@ void TestCallbacks::listMutexExcludesOtherThreads()
     a.join();
     b.join();
     QCOMPARE(counter, 3000L);
-}
-
-void TestCallbacks::functionSharesItsCallable()
-{
-    int counter = 0;
-    Function<int()> f = [&counter, state = 0]() mutable { ++counter; return ++state; };
-    const Function<int()> copy = f;
-    QCOMPARE(f(), 1);
-    QCOMPARE(copy(), 2); // the copy calls the same object, with the same state
-    QVERIFY(copy.isSameAs(f));
-    Function<int(int)> pointer = [](int v) { return v * 2; };
-    QCOMPARE(pointer(21), 42);
-    QVERIFY(!Function<void()>());
-    QVERIFY_THROWS_EXCEPTION(std::bad_function_call, Function<void()>()());
 }
 
 void TestCallbacks::stopExceptionNamesUnitAndLine()
