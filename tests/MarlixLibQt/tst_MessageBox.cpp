@@ -80,26 +80,16 @@ void tst_MessageBox::userClicksAButton()
 
 void tst_MessageBox::boxShowsWhatItIsGiven()
 {
-    QString title, text, details;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    bool hasWindowIcon = false;
+    QStringList shown; // title, text, details, icon, whether the window has an icon
     whenBoxIsShown([&](QMessageBox& box) {
-        title = box.windowTitle();
-        text = box.text();
-        details = box.detailedText();
-        icon = box.icon();
-        hasWindowIcon = !box.windowIcon().isNull();
+        shown = { box.windowTitle(), box.text(), box.detailedText(), QString::number(box.icon()),
+            QString::number(!box.windowIcon().isNull()) };
         QTest::mouseClick(buttonNamed(box, QStringLiteral("OK")), Qt::LeftButton);
     });
-
     showOkMessageBox(QMessageBox::Warning, "Export", "The file could not be written.", "Disk full (errno 28)", {},
                      nullptr);
-
-    QCOMPARE(title, QStringLiteral("Export"));
-    QCOMPARE(text, QStringLiteral("The file could not be written."));
-    QCOMPARE(details, QStringLiteral("Disk full (errno 28)"));
-    QCOMPARE(icon, QMessageBox::Warning);
-    QVERIFY(hasWindowIcon);
+    QCOMPARE(shown, (QStringList { "Export", "The file could not be written.", "Disk full (errno 28)",
+                        QString::number(QMessageBox::Warning), "1" }));
 }
 
 void tst_MessageBox::customButtonsRunTheirAction()
