@@ -1,4 +1,5 @@
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/ModifierKeys.h>
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
@@ -12,14 +13,13 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEvent>
 #include <QFile>
 #include <QFont>
-#include <QKeyEvent>
 #include <QLoggingCategory>
 #include <QMetaType>
 #include <QOpenGLContext>
 #include <QSurfaceFormat>
+#include <qpa/qwindowsysteminterface.h>
 
 #ifdef Q_OS_WIN
 #include <qt_windows.h>
@@ -40,9 +40,6 @@ Q_LOGGING_CATEGORY(libQtLog, "marlix.libqt")
 constexpr double APPLICATION_FONT_POINT_SIZE = 9.0;
 constexpr qint64 STARTUP_TIME_LIMIT_MS = 1000;
 constexpr const char* PLUGIN_FOLDER_NAME = "QtPlugins";
-constexpr Qt::KeyboardModifiers MODIFIER_KEYS
-    = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier | Qt::GroupSwitchModifier;
-
 /// Reports a step that took longer than it should, so slow start-ups show up in the log of the host.
 class ScopedTimer
 {
@@ -86,130 +83,6 @@ struct ApplicationArguments
     }
 };
 
-CallbackList<QFlags<Qt::KeyboardModifier>>& modifierObservers()
-{
-    static CallbackList<QFlags<Qt::KeyboardModifier>> observers;
-    return observers;
-}
-
-// Only touched on the GUI thread, where the modifier events arrive.
-Qt::KeyboardModifiers lastModifiers;
-
-void publishModifiers(Qt::KeyboardModifiers modifiers)
-{
-    modifiers &= MODIFIER_KEYS;
-    if (modifiers == lastModifiers)
-        return;
-    lastModifiers = modifiers;
-    // An exception must not unwind through Qt's event delivery or the system's message dispatch.
-    try {
-        modifierObservers().call(modifiers);
-    } catch (const std::exception& error) {
-        qCWarning(libQtLog, "A modifier keys observer failed: %s", error.what());
-    } catch (...) {
-        qCWarning(libQtLog, "A modifier keys observer failed");
-    }
-}
-
-#ifdef Q_OS_WIN
-HHOOK messageHook = nullptr;
-
-Qt::KeyboardModifiers queryWindowsModifiers()
-{
-    Qt::KeyboardModifiers modifiers;
-    if (GetKeyState(VK_SHIFT) < 0)
-        modifiers |= Qt::ShiftModifier;
-    if (GetKeyState(VK_CONTROL) < 0)
-        modifiers |= Qt::ControlModifier;
-    if (GetKeyState(VK_MENU) < 0)
-        modifiers |= Qt::AltModifier;
-    if (GetKeyState(VK_LWIN) < 0 || GetKeyState(VK_RWIN) < 0)
-        modifiers |= Qt::MetaModifier;
-    return modifiers;
-}
-
-// Sees every message the GUI thread takes from its queue, also those a native child window or a modal system dialog
-// handles without Qt.
-LRESULT CALLBACK getMessageHook(int code, WPARAM wParam, LPARAM lParam)
-{
-    if (code == HC_ACTION && wParam == PM_REMOVE) {
-        switch (reinterpret_cast<const MSG*>(lParam)->message) {
-        case WM_KEYDOWN:
-        case WM_KEYUP:
-        case WM_SYSKEYDOWN:
-        case WM_SYSKEYUP:
-        case WM_ACTIVATEAPP:
-        case WM_SETFOCUS:
-        case WM_KILLFOCUS:
-            publishModifiers(queryWindowsModifiers());
-            break;
-        default:
-            break;
-        }
-    }
-    return CallNextHookEx(messageHook, code, wParam, lParam);
-}
-#else
-/// Feeds the modifier observers from the application's own input: key events tell which modifier went down or up;
-/// focus and activation changes ask the platform, since keys may have changed while another application had them.
-class ModifierKeysFilter final : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        switch (event->type()) {
-        case QEvent::KeyPress:
-        case QEvent::KeyRelease:
-            publishModifiers(modifiersAfter(*static_cast<const QKeyEvent*>(event)));
-            break;
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-        case QEvent::Wheel:
-            publishModifiers(static_cast<const QInputEvent*>(event)->modifiers());
-            break;
-        case QEvent::ApplicationStateChange:
-        case QEvent::WindowActivate:
-        case QEvent::WindowDeactivate:
-        case QEvent::FocusIn:
-            publishModifiers(QGuiApplication::queryKeyboardModifiers());
-            break;
-        default:
-            break;
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    // Platforms differ in whether the event of a modifier key carries the state before or after it: the key decides.
-    static Qt::KeyboardModifiers modifiersAfter(const QKeyEvent& event)
-    {
-        Qt::KeyboardModifiers modifiers = event.modifiers();
-        Qt::KeyboardModifier own = Qt::NoModifier;
-        switch (event.key()) {
-        case Qt::Key_Shift:
-            own = Qt::ShiftModifier;
-            break;
-        case Qt::Key_Control:
-            own = Qt::ControlModifier;
-            break;
-        case Qt::Key_Alt:
-            own = Qt::AltModifier;
-            break;
-        case Qt::Key_Meta:
-            own = Qt::MetaModifier;
-            break;
-        case Qt::Key_AltGr:
-            own = Qt::GroupSwitchModifier;
-            break;
-        default:
-            return modifiers;
-        }
-        modifiers.setFlag(own, event.type() == QEvent::KeyPress);
-        return modifiers;
-    }
-};
-#endif
-
 struct State
 {
     std::atomic<std::int32_t> startCount { 0 };
@@ -218,9 +91,7 @@ struct State
     bool typesRegistered = false;
     UniquePtr<ApplicationArguments> arguments;
     UniquePtr<QCoreApplication> ownedApplication;
-#ifndef Q_OS_WIN
-    UniquePtr<ModifierKeysFilter> modifierFilter;
-#endif
+    bool madeEventsSynchronous = false;
 };
 
 State& state()
@@ -272,39 +143,6 @@ QString pathToQt(const Io::Path& path)
     return QString::fromUtf8(reinterpret_cast<const char*>(text.data()), qsizetype(text.size()));
 }
 
-void installModifierTracking()
-{
-    lastModifiers = QGuiApplication::queryKeyboardModifiers() & MODIFIER_KEYS;
-#ifdef Q_OS_WIN
-    if (!messageHook)
-        messageHook = SetWindowsHookExW(WH_GETMESSAGE, getMessageHook, nullptr, GetCurrentThreadId());
-    if (!messageHook)
-        qCWarning(libQtLog, "The modifier keys hook could not be installed (error %lu)", GetLastError());
-#else
-    State& s = state();
-    if (!s.modifierFilter) {
-        s.modifierFilter = std::make_unique<ModifierKeysFilter>();
-        QCoreApplication::instance()->installEventFilter(s.modifierFilter.get());
-    }
-#endif
-}
-
-void removeModifierTracking()
-{
-#ifdef Q_OS_WIN
-    if (messageHook)
-        UnhookWindowsHookEx(std::exchange(messageHook, nullptr));
-#else
-    State& s = state();
-    if (s.modifierFilter) {
-        if (QCoreApplication* application = QCoreApplication::instance())
-            application->removeEventFilter(s.modifierFilter.get());
-        s.modifierFilter.reset();
-    }
-#endif
-    lastModifiers = {};
-}
-
 void createApplication(const String& applicationName, ApplicationType type, Flags<Attribute> attributes,
                        const Optional<Io::Path>& executablePath)
 {
@@ -325,6 +163,11 @@ void createApplication(const String& applicationName, ApplicationType type, Flag
         }
         QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
         s.ownedApplication = std::make_unique<QApplication>(arguments->count, arguments->pointers.data());
+        // Window-system events are delivered as they arrive instead of being queued for the next pass of the event
+        // loop: a host's viewport that reads the window state right after a resize or expose sees the new one.
+        // Set after the application is made, whose construction resets it.
+        QWindowSystemInterface::setSynchronousWindowSystemEvents(true);
+        s.madeEventsSynchronous = true;
         if (!attributes.has(Attribute::KeepPlatformStyle))
             QApplication::setStyle(new MarlixOriginalStyle);
         if (!attributes.has(Attribute::KeepPlatformFont)) {
@@ -348,6 +191,8 @@ void lastStop()
         s.ownedApplication.reset(); // takes the style with it
         s.arguments.reset();
     }
+    if (std::exchange(s.madeEventsSynchronous, false))
+        QWindowSystemInterface::setSynchronousWindowSystemEvents(false);
     if (std::exchange(s.typesRegistered, false))
         unregisterDataTypes();
     if (std::exchange(s.coreStarted, false))
@@ -458,28 +303,5 @@ void setDefaultOpenGlParameters(int samples, int stencilBufferSize)
     QSurfaceFormat::setDefaultFormat(format);
 }
 
-const TypeModuleRecord& getDataTypesRecord()
-{
-    // The library's editors add the value types they bring here.
-    static const TypeModuleRecord record("MarlixLibQt");
-    return record;
-}
-
-void registerDataTypes()
-{
-    TypeDatabase::instance().registerModuleTypes(getDataTypesRecord());
-}
-
-void unregisterDataTypes()
-{
-    TypeDatabase::instance().unregisterModuleTypes(getDataTypesRecord());
-}
-
-CallbackLifetime addModifierKeysObserver(Function<void(QFlags<Qt::KeyboardModifier>)> observer)
-{
-    if (!observer)
-        Detail::throwStopException("LibQt", __LINE__);
-    return modifierObservers().add(std::move(observer));
-}
 
 } // namespace Marlix::LibQt

@@ -1,17 +1,123 @@
-#include <MarlixLibQt/QtUtils.h>
-
 #include <MarlixLib/data/EntityClassInfo.h>
 #include <MarlixLib/data/GenericProperty.h>
+#include <MarlixLib/data/MathValueTraits.h>
 #include <MarlixLib/data/TypeDatabase.h>
+#include <MarlixLibQt/Color.h>
+#include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/editors/SpinBox.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 namespace Marlix {
 
+/// A colour is stored as its straight RGBA in unit floats, the text form of `Rgb` ("r, g, b, a"): floats hold Qt's 16
+/// bits per channel exactly, so a colour read back equals the one written. Components outside 0 to 1 are refused
+/// rather than turned into an extended-range colour that the editors cannot show.
+template <> struct ValueTraits<QColorExtended>
+{
+    static Rgb toComponents(const QColorExtended& value)
+    {
+        const QColor rgb = value.getColor().toRgb();
+        return { rgb.redF(), rgb.greenF(), rgb.blueF(), rgb.alphaF() };
+    }
+    static Expected<QColorExtended, String> fromComponents(const Rgb& c)
+    {
+        for (const float component : { c.r, c.g, c.b, c.a })
+            if (!(component >= 0.0f && component <= 1.0f)) // NaN fails too
+                return Unexpected<String>("A colour component must lie between 0 and 1.");
+        return QColorExtended(QColor::fromRgbF(c.r, c.g, c.b, c.a));
+    }
+
+    static String toString(const QColorExtended& value) { return ValueTraits<Rgb>::toString(toComponents(value)); }
+    static Expected<QColorExtended, String> fromString(StringView text)
+    {
+        const auto parsed = ValueTraits<Rgb>::fromString(text);
+        if (!parsed)
+            return Unexpected<String>(parsed.error());
+        return fromComponents(*parsed);
+    }
+    static void serialize(ISerializer& out, StringView key, const QColorExtended& value)
+    {
+        ValueTraits<Rgb>::serialize(out, key, toComponents(value));
+    }
+    static Expected<QColorExtended, String> deserialize(IDeserializer& in, StringView key)
+    {
+        const auto read = ValueTraits<Rgb>::deserialize(in, key);
+        if (!read)
+            return Unexpected<String>(read.error());
+        return fromComponents(*read);
+    }
+};
+
+namespace {
+
+template <class E> Array<EnumerationValue> enumerationValues(std::initializer_list<std::pair<E, const char*>> values)
+{
+    Array<EnumerationValue> result;
+    for (const auto& [value, name] : values)
+        result.push_back({ static_cast<std::int64_t>(value), name });
+    return result;
+}
+
+// The value types of the library's editors that hosts store in properties: a colour, and the editor settings a host
+// may keep per property or in its preferences.
+TypeModuleRecord makeDataTypesRecord()
+{
+    using Widgets::ColorValueType;
+    using Widgets::SpinBox;
+    using Spec = QColorExtended::Specification;
+    TypeModuleRecord record("MarlixLibQt");
+    record.addType(TypeDefinition::makePlain<QColorExtended>("QColorExtended"));
+    record.addType(TypeDefinition::makeEnumeration<Spec>("ColorSpecification",
+        enumerationValues<Spec>({ { Spec::RgbSpec, "Rgb" }, { Spec::RgbaSpec, "Rgba" }, { Spec::HsvSpec, "Hsv" },
+            { Spec::HwbSpec, "Hwb" }, { Spec::CmykSpec, "Cmyk" } })));
+    record.addType(TypeDefinition::makeEnumeration<ColorValueType>("ColorValueType",
+        enumerationValues<ColorValueType>(
+            { { ColorValueType::SrgbByte, "SrgbByte" }, { ColorValueType::SrgbUnit, "SrgbUnit" },
+                { ColorValueType::SrgbPercent, "SrgbPercent" }, { ColorValueType::LinearByte, "LinearByte" },
+                { ColorValueType::LinearUnit, "LinearUnit" }, { ColorValueType::LinearPercent, "LinearPercent" } })));
+    record.addType(TypeDefinition::makeEnumeration<SpinBox::StepType>("SpinBoxStepType",
+        enumerationValues<SpinBox::StepType>({ { SpinBox::StepType::Fixed, "Fixed" },
+            { SpinBox::StepType::Adaptive, "Adaptive" }, { SpinBox::StepType::Proportional, "Proportional" } })));
+    record.addType(TypeDefinition::makeEnumeration<SpinBox::PrecisionType>("SpinBoxPrecisionType",
+        enumerationValues<SpinBox::PrecisionType>({ { SpinBox::PrecisionType::AllDecimals, "AllDecimals" },
+            { SpinBox::PrecisionType::TrimTrailingZeros, "TrimTrailingZeros" } })));
+    using Speed = SpinBox::ScrollSpeedAdjustmentType;
+    record.addType(TypeDefinition::makeEnumeration<Speed>("SpinBoxScrollSpeedAdjustmentType",
+        enumerationValues<Speed>({ { Speed::ShiftFasterCtrlSlower, "ShiftFasterCtrlSlower" },
+            { Speed::CtrlFasterAltSlower, "CtrlFasterAltSlower" }, { Speed::NoAdjustment, "NoAdjustment" } })));
+    return record;
+}
+
+} // namespace
+
+namespace LibQt {
+
+const TypeModuleRecord& getDataTypesRecord()
+{
+    static const TypeModuleRecord record = makeDataTypesRecord();
+    return record;
+}
+
+void registerDataTypes()
+{
+    TypeDatabase::instance().registerModuleTypes(getDataTypesRecord());
+}
+
+void unregisterDataTypes()
+{
+    TypeDatabase::instance().unregisterModuleTypes(getDataTypesRecord());
+}
+
+} // namespace LibQt
+
 QString getPropertyUiName(const GenericProperty& property)
 {
-    if (const String* name = property.getDefinition().getAttributes().get<String>(UI_NAME_ATTRIBUTE); name && !name->empty())
+    if (const String* name = property.getDefinition().getAttributes().get<String>(UI_NAME_ATTRIBUTE);
+        name && !name->empty())
         return toQt(*name);
     return propertyNameToReadableName(toQt(property.getName()));
 }
@@ -25,19 +131,27 @@ QString getPropertyUiDescription(const GenericProperty& property)
 
 const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base)
 {
-    // One list per base class name; node-based, so references handed out earlier stay valid when others are added.
+    // Menus iterate the list while their actions ask for other lists (nested menus) or for the same one again: a list
+    // handed out is never changed. When the classes change, a new list replaces it and the old one is retired, kept
+    // for the life of the process; classes change only when modules load or unload, so few lists ever retire.
     static Mutex mutex;
-    static std::map<String, Stack<EntityClassInfo>, std::less<>> lists;
+    static std::map<String, UniquePtr<const Stack<EntityClassInfo>>, std::less<>> lists;
+    static Stack<UniquePtr<const Stack<EntityClassInfo>>> retired;
 
     Stack<EntityClassInfo> classes = TypeDatabase::instance().getDerivedEntityClasses(base);
     // The bare root class has nothing to edit, so it is never offered.
-    std::erase_if(classes, [](const EntityClassInfo& c) { return !c.canCreate() || c == EntityClassInfo::entityClass(); });
+    std::erase_if(
+        classes, [](const EntityClassInfo& c) { return !c.canCreate() || c == EntityClassInfo::entityClass(); });
     std::ranges::sort(classes, {}, &EntityClassInfo::getName);
 
     const std::lock_guard lock(mutex);
-    Stack<EntityClassInfo>& list = lists[base.getName()];
-    list = std::move(classes);
-    return list;
+    UniquePtr<const Stack<EntityClassInfo>>& list = lists[base.getName()];
+    if (!list || *list != classes) {
+        if (list)
+            retired.push_back(std::move(list));
+        list = std::make_unique<const Stack<EntityClassInfo>>(std::move(classes));
+    }
+    return *list;
 }
 
 } // namespace Marlix

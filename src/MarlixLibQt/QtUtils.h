@@ -105,7 +105,8 @@ MARLIXLIBQT_EXPORT QString getPropertyUiName(const GenericProperty& property);
 /// The description of a property in the property sheet (its tooltip text).
 MARLIXLIBQT_EXPORT QString getPropertyUiDescription(const GenericProperty& property);
 /// The classes that the user can create where `base` is asked for: `base` and its registered descendants that have a
-/// factory (never the bare root class "Entity"), sorted by name. The list is made again on every call; the reference stays valid for the process.
+/// factory (never the bare root class "Entity"), sorted by name. The list handed out never changes, and the reference stays valid for the process: a later call
+/// after classes were registered or unregistered returns a new list.
 MARLIXLIBQT_EXPORT const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base);
 
 /// Removes and deletes every item of the layout, with the widgets and nested layouts in it. Do not call it from a

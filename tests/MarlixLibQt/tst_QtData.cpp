@@ -1,3 +1,5 @@
+#include <MarlixLibQt/Color.h>
+#include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/QtUtils.h>
 
 #include <MarlixLib/Lib.h>
@@ -6,6 +8,7 @@
 #include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/TypeDatabase.h>
 
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace Marlix;
@@ -31,7 +34,10 @@ private Q_SLOTS:
     void propertyNames();
     void uiEntityClasses_data();
     void uiEntityClasses();
-    void uiEntityClassesFollowTheDatabase();
+    void uiEntityClassesStayValid();
+    void dataTypes_data();
+    void dataTypes();
+    void dataTypesRegisterAgain();
 
 private:
     Optional<TypeModuleRecord> module;
@@ -129,17 +135,82 @@ void tst_QtData::uiEntityClasses()
     QCOMPARE(names, offered);
 }
 
-void tst_QtData::uiEntityClassesFollowTheDatabase()
+void tst_QtData::uiEntityClassesStayValid()
 {
+    // A menu iterates the list while nested menus ask for other lists, for the same one again, and the classes change.
     const Stack<EntityClassInfo>& forLight = getUiEntityClasses(*light);
-    QCOMPARE(forLight.size(), 2u);
+    const auto first = forLight.begin();
+    QCOMPARE(getUiEntityClasses(EntityClassInfo::entityClass()).size(), 3u);
+    QCOMPARE(&getUiEntityClasses(*light), &forLight);
 
     TypeDatabase::instance().unregisterModuleTypes(*module);
     QVERIFY(getUiEntityClasses(*light).empty());
-    QVERIFY(forLight.empty()); // the same list, made again
-
     TypeDatabase::instance().registerModuleTypes(*module);
     QCOMPARE(getUiEntityClasses(*light).size(), 2u);
+
+    QCOMPARE(forLight.size(), 2u);
+    QStringList names;
+    for (auto it = first; it != forLight.end(); ++it)
+        names.append(toQt(it->getName()));
+    QCOMPARE(names, (QStringList { "AreaLight", "PointLight" }));
+}
+
+void tst_QtData::dataTypes_data()
+{
+    QTest::addColumn<QString>("type");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("valid");
+
+    QTest::newRow("colour") << "QColorExtended" << "(0.25, 0.5, 1, 0.75)" << true;
+    QTest::newRow("colour out of range") << "QColorExtended" << "(0.25, 1.5, 1, 1)" << false;
+    QTest::newRow("colour, not a number") << "QColorExtended" << "(0.25, nan, 1, 1)" << false;
+    QTest::newRow("step type") << "SpinBoxStepType" << "Proportional" << true;
+    QTest::newRow("unknown step type") << "SpinBoxStepType" << "Sideways" << false;
+    QTest::newRow("colour value type") << "ColorValueType" << "LinearPercent" << true;
+    QTest::newRow("scroll speed") << "SpinBoxScrollSpeedAdjustmentType" << "NoAdjustment" << true;
+}
+
+void tst_QtData::dataTypes()
+{
+    QFETCH(QString, type);
+    QFETCH(QString, text);
+    QFETCH(bool, valid);
+
+    LibQt::registerDataTypes();
+    const auto cleanup = qScopeGuard([] { LibQt::unregisterDataTypes(); });
+    const auto definition = TypeDatabase::instance().lookupTypeDefinition(type.toStdString());
+    QVERIFY(definition);
+    Detail::ScratchValue value(*definition);
+    const String before = definition->toString(value.data());
+    QCOMPARE(definition->fromString(text.toStdString(), value.data()).has_value(), valid);
+    if (!valid) {
+        QCOMPARE(definition->toString(value.data()), before);
+        return;
+    }
+    // A colour keeps Qt's 16 bits per channel, so its text is what it holds of the text read; names stay as read.
+    const String written = definition->toString(value.data());
+    if (definition->isNative<QColorExtended>())
+        QCOMPARE(static_cast<const QColorExtended*>(value.data())->getColor(),
+            QColor::fromRgbF(0.25f, 0.5f, 1.0f, 0.75f));
+    else
+        QCOMPARE(toQt(written), text);
+    Detail::ScratchValue again(*definition);
+    QVERIFY(definition->fromString(written, again.data()).has_value());
+    QVERIFY(definition->equals(value.data(), again.data()));
+}
+
+void tst_QtData::dataTypesRegisterAgain()
+{
+    // As a plug-in does when it is unloaded and loaded again.
+    for (int round = 0; round < 2; ++round) {
+        LibQt::registerDataTypes();
+        const auto colour = TypeDatabase::instance().lookupNativeTypeDefinition<QColorExtended>();
+        QVERIFY(colour);
+        QCOMPARE(colour->getName(), String("QColorExtended"));
+        QVERIFY(TypeDatabase::instance().lookupNativeTypeDefinition<Widgets::ColorValueType>());
+        LibQt::unregisterDataTypes();
+        QVERIFY(!TypeDatabase::instance().lookupNativeTypeDefinition<QColorExtended>());
+    }
 }
 
 QTEST_MAIN(tst_QtData)

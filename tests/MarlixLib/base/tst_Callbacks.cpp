@@ -1,8 +1,5 @@
 #include <MarlixLib/base/Callbacks.h>
 #include <MarlixLib/base/Exception.h>
-#include <MarlixLib/base/FlatMap.h>
-#include <MarlixLib/base/FlatSet.h>
-#include <MarlixLib/base/Flags.h>
 
 #include <QtTest/QTest>
 
@@ -27,10 +24,7 @@ private Q_SLOTS:
     void ownerEndsEveryRegistration();
     void concurrentAddAndCall();
     void listMutexExcludesOtherThreads();
-    void functionSharesItsCallable();
     void stopExceptionNamesUnitAndLine();
-    void flatContainersStaySorted();
-    void flags();
 };
 
 void TestCallbacks::callsInRegistrationOrder()
@@ -229,20 +223,6 @@ void TestCallbacks::listMutexExcludesOtherThreads()
     QCOMPARE(counter, 3000L);
 }
 
-void TestCallbacks::functionSharesItsCallable()
-{
-    int counter = 0;
-    Function<int()> f = [&counter, state = 0]() mutable { ++counter; return ++state; };
-    const Function<int()> copy = f;
-    QCOMPARE(f(), 1);
-    QCOMPARE(copy(), 2); // the copy calls the same object, with the same state
-    QVERIFY(copy.isSameAs(f));
-    Function<int(int)> pointer = [](int v) { return v * 2; };
-    QCOMPARE(pointer(21), 42);
-    QVERIFY(!Function<void()>());
-    QVERIFY_THROWS_EXCEPTION(std::bad_function_call, Function<void()>()());
-}
-
 void TestCallbacks::stopExceptionNamesUnitAndLine()
 {
     try {
@@ -254,34 +234,6 @@ void TestCallbacks::stopExceptionNamesUnitAndLine()
         return;
     }
     QFAIL("no stop exception");
-}
-
-void TestCallbacks::flatContainersStaySorted()
-{
-    FlatSet<int> set { 5, 1, 3, 3 };
-    QCOMPARE(set.values(), (Array<int> { 1, 3, 5 }));
-    QVERIFY(!set.insert(3).second);
-    QVERIFY(set.erase(1));
-    QVERIFY(!set.contains(1));
-
-    FlatMap<String, int> map { { "b", 2 }, { "a", 1 } };
-    map["c"] = 3;
-    map.insertOrAssign("a", 10);
-    QCOMPARE(map.begin()->first, String("a"));
-    QCOMPARE(*map.get("a"), 10);
-    QVERIFY(map.get(StringView("zz")) == nullptr);
-    QCOMPARE(map.size(), std::size_t(3));
-}
-
-void TestCallbacks::flags()
-{
-    enum class Bit : unsigned { A = 1, B = 2, C = 4 };
-    Flags<Bit> f { Bit::A, Bit::C };
-    QVERIFY(f.has(Bit::A));
-    QVERIFY(!f.has(Bit::B));
-    f.set(Bit::A, false).set(Bit::B);
-    QCOMPARE(f.toBits(), 6u);
-    QVERIFY(f.hasAny(Flags<Bit>(Bit::C)));
 }
 
 QTEST_GUILESS_MAIN(TestCallbacks)

@@ -40,9 +40,8 @@ class TestStandbyThread : public QObject
 private Q_SLOTS:
     void nameAndStackSizeReachTheSystem_data();
     void nameAndStackSizeReachTheSystem();
-    void deepRecursionFitsTheRequestedStack();
+    void stopWakesASleepingBody_data();
     void stopWakesASleepingBody();
-    void destructionStopsAndJoins();
     void failureIsKept();
     void unreadFailureIsReportedOnDestruction();
     void joinFromItselfStops();
@@ -79,66 +78,44 @@ void TestStandbyThread::nameAndStackSizeReachTheSystem()
         thread.join();
     }
     QCOMPARE(QString::fromStdString(report.name), systemName);
-    // The C library may hand out a cached stack somewhat larger than asked for, never a smaller one.
+    // The C library may hand out a cached stack somewhat larger than asked for, never a smaller one; the thread
+    // sanitizer raises small stacks to 1 MiB of its own.
     QCOMPARE_GE(qulonglong(report.stackSize), expectedStack);
-    QCOMPARE_LE(qulonglong(report.stackSize), 4 * expectedStack);
+    QCOMPARE_LE(qulonglong(report.stackSize), std::max(4 * expectedStack, qulonglong(1) << 20));
 }
 
-void TestStandbyThread::deepRecursionFitsTheRequestedStack()
+void TestStandbyThread::stopWakesASleepingBody_data()
 {
-    // About 10 MiB of frames: more than the usual 8 MiB default, well inside the 16 MiB asked for.
-    constexpr std::size_t frameBytes = 4096;
-    constexpr int depth = 10 * 256;
-    std::function<int(int)> recurse = [&](int n) -> int {
-        volatile char frame[frameBytes];
-        frame[0] = char(n);
-        return n == 0 ? frame[0] : recurse(n - 1) + frame[0] - char(n) + 1;
-    };
-    int result = -1;
-    {
-        StandbyThread thread("Deep", 16u << 20, [&](std::stop_token) { result = recurse(depth); });
-    }
-    QCOMPARE(result, depth);
+    QTest::addColumn<bool>("byDestruction");
+    QTest::newRow("requested") << false;
+    QTest::newRow("destroyed") << true;
 }
 
 void TestStandbyThread::stopWakesASleepingBody()
 {
+    QFETCH(bool, byDestruction);
     Mutex mutex;
     std::condition_variable_any condition;
     int wokenBy = 0; // 1 work, 2 stop
     std::latch sleeping(1);
-    StandbyThread thread("Sleeper", 0, [&](std::stop_token stop) {
+    Optional<StandbyThread> thread(std::in_place, "Sleeper", 0, [&](std::stop_token stop) {
         std::unique_lock lock(mutex);
         sleeping.count_down();
         const bool work = condition.wait(lock, stop, [] { return false; });
         wokenBy = work ? 1 : 2;
     });
     sleeping.wait();
-    QVERIFY(thread.isRunning());
-    QVERIFY(!thread.isStopRequested());
-    thread.requestStop();
-    thread.join();
-    QVERIFY(!thread.isRunning());
-    QVERIFY(thread.isStopRequested());
-    QCOMPARE(wokenBy, 2);
-}
-
-void TestStandbyThread::destructionStopsAndJoins()
-{
-    std::atomic<int> rounds = 0;
-    std::atomic<bool> returned = false;
-    std::latch running(1);
-    {
-        StandbyThread thread("Looper", 0, [&](std::stop_token stop) {
-            running.count_down();
-            while (!stop.stop_requested())
-                ++rounds;
-            returned = true;
-        });
-        running.wait();
+    QVERIFY(thread->isRunning());
+    QVERIFY(!thread->isStopRequested());
+    if (byDestruction) {
+        thread.reset(); // stops and joins
+    } else {
+        thread->requestStop();
+        thread->join();
+        QVERIFY(!thread->isRunning());
+        QVERIFY(thread->isStopRequested());
     }
-    QVERIFY(returned);
-    QVERIFY(rounds > 0);
+    QCOMPARE(wokenBy, 2);
 }
 
 void TestStandbyThread::failureIsKept()

@@ -23,6 +23,9 @@ namespace {
 
 constexpr std::size_t RENDER_STACK_SIZE = 0x100000;
 constexpr int SUPERSAMPLING = 4;
+// Requests forget the entities nobody else holds once the entries reach this count, and then twice the count that
+// stays, so that a scene of any size costs the sweep only now and then.
+constexpr std::size_t FIRST_PRUNE_AT = 256;
 // Larger dimensions in a stream are damage: no provider renders thumbnails of that size.
 constexpr std::int64_t MAX_STREAM_DIMENSION = 16384;
 
@@ -88,7 +91,10 @@ struct ThumbnailManager::Impl : QObject
 {
     struct Entry
     {
-        EntityHolder<Entity> entity;
+        // Weak: the scene decides how long an entity lives, not the views that showed it.
+        WeakPtr<Entity> entity;
+        // Requested at least once; entries restored from a stream wait for their entity without one.
+        bool attached = false;
         QImage image;
         QSize dimensions;
         Array<QString> pixmapKeys;
@@ -132,13 +138,14 @@ struct ThumbnailManager::Impl : QObject
             if (found == entries.end())
                 continue;
             Entry& entry = found->second;
-            SharedPtr<IThumbnailProvider> provider = entry.entity ? findProvider(entry.entity->getClassInfo()) : nullptr;
+            EntityHolder<Entity> entity = entry.entity.lock();
+            SharedPtr<IThumbnailProvider> provider = entity ? findProvider(entity->getClassInfo()) : nullptr;
             if (!provider) {
                 entry.queued = false;
                 changed();
+                releaseOnGuiThread(std::move(entity));
                 continue;
             }
-            const EntityHolder<Entity> entity = entry.entity;
             const std::uint64_t generation = entry.generation;
             rendering = true;
             lock.unlock();
@@ -169,10 +176,24 @@ struct ThumbnailManager::Impl : QObject
             stored.current = stored.generation == generation;
             changed();
             lock.unlock();
-            if (!failed)
-                announce({ entity });
+            if (failed)
+                releaseOnGuiThread(std::move(entity));
+            else
+                announce({ std::move(entity) });
         }
     }
+
+    /// The scene may let go of an entity while a render holds it: the last reference is dropped on the GUI thread,
+    /// where entities are made and destroyed, and never under the mutex.
+    void releaseOnGuiThread(EntityHolder<Entity> entity)
+    {
+        if (entity)
+            QMetaObject::invokeMethod(this, [entity = std::move(entity)] {}, Qt::QueuedConnection);
+    }
+
+    /// Forgets, under the mutex on the GUI thread, the entries of entities that nobody else holds any more and those
+    /// that no provider renders and that have no image; their pixmaps leave the pixmap cache.
+    std::size_t prune();
 
     void announce(Array<EntityHolder<Entity>> changed)
     {
@@ -273,9 +294,10 @@ struct ThumbnailManager::Impl : QObject
     // GUI thread only: QPixmap and QPixmapCache live there.
     std::unordered_map<std::uint64_t, Served> served;
     // A direct-mapped front of `served` for the entities a view keeps repainting: one mask and one comparison instead
-    // of a hash-table lookup. Values of `served` are never erased, so the pointers stay valid.
+    // of a hash-table lookup. Pruning clears the slot of every value of `served` it erases.
     std::array<RecentlyServed, 64> recentlyServed;
     Optional<QPixmap> hit; // receives cache hits, which are handed out by move
+    std::size_t pruneAt = FIRST_PRUNE_AT;
     // Last, so that it stops before the state it reads goes away.
     UniquePtr<StandbyThread> thread;
 };
@@ -327,6 +349,42 @@ void ThumbnailManager::shutdownProviders()
     impl->renderDone.wait(lock, [this] { return !impl->rendering; });
 }
 
+std::size_t ThumbnailManager::pruneEntries()
+{
+    const std::lock_guard lock(impl->mutex);
+    return impl->prune();
+}
+
+std::size_t ThumbnailManager::Impl::prune()
+{
+    std::size_t forgotten = 0;
+    for (auto it = entries.begin(); it != entries.end();) {
+        Entry& entry = it->second;
+        bool keep = !entry.attached;
+        if (!keep) {
+            // A queued entry is in the render thread's hands, which reports it unrenderable itself.
+            const EntityHolder<Entity> entity = entry.entity.lock();
+            keep = entity && (entry.queued || !entry.image.isNull() || findProvider(entity->getClassInfo()));
+        }
+        if (keep) {
+            ++it;
+            continue;
+        }
+        const std::uint64_t id = it->first;
+        for (const QString& key : entry.pixmapKeys)
+            QPixmapCache::remove(key);
+        served.erase(id);
+        if (RecentlyServed& slot = recentlyServed[id % recentlyServed.size()]; slot.id == id)
+            slot = {};
+        it = entries.erase(it);
+        ++forgotten;
+    }
+    // Clients remember keys of the entries forgotten: they must ask again.
+    if (forgotten)
+        changed();
+    return forgotten;
+}
+
 bool ThumbnailManager::canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const
 {
     if (!entity)
@@ -370,10 +428,16 @@ QPixmap ThumbnailManager::Impl::serve(const EntityHolder<Entity>& entity, QSize 
 {
     const std::uint64_t id = entity->getId();
     const std::lock_guard lock(mutex);
+    if (entries.size() >= pruneAt) {
+        prune();
+        pruneAt = std::max(FIRST_PRUNE_AT, 2 * entries.size());
+    }
     Entry& entry = entries.try_emplace(id).first->second;
     Served& record = served[id];
-    if (!entry.entity)
+    if (!entry.attached) {
         entry.entity = entity;
+        entry.attached = true;
+    }
     if (entry.keysStale) {
         for (const QString& stale : entry.pixmapKeys)
             QPixmapCache::remove(stale);
@@ -422,8 +486,8 @@ void ThumbnailManager::serializeThumbnailCache(ISerializer& out, Function<bool(c
     {
         const std::lock_guard lock(impl->mutex);
         for (const auto& [id, entry] : impl->entries)
-            if (entry.entity && !entry.image.isNull())
-                images.emplace_back(entry.entity, entry.image);
+            if (EntityHolder<Entity> entity = entry.entity.lock(); entity && !entry.image.isNull())
+                images.emplace_back(std::move(entity), entry.image);
     }
     // The filter is the caller's code: it runs without the lock so that it may ask the manager anything.
     out.serializeFormatVersion(FORMAT_VERSION);
@@ -493,8 +557,8 @@ Expected<void, String> ThumbnailManager::deserializeThumbnailCache(IDeserializer
             entry.image = std::move(item.image);
             entry.keysStale = true;
             entry.current = true;
-            if (entry.entity)
-                changed.push_back(entry.entity);
+            if (EntityHolder<Entity> entity = entry.entity.lock())
+                changed.push_back(std::move(entity));
         }
         impl->changed();
     }

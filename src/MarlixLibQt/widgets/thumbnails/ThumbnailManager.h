@@ -55,6 +55,11 @@ public:
 
     bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
 
+    /// Forgets the entities that nothing else holds any more (the manager never keeps one alive) and those that no
+    /// provider renders, with their pixmaps; returns how many. Requests do it on their own as entries accumulate;
+    /// a host may call it after closing a scene. GUI thread only.
+    std::size_t pruneEntries();
+
     /// Writes the images of the entities that `filter` accepts.
     void serializeThumbnailCache(ISerializer& out, Function<bool(const EntityHolder<Entity>&)> filter) const;
     /// Adds the images of a stream to the cache; on any error the cache stays as it was. Images are keyed by entity

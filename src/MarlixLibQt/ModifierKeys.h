@@ -1,0 +1,10 @@
+#pragma once
+
+// The library's watch on the keyboard modifiers, behind LibQt::addModifierKeysObserver.
+namespace Marlix::LibQt {
+
+/// Starts feeding the modifier observers from the running GUI application's input.
+void installModifierTracking();
+void removeModifierTracking();
+
+} // namespace Marlix::LibQt
