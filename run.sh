@@ -26,7 +26,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 
-packages=(cmake ninja-build g++ pkg-config ccache qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
+packages=(cmake ninja-build g++ pkg-config ccache qt6-base-dev qt6-base-private-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
           libglx-dev nlohmann-json3-dev fonts-dejavu-core)
 [ "$command" = bench ] && packages+=(libbenchmark-dev)
 # libFuzzer's runtime comes with clang's sanitizer runtimes.
