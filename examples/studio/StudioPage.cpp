@@ -10,6 +10,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Editors"), QStringLiteral("editors"), createEditorsPage },
         { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
         { QStringLiteral("Properties"), QStringLiteral("properties"), createPropertiesPage },
+        { QStringLiteral("Mesh properties"), QStringLiteral("mesh-properties"), createMeshPropertiesPage },
     };
 }
 

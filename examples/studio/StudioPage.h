@@ -29,5 +29,6 @@ QWidget* createModelsPage(QWidget* parent);
 QWidget* createEditorsPage(QWidget* parent);
 QWidget* createColourPage(QWidget* parent);
 QWidget* createPropertiesPage(QWidget* parent);
+QWidget* createMeshPropertiesPage(QWidget* parent);
 
 } // namespace Studio

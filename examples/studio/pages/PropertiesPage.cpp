@@ -17,7 +17,6 @@
 #include <QUndoView>
 #include <QVBoxLayout>
 
-#include <array>
 #include <memory>
 #include <set>
 
@@ -33,8 +32,10 @@ constexpr int PAGE_MARGIN = 8;
 constexpr int SCENE_WIDTH = 190;
 constexpr int SHEET_WIDTH = 560;
 constexpr int HISTORY_WIDTH = 220;
-// The selection of the screenshot: two materials, so that the rows where they differ show it.
-constexpr std::array<const char*, 2> FIRST_SELECTION { "Wood", "Steel" };
+// The selections of the screenshots: two materials, so that the rows where they differ show it, and a mesh, whose
+// colour ramp and level-of-detail list show the gradient control and the list editor.
+const QStringList MATERIALS_SELECTION { QStringLiteral("Wood"), QStringLiteral("Steel") };
+const QStringList MESH_SELECTION { QStringLiteral("Table") };
 
 QWidget* titled(const QString& title, QWidget* content, QLabel** caption = nullptr)
 {
@@ -57,7 +58,7 @@ QWidget* titled(const QString& title, QWidget* content, QLabel** caption = nullp
 class PropertiesPage : public QWidget
 {
 public:
-    explicit PropertiesPage(QWidget* parent);
+    PropertiesPage(const QStringList& firstSelection, QWidget* parent);
     ~PropertiesPage() override;
 
 private:
@@ -82,7 +83,7 @@ private:
     CallbacksOwner observation;
 };
 
-PropertiesPage::PropertiesPage(QWidget* parent)
+PropertiesPage::PropertiesPage(const QStringList& firstSelection, QWidget* parent)
     : QWidget(parent)
     , bridge(new UndoStackBridge(undoManager, this))
     , list(new QListWidget)
@@ -131,9 +132,8 @@ PropertiesPage::PropertiesPage(QWidget* parent)
 
     connect(list, &QListWidget::itemSelectionChanged, this, [this] { showSelection(); });
     for (int row = 0; row < list->count(); ++row)
-        for (const char* name : FIRST_SELECTION)
-            if (list->item(row)->text() == QLatin1String(name))
-                list->item(row)->setSelected(true);
+        if (firstSelection.contains(list->item(row)->text()))
+            list->item(row)->setSelected(true);
     showSelection();
 }
 
@@ -211,7 +211,12 @@ void PropertiesPage::showSelection()
 
 QWidget* createPropertiesPage(QWidget* parent)
 {
-    return new PropertiesPage(parent);
+    return new PropertiesPage(MATERIALS_SELECTION, parent);
+}
+
+QWidget* createMeshPropertiesPage(QWidget* parent)
+{
+    return new PropertiesPage(MESH_SELECTION, parent);
 }
 
 } // namespace Studio
