@@ -237,12 +237,15 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Option
 
 Detail::ScratchValue::ScratchValue(const TypeDefinition& type)
     : type(type)
-    , storage(::operator new(type.getSize(), std::align_val_t(type.getAlignment())))
+    , storage(type.getSize() <= LOCAL_SIZE && type.getAlignment() <= alignof(std::max_align_t)
+              ? static_cast<void*>(local)
+              : ::operator new(type.getSize(), std::align_val_t(type.getAlignment())))
 {
     try {
         type.construct(storage);
     } catch (...) {
-        ::operator delete(storage, std::align_val_t(type.getAlignment()));
+        if (!isLocal())
+            ::operator delete(storage, std::align_val_t(type.getAlignment()));
         throw;
     }
 }
@@ -250,7 +253,8 @@ Detail::ScratchValue::ScratchValue(const TypeDefinition& type)
 Detail::ScratchValue::~ScratchValue()
 {
     type.destroy(storage);
-    ::operator delete(storage, std::align_val_t(type.getAlignment()));
+    if (!isLocal())
+        ::operator delete(storage, std::align_val_t(type.getAlignment()));
 }
 
 String Detail::quoteForList(StringView text)
