@@ -197,6 +197,31 @@ const Entity* findReferenceCycle(const Array<EntityHolder<Entity>>& entities)
     }
     return nullptr;
 }
+
+/// Whether the references read, given as the places they name (those of entity `i` from `firstReference[i]` on),
+/// form a loop. Entities that no remaining entity references are taken away until none is left, or only entities on
+/// a loop or behind one: plain numbers in a few arrays, where walking the entities again missed the cache at each.
+bool formsLoop(const Array<std::size_t>& firstReference, const Array<std::uint32_t>& references)
+{
+    const std::size_t count = firstReference.size() - 1;
+    Array<std::uint32_t> referrers(count, 0);
+    for (const std::uint32_t place : references)
+        ++referrers[place];
+    Array<std::uint32_t> unreferenced;
+    for (std::uint32_t i = 0; i < count; ++i)
+        if (referrers[i] == 0)
+            unreferenced.push_back(i);
+    std::size_t taken = 0;
+    while (!unreferenced.empty()) {
+        const std::uint32_t place = unreferenced.back();
+        unreferenced.pop_back();
+        ++taken;
+        for (std::size_t i = firstReference[place]; i < firstReference[place + 1]; ++i)
+            if (--referrers[references[i]] == 0)
+                unreferenced.push_back(references[i]);
+    }
+    return taken != count;
+}
 } // namespace
 
 void SceneSerializer::save(const EntityGraphTracker& scene, ISerializer& out)
@@ -308,10 +333,17 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return id >= firstId && id - firstId < dense.size() ? dense[std::size_t(id - firstId)] : PlaceTable::NONE;
     };
 
-    const EntityResolver resolver = [&placeOf, &entities](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
+    // The places every reference names, those of each entity after the ones before it: the loop check at the end
+    // needs nothing else.
+    Array<std::uint32_t> references;
+    Array<std::size_t> firstReference;
+    firstReference.reserve(entities.size() + 1);
+    const EntityResolver resolver
+        = [&placeOf, &entities, &references](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
         const std::uint32_t place = placeOf(id);
         if (place == PlaceTable::NONE)
             return failure("a reference names the entity #" + std::to_string(id) + " that the stream does not hold");
+        references.push_back(place);
         return entities[place];
     };
 
@@ -322,19 +354,23 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return failure("there are " + std::to_string(*entityCount) + " value records for "
             + std::to_string(entities.size()) + " entities");
     for (const auto& entity : entities) {
+        firstReference.push_back(references.size());
         if (auto entered = nesting.enterRecord(ENTITY_KEY); !entered)
             return Unexpected<String>(entered.error());
         for (std::uint32_t i = 0; i < entity->getPropertyCount(); ++i) {
             const PropertyDefinition& property = entity->getPropertyDefinition(i);
             if (!isSaved(property))
                 continue;
-            auto value = property.getTypeDefinition().deserialize(
-                hashing, property.getName(), resolver, entity->mutablePropertyData(i));
+            // Straight into the new entity, without a copy made first: a failed read drops it anyway.
+            const TypeDefinition& type = property.getTypeDefinition();
+            auto value = type.getOperations().deserialize(
+                type, hashing, property.getName(), resolver, entity->mutablePropertyData(i));
             if (!value)
                 return failure(value.error());
         }
         nesting.leave();
     }
+    firstReference.push_back(references.size());
     nesting.leave();
 
     const std::uint64_t expected = checksum.get();
@@ -343,7 +379,7 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return failure(written.error());
     if (*written != expected)
         return failure("its checksum does not match its content");
-    if (findReferenceCycle(entities))
+    if (formsLoop(firstReference, references))
         return failure("its references form a cycle");
     return staged.release();
 }
