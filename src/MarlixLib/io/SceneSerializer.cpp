@@ -338,14 +338,26 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     Array<std::uint32_t> references;
     Array<std::size_t> firstReference;
     firstReference.reserve(entities.size() + 1);
+    const auto missing = [](std::uint64_t id) {
+        return failure("a reference names the entity #" + std::to_string(id) + " that the stream does not hold");
+    };
     const EntityResolver resolver
-        = [&placeOf, &entities, &references](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
+        = [&placeOf, &entities, &references, &missing](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
         const std::uint32_t place = placeOf(id);
         if (place == PlaceTable::NONE)
-            return failure("a reference names the entity #" + std::to_string(id) + " that the stream does not hold");
+            return missing(id);
         references.push_back(place);
         return entities[place];
     };
+    // A reference an entity holds itself is set once every value is read, by a pass that asks for the entities it
+    // needs a few references ahead: setting each as it was read waited for memory at each one.
+    struct Unset
+    {
+        EntityHolder<Entity>* holder;
+        std::uint32_t place;
+        const PropertyDefinition* property;
+    };
+    Array<Unset> unset;
 
     const auto entityCount = nesting.enterArray(ENTITIES_KEY);
     if (!entityCount)
@@ -363,6 +375,21 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
                 continue;
             // Straight into the new entity, without a copy made first: a failed read drops it anyway.
             const TypeDefinition& type = property.getTypeDefinition();
+            if (type.getKind() == TypeKind::EntityReference && type.isNative<EntityHolder<Entity>>()) {
+                const auto id = hashing.readEntityReference(property.getName());
+                if (!id)
+                    return failure(id.error());
+                auto* holder = static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i));
+                *holder = nullptr;
+                if (*id == 0)
+                    continue;
+                const std::uint32_t place = placeOf(*id);
+                if (place == PlaceTable::NONE)
+                    return failure(missing(*id).error());
+                references.push_back(place);
+                unset.push_back({ holder, place, &property });
+                continue;
+            }
             auto value = type.getOperations().deserialize(
                 type, hashing, property.getName(), resolver, entity->mutablePropertyData(i));
             if (!value)
@@ -372,6 +399,24 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     }
     firstReference.push_back(references.size());
     nesting.leave();
+    constexpr std::size_t AHEAD = 8;
+    for (std::size_t i = 0; i < unset.size(); ++i) {
+#if defined(__GNUC__)
+        if (i + AHEAD < unset.size()) {
+            // The entity and, where it was made with it, the block of its count just before it.
+            const auto* next = reinterpret_cast<const char*>(entities[unset[i + AHEAD].place].get());
+            __builtin_prefetch(next - 16);
+            __builtin_prefetch(next);
+        }
+#endif
+        const EntityHolder<Entity>& target = entities[unset[i].place];
+        const PropertyDefinition& property = *unset[i].property;
+        const EntityClassInfo accepted = property.getTypeDefinition().getAcceptedEntityClass();
+        if (!accepted.isBaseClassOf(target->getClassInfo()))
+            return failure("The reference \"" + property.getName() + "\" names an entity that is not a "
+                + accepted.getName());
+        *unset[i].holder = target;
+    }
 
     const std::uint64_t expected = checksum.get();
     const auto written = in.readUInt(CHECKSUM_KEY);
