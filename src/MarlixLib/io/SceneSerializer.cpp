@@ -279,16 +279,23 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     const auto classCount = nesting.enterArray(CLASSES_KEY);
     if (!classCount)
         return Unexpected<String>(classCount.error());
+    // A scene holds few classes: each is looked up in the database once.
+    std::unordered_map<String, EntityClassInfo> classes;
+    entities.reserve(*classCount);
     for (std::size_t i = 0; i < *classCount; ++i) {
         const auto name = hashing.readString("class");
         if (!name)
             return failure(name.error());
-        const auto entityClass = TypeDatabase::instance().lookupEntityClass(*name);
-        if (!entityClass)
-            return Unexpected<String>("The scene holds an entity of the unknown class \"" + *name + "\"");
-        if (!entityClass->canCreate())
-            return failure("the class \"" + *name + "\" cannot be created");
-        entities.push_back(entityClass->create());
+        auto known = classes.find(*name);
+        if (known == classes.end()) {
+            const auto entityClass = TypeDatabase::instance().lookupEntityClass(*name);
+            if (!entityClass)
+                return Unexpected<String>("The scene holds an entity of the unknown class \"" + *name + "\"");
+            if (!entityClass->canCreate())
+                return failure("the class \"" + *name + "\" cannot be created");
+            known = classes.emplace(*name, *entityClass).first;
+        }
+        entities.push_back(known->second.create());
     }
     nesting.leave();
 
