@@ -356,15 +356,35 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         references.push_back(place);
         return entities[place];
     };
-    // A reference an entity holds itself is set once every value is read, by a pass that asks for the entities it
-    // needs a few references ahead: setting each as it was read waited for memory at each one.
+    // A reference an entity holds itself, alone or in a list, is set once every value is read, by a pass that asks
+    // for the entities it needs a few references ahead: setting each as it was read waited for memory at each one.
     struct Unset
     {
         EntityHolder<Entity>* holder;
         std::uint32_t place;
-        const PropertyDefinition* property;
+        const TypeDefinition* type;
+        StringView key;
     };
     Array<Unset> unset;
+    // Reads a reference into `holder`, empty until that pass.
+    const auto readReference
+        = [&](const TypeDefinition& type, StringView key, EntityHolder<Entity>& holder) -> Expected<void, String> {
+        const auto id = hashing.readEntityReference(key);
+        if (!id)
+            return failure(id.error());
+        holder = nullptr;
+        if (*id == 0)
+            return {};
+        const std::uint32_t place = placeOf(*id);
+        if (place == PlaceTable::NONE)
+            return failure(missing(*id).error());
+        references.push_back(place);
+        unset.push_back({ &holder, place, &type, key });
+        return {};
+    };
+    const auto isReference = [](const TypeDefinition& type) {
+        return type.getKind() == TypeKind::EntityReference && type.isNative<EntityHolder<Entity>>();
+    };
 
     const auto entityCount = nesting.enterArray(ENTITIES_KEY);
     if (!entityCount)
@@ -382,19 +402,27 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
                 continue;
             // Straight into the new entity, without a copy made first: a failed read drops it anyway.
             const TypeDefinition& type = property.getTypeDefinition();
-            if (type.getKind() == TypeKind::EntityReference && type.isNative<EntityHolder<Entity>>()) {
-                const auto id = hashing.readEntityReference(property.getName());
-                if (!id)
-                    return failure(id.error());
-                auto* holder = static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i));
-                *holder = nullptr;
-                if (*id == 0)
-                    continue;
-                const std::uint32_t place = placeOf(*id);
-                if (place == PlaceTable::NONE)
-                    return failure(missing(*id).error());
-                references.push_back(place);
-                unset.push_back({ holder, place, &property });
+            if (isReference(type)) {
+                auto outcome = readReference(
+                    type, property.getName(), *static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i)));
+                if (!outcome)
+                    return Unexpected<String>(outcome.error());
+                continue;
+            }
+            if (type.getKind() == TypeKind::List && type.isNative<Array<EntityHolder<Entity>>>()
+                && isReference(*type.getElementType())) {
+                const auto count = hashing.enterArray(property.getName());
+                if (!count)
+                    return failure(count.error());
+                // Sized first, so that the places of the references stay where they are.
+                auto& list = *static_cast<Array<EntityHolder<Entity>>*>(entity->mutablePropertyData(i));
+                list.assign(*count, nullptr);
+                for (auto& item : list)
+                    if (auto outcome = readReference(*type.getElementType(), "item", item); !outcome) {
+                        hashing.leaveArray();
+                        return Unexpected<String>(outcome.error());
+                    }
+                hashing.leaveArray();
                 continue;
             }
             auto value = type.getOperations().deserialize(
@@ -411,17 +439,16 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
 #if defined(__GNUC__)
         if (i + AHEAD < unset.size()) {
             // The entity and, where it was made with it, the block of its count just before it.
-            const auto* next = reinterpret_cast<const char*>(entities[unset[i + AHEAD].place].get());
-            __builtin_prefetch(next - 16);
-            __builtin_prefetch(next);
+            const auto next = reinterpret_cast<std::uintptr_t>(entities[unset[i + AHEAD].place].get());
+            __builtin_prefetch(reinterpret_cast<const void*>(next - 16));
+            __builtin_prefetch(reinterpret_cast<const void*>(next));
         }
 #endif
         const EntityHolder<Entity>& target = entities[unset[i].place];
-        const PropertyDefinition& property = *unset[i].property;
-        const EntityClassInfo accepted = property.getTypeDefinition().getAcceptedEntityClass();
+        const EntityClassInfo accepted = unset[i].type->getAcceptedEntityClass();
         if (!accepted.isBaseClassOf(target->getClassInfo()))
-            return failure("The reference \"" + property.getName() + "\" names an entity that is not a "
-                + accepted.getName());
+            return failure(
+                "The reference \"" + String(unset[i].key) + "\" names an entity that is not a " + accepted.getName());
         *unset[i].holder = target;
     }
 
