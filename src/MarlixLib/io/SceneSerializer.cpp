@@ -366,6 +366,9 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         StringView key;
     };
     Array<Unset> unset;
+    // Scenes hold about one reference per entity.
+    references.reserve(entities.size());
+    unset.reserve(entities.size());
     // Reads a reference into `holder`, empty until that pass.
     const auto readReference
         = [&](const TypeDefinition& type, StringView key, EntityHolder<Entity>& holder) -> Expected<void, String> {
