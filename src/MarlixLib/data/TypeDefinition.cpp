@@ -219,9 +219,12 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Option
                           void* target) -> Expected<void, String> {
         if (auto entered = in.enterRecord(key); !entered)
             return entered;
+        // Each field straight into its place: a failed read leaves `target` changed, which this operation may, since
+        // deserialize() reads into a copy first.
         for (const PropertyDefinition& property : type.getLayout()->getProperties()) {
-            auto read = property.getTypeDefinition().deserialize(
-                in, property.getName(), resolver, static_cast<std::byte*>(target) + property.getOffset());
+            const TypeDefinition& field = property.getTypeDefinition();
+            auto read = field.getOperations().deserialize(
+                field, in, property.getName(), resolver, static_cast<std::byte*>(target) + property.getOffset());
             if (!read) {
                 in.leaveRecord();
                 return read;
