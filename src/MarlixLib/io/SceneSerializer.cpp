@@ -438,6 +438,9 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     firstReference.push_back(references.size());
     nesting.leave();
     constexpr std::size_t AHEAD = 8;
+    // The class the last reference's type accepts, asked for again only when the type changes.
+    const TypeDefinition* lastType = nullptr;
+    Optional<EntityClassInfo> accepted;
     for (std::size_t i = 0; i < unset.size(); ++i) {
 #if defined(__GNUC__)
         if (i + AHEAD < unset.size()) {
@@ -448,10 +451,13 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         }
 #endif
         const EntityHolder<Entity>& target = entities[unset[i].place];
-        const EntityClassInfo accepted = unset[i].type->getAcceptedEntityClass();
-        if (!accepted.isBaseClassOf(target->getClassInfo()))
+        if (unset[i].type != lastType) {
+            lastType = unset[i].type;
+            accepted.emplace(lastType->getAcceptedEntityClass());
+        }
+        if (!accepted->isBaseClassOf(target->getClassInfo()))
             return failure(
-                "The reference \"" + String(unset[i].key) + "\" names an entity that is not a " + accepted.getName());
+                "The reference \"" + String(unset[i].key) + "\" names an entity that is not a " + accepted->getName());
         *unset[i].holder = target;
     }
 
