@@ -279,14 +279,16 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     const auto classCount = nesting.enterArray(CLASSES_KEY);
     if (!classCount)
         return Unexpected<String>(classCount.error());
-    // A scene holds few classes: each is looked up in the database once.
+    // A scene holds few classes: each is looked up in the database once, and runs of one class not even in the map.
     std::unordered_map<String, EntityClassInfo> classes;
+    auto known = classes.end();
     entities.reserve(*classCount);
     for (std::size_t i = 0; i < *classCount; ++i) {
         const auto name = hashing.readString("class");
         if (!name)
             return failure(name.error());
-        auto known = classes.find(*name);
+        if (known == classes.end() || known->first != *name)
+            known = classes.find(*name);
         if (known == classes.end()) {
             const auto entityClass = TypeDatabase::instance().lookupEntityClass(*name);
             if (!entityClass)
