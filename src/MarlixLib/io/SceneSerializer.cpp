@@ -282,7 +282,6 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     // A scene holds few classes: each is looked up in the database once, and runs of one class not even in the map.
     std::unordered_map<String, EntityClassInfo> classes;
     auto known = classes.end();
-    entities.reserve(*classCount);
     for (std::size_t i = 0; i < *classCount; ++i) {
         const auto name = hashing.readString("class");
         if (!name)
@@ -371,22 +370,20 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     // Scenes hold about one reference per entity.
     references.reserve(entities.size());
     unset.reserve(entities.size());
-    // Reads a reference into `holder`, empty until that pass.
-    const auto readReference
-        = [&](const TypeDefinition& type, StringView key, EntityHolder<Entity>& holder) -> Expected<void, String> {
-        const auto id = hashing.readEntityReference(key);
-        if (!id)
-            return failure(id.error());
+    // Where a reference read goes, empty until that pass.
+    const auto setLater = [&](const TypeDefinition& type, StringView key, EntityHolder<Entity>& holder,
+                              std::uint64_t id) -> Expected<void, String> {
         holder = nullptr;
-        if (*id == 0)
+        if (id == 0)
             return {};
-        const std::uint32_t place = placeOf(*id);
+        const std::uint32_t place = placeOf(id);
         if (place == PlaceTable::NONE)
-            return failure(missing(*id).error());
+            return failure(missing(id).error());
         references.push_back(place);
         unset.push_back({ &holder, place, &type, key });
         return {};
     };
+    Array<std::uint64_t> itemIds; // of one list at a time
     const auto isReference = [](const TypeDefinition& type) {
         return type.getKind() == TypeKind::EntityReference && type.isNative<EntityHolder<Entity>>();
     };
@@ -408,9 +405,11 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
             // Straight into the new entity, without a copy made first: a failed read drops it anyway.
             const TypeDefinition& type = property.getTypeDefinition();
             if (isReference(type)) {
-                auto outcome = readReference(
-                    type, property.getName(), *static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i)));
-                if (!outcome)
+                const auto id = hashing.readEntityReference(property.getName());
+                if (!id)
+                    return failure(id.error());
+                auto* holder = static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i));
+                if (auto outcome = setLater(type, property.getName(), *holder, *id); !outcome)
                     return Unexpected<String>(outcome.error());
                 continue;
             }
@@ -419,15 +418,22 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
                 const auto count = hashing.enterArray(property.getName());
                 if (!count)
                     return failure(count.error());
-                // Sized first, so that the places of the references stay where they are.
-                auto& list = *static_cast<Array<EntityHolder<Entity>>*>(entity->mutablePropertyData(i));
-                list.assign(*count, nullptr);
-                for (auto& item : list)
-                    if (auto outcome = readReference(*type.getElementType(), "item", item); !outcome) {
+                // The identities first: the list is then made at its size, and its references stay where they are.
+                itemIds.clear();
+                for (std::size_t item = 0; item < *count; ++item) {
+                    const auto id = hashing.readEntityReference("item");
+                    if (!id) {
                         hashing.leaveArray();
-                        return Unexpected<String>(outcome.error());
+                        return failure(id.error());
                     }
+                    itemIds.push_back(*id);
+                }
                 hashing.leaveArray();
+                auto& list = *static_cast<Array<EntityHolder<Entity>>*>(entity->mutablePropertyData(i));
+                list.assign(itemIds.size(), nullptr);
+                for (std::size_t item = 0; item < itemIds.size(); ++item)
+                    if (auto outcome = setLater(*type.getElementType(), "item", list[item], itemIds[item]); !outcome)
+                        return Unexpected<String>(outcome.error());
                 continue;
             }
             auto value = type.getOperations().deserialize(
