@@ -101,6 +101,7 @@ EntityHolder<Entity> EntityGraphTracker::eraseUnrecorded(const Entity& entity, s
 void EntityGraphTracker::replaceEntities(Array<EntityHolder<Entity>> replacement)
 {
     std::unordered_map<std::uint64_t, std::size_t> index;
+    index.reserve(replacement.size());
     for (std::size_t i = 0; i < replacement.size(); ++i) {
         if (!replacement[i] || !index.emplace(replacement[i]->getId(), i).second)
             throw Exception("A scene cannot hold an empty entity or one entity twice");

@@ -219,9 +219,12 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Option
                           void* target) -> Expected<void, String> {
         if (auto entered = in.enterRecord(key); !entered)
             return entered;
+        // Each field straight into its place: a failed read leaves `target` changed, which this operation may, since
+        // deserialize() reads into a copy first.
         for (const PropertyDefinition& property : type.getLayout()->getProperties()) {
-            auto read = property.getTypeDefinition().deserialize(
-                in, property.getName(), resolver, static_cast<std::byte*>(target) + property.getOffset());
+            const TypeDefinition& field = property.getTypeDefinition();
+            auto read = field.getOperations().deserialize(
+                field, in, property.getName(), resolver, static_cast<std::byte*>(target) + property.getOffset());
             if (!read) {
                 in.leaveRecord();
                 return read;
@@ -237,12 +240,15 @@ SharedPtr<TypeDefinition> TypeDefinition::makeDataObjectType(String name, Option
 
 Detail::ScratchValue::ScratchValue(const TypeDefinition& type)
     : type(type)
-    , storage(::operator new(type.getSize(), std::align_val_t(type.getAlignment())))
+    , storage(type.getSize() <= LOCAL_SIZE && type.getAlignment() <= alignof(std::max_align_t)
+              ? static_cast<void*>(local)
+              : ::operator new(type.getSize(), std::align_val_t(type.getAlignment())))
 {
     try {
         type.construct(storage);
     } catch (...) {
-        ::operator delete(storage, std::align_val_t(type.getAlignment()));
+        if (!isLocal())
+            ::operator delete(storage, std::align_val_t(type.getAlignment()));
         throw;
     }
 }
@@ -250,7 +256,8 @@ Detail::ScratchValue::ScratchValue(const TypeDefinition& type)
 Detail::ScratchValue::~ScratchValue()
 {
     type.destroy(storage);
-    ::operator delete(storage, std::align_val_t(type.getAlignment()));
+    if (!isLocal())
+        ::operator delete(storage, std::align_val_t(type.getAlignment()));
 }
 
 String Detail::quoteForList(StringView text)

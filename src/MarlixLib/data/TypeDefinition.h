@@ -166,8 +166,13 @@ public:
     void* data() { return storage; }
 
 private:
+    // Most values fit here: reading a scene makes one per value read, which the heap made a large part of loading.
+    static constexpr std::size_t LOCAL_SIZE = 128;
+    bool isLocal() const { return storage == static_cast<const void*>(local); }
+
     const TypeDefinition& type;
     void* storage;
+    alignas(std::max_align_t) std::byte local[LOCAL_SIZE];
 };
 
 MARLIXLIB_EXPORT String quoteForList(StringView text);

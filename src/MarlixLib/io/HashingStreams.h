@@ -32,9 +32,16 @@ public:
             return;
         }
         mix(std::uint8_t(tag) | std::uint64_t(text.size()) << 8);
-        for (std::size_t at = 0; at < text.size(); at += 8) {
+        // Whole words copied by a fixed size, which compilers inline; the last one, filled with zeros, may be shorter.
+        std::size_t at = 0;
+        for (; text.size() - at >= 8; at += 8) {
+            std::uint64_t word;
+            std::memcpy(&word, text.data() + at, 8);
+            mix(word);
+        }
+        if (at < text.size()) {
             std::uint64_t word = 0;
-            std::memcpy(&word, text.data() + at, std::min<std::size_t>(8, text.size() - at));
+            std::memcpy(&word, text.data() + at, text.size() - at);
             mix(word);
         }
     }

@@ -197,6 +197,31 @@ const Entity* findReferenceCycle(const Array<EntityHolder<Entity>>& entities)
     }
     return nullptr;
 }
+
+/// Whether the references read, given as the places they name (those of entity `i` from `firstReference[i]` on),
+/// form a loop. Entities that no remaining entity references are taken away until none is left, or only entities on
+/// a loop or behind one: plain numbers in a few arrays, where walking the entities again missed the cache at each.
+bool formsLoop(const Array<std::size_t>& firstReference, const Array<std::uint32_t>& references)
+{
+    const std::size_t count = firstReference.size() - 1;
+    Array<std::uint32_t> referrers(count, 0);
+    for (const std::uint32_t place : references)
+        ++referrers[place];
+    Array<std::uint32_t> unreferenced;
+    for (std::uint32_t i = 0; i < count; ++i)
+        if (referrers[i] == 0)
+            unreferenced.push_back(i);
+    std::size_t taken = 0;
+    while (!unreferenced.empty()) {
+        const std::uint32_t place = unreferenced.back();
+        unreferenced.pop_back();
+        ++taken;
+        for (std::size_t i = firstReference[place]; i < firstReference[place + 1]; ++i)
+            if (--referrers[references[i]] == 0)
+                unreferenced.push_back(references[i]);
+    }
+    return taken != count;
+}
 } // namespace
 
 void SceneSerializer::save(const EntityGraphTracker& scene, ISerializer& out)
@@ -254,16 +279,24 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
     const auto classCount = nesting.enterArray(CLASSES_KEY);
     if (!classCount)
         return Unexpected<String>(classCount.error());
+    // A scene holds few classes: each is looked up in the database once, and runs of one class not even in the map.
+    std::unordered_map<String, EntityClassInfo> classes;
+    auto known = classes.end();
     for (std::size_t i = 0; i < *classCount; ++i) {
         const auto name = hashing.readString("class");
         if (!name)
             return failure(name.error());
-        const auto entityClass = TypeDatabase::instance().lookupEntityClass(*name);
-        if (!entityClass)
-            return Unexpected<String>("The scene holds an entity of the unknown class \"" + *name + "\"");
-        if (!entityClass->canCreate())
-            return failure("the class \"" + *name + "\" cannot be created");
-        entities.push_back(entityClass->create());
+        if (known == classes.end() || known->first != *name)
+            known = classes.find(*name);
+        if (known == classes.end()) {
+            const auto entityClass = TypeDatabase::instance().lookupEntityClass(*name);
+            if (!entityClass)
+                return Unexpected<String>("The scene holds an entity of the unknown class \"" + *name + "\"");
+            if (!entityClass->canCreate())
+                return failure("the class \"" + *name + "\" cannot be created");
+            known = classes.emplace(*name, *entityClass).first;
+        }
+        entities.push_back(known->second.create());
     }
     nesting.leave();
 
@@ -308,11 +341,51 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return id >= firstId && id - firstId < dense.size() ? dense[std::size_t(id - firstId)] : PlaceTable::NONE;
     };
 
-    const EntityResolver resolver = [&placeOf, &entities](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
+    // The places every reference names, those of each entity after the ones before it: the loop check at the end
+    // needs nothing else.
+    Array<std::uint32_t> references;
+    Array<std::size_t> firstReference;
+    firstReference.reserve(entities.size() + 1);
+    const auto missing = [](std::uint64_t id) {
+        return failure("a reference names the entity #" + std::to_string(id) + " that the stream does not hold");
+    };
+    const EntityResolver resolver
+        = [&placeOf, &entities, &references, &missing](std::uint64_t id) -> Expected<SharedPtr<Entity>, String> {
         const std::uint32_t place = placeOf(id);
         if (place == PlaceTable::NONE)
-            return failure("a reference names the entity #" + std::to_string(id) + " that the stream does not hold");
+            return missing(id);
+        references.push_back(place);
         return entities[place];
+    };
+    // A reference an entity holds itself, alone or in a list, is set once every value is read, by a pass that asks
+    // for the entities it needs a few references ahead: setting each as it was read waited for memory at each one.
+    struct Unset
+    {
+        EntityHolder<Entity>* holder;
+        std::uint32_t place;
+        const TypeDefinition* type;
+        StringView key;
+    };
+    Array<Unset> unset;
+    // Scenes hold about one reference per entity.
+    references.reserve(entities.size());
+    unset.reserve(entities.size());
+    // Where a reference read goes, empty until that pass.
+    const auto setLater = [&](const TypeDefinition& type, StringView key, EntityHolder<Entity>& holder,
+                              std::uint64_t id) -> Expected<void, String> {
+        holder = nullptr;
+        if (id == 0)
+            return {};
+        const std::uint32_t place = placeOf(id);
+        if (place == PlaceTable::NONE)
+            return failure(missing(id).error());
+        references.push_back(place);
+        unset.push_back({ &holder, place, &type, key });
+        return {};
+    };
+    Array<std::uint64_t> itemIds; // of one list at a time
+    const auto isReference = [](const TypeDefinition& type) {
+        return type.getKind() == TypeKind::EntityReference && type.isNative<EntityHolder<Entity>>();
     };
 
     const auto entityCount = nesting.enterArray(ENTITIES_KEY);
@@ -322,20 +395,79 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return failure("there are " + std::to_string(*entityCount) + " value records for "
             + std::to_string(entities.size()) + " entities");
     for (const auto& entity : entities) {
+        firstReference.push_back(references.size());
         if (auto entered = nesting.enterRecord(ENTITY_KEY); !entered)
             return Unexpected<String>(entered.error());
         for (std::uint32_t i = 0; i < entity->getPropertyCount(); ++i) {
             const PropertyDefinition& property = entity->getPropertyDefinition(i);
             if (!isSaved(property))
                 continue;
-            auto value = property.getTypeDefinition().deserialize(
-                hashing, property.getName(), resolver, entity->mutablePropertyData(i));
+            // Straight into the new entity, without a copy made first: a failed read drops it anyway.
+            const TypeDefinition& type = property.getTypeDefinition();
+            if (isReference(type)) {
+                const auto id = hashing.readEntityReference(property.getName());
+                if (!id)
+                    return failure(id.error());
+                auto* holder = static_cast<EntityHolder<Entity>*>(entity->mutablePropertyData(i));
+                if (auto outcome = setLater(type, property.getName(), *holder, *id); !outcome)
+                    return Unexpected<String>(outcome.error());
+                continue;
+            }
+            if (type.getKind() == TypeKind::List && type.isNative<Array<EntityHolder<Entity>>>()
+                && isReference(*type.getElementType())) {
+                const auto count = hashing.enterArray(property.getName());
+                if (!count)
+                    return failure(count.error());
+                // The identities first: the list is then made at its size, and its references stay where they are.
+                itemIds.clear();
+                for (std::size_t item = 0; item < *count; ++item) {
+                    const auto id = hashing.readEntityReference("item");
+                    if (!id) {
+                        hashing.leaveArray();
+                        return failure(id.error());
+                    }
+                    itemIds.push_back(*id);
+                }
+                hashing.leaveArray();
+                auto& list = *static_cast<Array<EntityHolder<Entity>>*>(entity->mutablePropertyData(i));
+                list.assign(itemIds.size(), nullptr);
+                for (std::size_t item = 0; item < itemIds.size(); ++item)
+                    if (auto outcome = setLater(*type.getElementType(), "item", list[item], itemIds[item]); !outcome)
+                        return Unexpected<String>(outcome.error());
+                continue;
+            }
+            auto value = type.getOperations().deserialize(
+                type, hashing, property.getName(), resolver, entity->mutablePropertyData(i));
             if (!value)
                 return failure(value.error());
         }
         nesting.leave();
     }
+    firstReference.push_back(references.size());
     nesting.leave();
+    constexpr std::size_t AHEAD = 8;
+    // The class the last reference's type accepts, asked for again only when the type changes.
+    const TypeDefinition* lastType = nullptr;
+    Optional<EntityClassInfo> accepted;
+    for (std::size_t i = 0; i < unset.size(); ++i) {
+#if defined(__GNUC__)
+        if (i + AHEAD < unset.size()) {
+            // The entity and, where it was made with it, the block of its count just before it.
+            const auto next = reinterpret_cast<std::uintptr_t>(entities[unset[i + AHEAD].place].get());
+            __builtin_prefetch(reinterpret_cast<const void*>(next - 16));
+            __builtin_prefetch(reinterpret_cast<const void*>(next));
+        }
+#endif
+        const EntityHolder<Entity>& target = entities[unset[i].place];
+        if (unset[i].type != lastType) {
+            lastType = unset[i].type;
+            accepted.emplace(lastType->getAcceptedEntityClass());
+        }
+        if (!accepted->isBaseClassOf(target->getClassInfo()))
+            return failure(
+                "The reference \"" + String(unset[i].key) + "\" names an entity that is not a " + accepted->getName());
+        *unset[i].holder = target;
+    }
 
     const std::uint64_t expected = checksum.get();
     const auto written = in.readUInt(CHECKSUM_KEY);
@@ -343,7 +475,7 @@ Expected<Array<EntityHolder<Entity>>, String> SceneSerializer::read(IDeserialize
         return failure(written.error());
     if (*written != expected)
         return failure("its checksum does not match its content");
-    if (findReferenceCycle(entities))
+    if (formsLoop(firstReference, references))
         return failure("its references form a cycle");
     return staged.release();
 }
