@@ -9,6 +9,8 @@
 
 #include <QtTest/QTest>
 
+#include <set>
+
 using namespace Marlix;
 using namespace Marlix::TestScene;
 
@@ -216,6 +218,12 @@ void TestSceneSerializer::badStreams()
         out.writeInt("c", 2);
         out.endArray();
         out.writeEntityReference("material", kind == 2 ? 99 : kind == 4 ? 11 : 0);
+        // The mesh's other fields at their defaults, so that each row's fault is the only one in the stream.
+        const std::set<String> written { "name", "visible", "vertexCount", "resolution", "material" };
+        for (const auto& layout : meshClass().getLayouts())
+            for (const PropertyDefinition& property : layout->getProperties())
+                if (!written.contains(property.getName()))
+                    property.getTypeDefinition().serialize(out, property.getName(), property.getDefaultValue().data());
         out.endRecord();
     }
     out.endArray();
