@@ -6,7 +6,7 @@
 #   ./run.sh bench                                     build the release preset and run the benchmarks
 #   ./run.sh fuzz [SECONDS]                            build the fuzz preset (clang) and run every fuzz target
 #                                                      on its corpus for SECONDS each (default 60)
-# Presets: dev (default), asan (address + undefined-behaviour sanitizers), ci, release, fuzz.
+# Presets: dev (default), asan (address + undefined-behaviour sanitizers), ci, tsan (thread sanitizer), release, fuzz.
 set -euo pipefail
 cd "$(dirname "$0")"
 
