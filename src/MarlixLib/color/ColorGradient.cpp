@@ -70,7 +70,8 @@ void ColorGradient::setStops(Array<Stop> newStops)
     checkPositions(newStops);
     makeColorsFinite(newStops);
     // Stable, so that stops at one position keep their order and a hard edge stays the way it was drawn.
-    std::stable_sort(newStops.begin(), newStops.end(), byPosition);
+    if (!std::is_sorted(newStops.begin(), newStops.end(), byPosition))
+        std::stable_sort(newStops.begin(), newStops.end(), byPosition);
     stops = std::move(newStops);
 }
 
@@ -173,6 +174,8 @@ Expected<ColorGradient, String> ValueTraits<ColorGradient>::deserialize(IDeseria
         return Unexpected<String>(std::move(message));
     };
     Array<ColorGradient::Stop> stops;
+    // The count only sizes the room for what the stream holds; a damaged one must not ask for much.
+    stops.reserve(std::min<std::size_t>(*count, 256));
     for (std::size_t i = 0; i < *count; ++i) {
         if (auto entered = in.enterRecord("stop"); !entered)
             return fail(entered.error());

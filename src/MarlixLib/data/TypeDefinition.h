@@ -6,6 +6,7 @@
 #include <MarlixLib/data/UserData.h>
 #include <MarlixLib/data/ValueTraits.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -155,6 +156,9 @@ private:
 };
 
 namespace Detail {
+/// A list read from a stream reserves room for at most this many items up front, whatever count the stream claims.
+inline constexpr std::size_t LIST_RESERVE_LIMIT = 1024;
+
 /// Storage of a temporary value of a type known only at run time.
 class MARLIXLIB_EXPORT ScratchValue
 {
@@ -323,17 +327,21 @@ SharedPtr<TypeDefinition> TypeDefinition::makeList(String name, SharedPtr<const 
         const auto count = in.enterArray(key);
         if (!count)
             return Unexpected<String>(count.error());
-        List list;
+        // Read into the target's own storage: a new entity's default list already has room, and the caller reads
+        // into a copy whenever a failed read must leave its value alone. The count only sizes what the stream holds.
+        auto& list = *static_cast<List*>(target);
+        list.clear();
+        list.reserve(std::min<std::size_t>(*count, Detail::LIST_RESERVE_LIMIT));
+        const TypeDefinition& elementType = *type.getElementType();
         for (std::size_t i = 0; i < *count; ++i) {
             E item {};
-            if (auto read = type.getElementType()->deserialize(in, "item", resolver, &item); !read) {
+            if (auto read = elementType.getOperations().deserialize(elementType, in, "item", resolver, &item); !read) {
                 in.leaveArray();
                 return read;
             }
             list.push_back(std::move(item));
         }
         in.leaveArray();
-        *static_cast<List*>(target) = std::move(list);
         return {};
     };
     auto type = makeSharedPtr<TypeDefinition>(
