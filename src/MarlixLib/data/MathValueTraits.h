@@ -6,6 +6,7 @@
 #include <MarlixLib/math/Pixel.h>
 #include <MarlixLib/math/Pos.h>
 #include <MarlixLib/math/Vector2.h>
+#include <MarlixLib/math/Vector2f.h>
 #include <MarlixLib/math/Vector3.h>
 
 #include <array>
@@ -91,6 +92,11 @@ struct Vector2Components
     static std::array<double, 2> toComponents(const Vector2& v) { return { v.x, v.y }; }
     static Vector2 fromComponents(const std::array<double, 2>& c) { return { c[0], c[1] }; }
 };
+struct Vector2fComponents
+{
+    static std::array<float, 2> toComponents(const Vector2f& v) { return { v.x, v.y }; }
+    static Vector2f fromComponents(const std::array<float, 2>& c) { return { c[0], c[1] }; }
+};
 struct Vector3Components
 {
     static std::array<double, 3> toComponents(const Vector3& v) { return { v.x, v.y, v.z }; }
@@ -120,6 +126,9 @@ struct RgbComponents
 } // namespace Detail
 
 template <> struct ValueTraits<Vector2> : Detail::ComponentValueTraits<Vector2, Detail::Vector2Components, double, 2>
+{
+};
+template <> struct ValueTraits<Vector2f> : Detail::ComponentValueTraits<Vector2f, Detail::Vector2fComponents, float, 2>
 {
 };
 template <> struct ValueTraits<Vector3> : Detail::ComponentValueTraits<Vector3, Detail::Vector3Components, double, 3>

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace Marlix {
+
+/// A 2D vector of single-precision floats: positions stored in bulk, where a double's precision buys nothing.
+struct Vector2f
+{
+    float x = 0.0f;
+    float y = 0.0f;
+
+    friend constexpr bool operator==(const Vector2f&, const Vector2f&) = default;
+};
+
+} // namespace Marlix
