@@ -6,6 +6,8 @@
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/graph/GraphModel.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <algorithm>
 #include <cmath>
@@ -89,6 +91,10 @@ TypeModuleRecord makeDataTypesRecord()
     record.addType(TypeDefinition::makeEnumeration<Speed>("SpinBoxScrollSpeedAdjustmentType",
         enumerationValues<Speed>({ { Speed::ShiftFasterCtrlSlower, "ShiftFasterCtrlSlower" },
             { Speed::CtrlFasterAltSlower, "CtrlFasterAltSlower" }, { Speed::NoAdjustment, "NoAdjustment" } })));
+    // Graphs are saved with their scene, so loading must find their classes by name.
+    record.addEntityClass(*Widgets::Node::getClass().getBaseClass());
+    record.addEntityClass(Widgets::Node::getClass());
+    record.addEntityClass(Widgets::GraphModel::getClass());
     return record;
 }
 
@@ -139,9 +145,12 @@ const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base)
     static Stack<UniquePtr<const Stack<EntityClassInfo>>> retired;
 
     Stack<EntityClassInfo> classes = TypeDatabase::instance().getDerivedEntityClasses(base);
-    // The bare root class has nothing to edit, so it is never offered.
-    std::erase_if(
-        classes, [](const EntityClassInfo& c) { return !c.canCreate() || c == EntityClassInfo::entityClass(); });
+    // The bare root class has nothing to edit, and classes flagged hidden are the library's own records (graph
+    // nodes, for one): neither is ever offered.
+    std::erase_if(classes, [](const EntityClassInfo& c) {
+        return !c.canCreate() || c == EntityClassInfo::entityClass()
+            || Widgets::UiFlags::of(c.getAttributes()).has(Widgets::UiFlag::Hidden);
+    });
     std::ranges::sort(classes, {}, &EntityClassInfo::getName);
 
     const std::lock_guard lock(mutex);

@@ -164,7 +164,7 @@ private:
     Array<IndexEntry> index;
     Array<EntityHolder<Entity>> lastNodes;
     WeakPtr<EntityGraphTracker> scene;
-    ModelObserver modelObserver;
+    CallbackList<ArrayView<const EntityHolder<Node>>, ArrayView<const EntityHolder<Node>>> modelObservers;
     CallbackLifetime nodesLifetime;
     bool observing = false;
 };
