@@ -51,6 +51,12 @@ QString labelOf(const PropertyDefinition& property)
     return toQt(property.getName());
 }
 
+// The list may hold empty references (a stream may say so); they are no nodes and are skipped everywhere.
+EntityHolder<Node> asNode(const EntityHolder<Entity>& entity)
+{
+    return std::dynamic_pointer_cast<Node>(entity);
+}
+
 const EntityList& nodeList(const GenericDataObject& graph)
 {
     return graph.getPropertyValue<EntityList>(GraphModel::NODES);
@@ -287,7 +293,9 @@ void GraphModel::ensureObserved()
     lastNodes = nodeList(*this);
     const auto self = std::static_pointer_cast<GraphModel>(getHolder());
     for (const auto& entity : lastNodes) {
-        auto node = std::static_pointer_cast<Node>(entity);
+        const auto node = asNode(entity);
+        if (!node)
+            continue;
         node->model = self;
         indexInsert(node);
     }
@@ -304,11 +312,11 @@ void GraphModel::onNodesChanged()
     Array<EntityHolder<Node>> added;
     Array<EntityHolder<Node>> removed;
     for (const auto& entity : after)
-        if (!contains(lastNodes, entity))
-            added.push_back(std::static_pointer_cast<Node>(entity));
+        if (const auto node = asNode(entity); node && !contains(lastNodes, entity))
+            added.push_back(node);
     for (const auto& entity : lastNodes)
-        if (!contains(after, entity))
-            removed.push_back(std::static_pointer_cast<Node>(entity));
+        if (const auto node = asNode(entity); node && !contains(after, entity))
+            removed.push_back(node);
     lastNodes = after;
     const auto self = std::static_pointer_cast<GraphModel>(getHolder());
     for (const auto& node : removed)
@@ -355,13 +363,15 @@ Array<EntityHolder<Node>> GraphModel::getNodes() const
 {
     Array<EntityHolder<Node>> nodes;
     for (const auto& entity : nodeList(*this))
-        nodes.push_back(std::static_pointer_cast<Node>(entity));
+        if (auto node = asNode(entity))
+            nodes.push_back(std::move(node));
     return nodes;
 }
 
 std::size_t GraphModel::getNodeCount() const
 {
-    return nodeList(*this).size();
+    const EntityList& list = nodeList(*this);
+    return static_cast<std::size_t>(std::count_if(list.begin(), list.end(), [](const auto& e) { return asNode(e) != nullptr; }));
 }
 
 EntityHolder<Node> GraphModel::findNode(const Entity& entity) const
