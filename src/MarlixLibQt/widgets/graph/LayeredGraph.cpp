@@ -1,6 +1,7 @@
 #include <MarlixLibQt/widgets/graph/LayeredGraph.h>
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <tuple>
 
@@ -220,10 +221,10 @@ void transpose(LayeredGraph& graph)
 
 } // namespace
 
-void reduceCrossings(LayeredGraph& graph)
+void reduceCrossings(LayeredGraph& graph, const std::function<std::size_t(const LayeredGraph&)>& score)
 {
     Array<Array<Index>> best = graph.order;
-    std::size_t bestCount = countCrossings(graph);
+    std::size_t bestCount = score(graph);
     Array<double> key(graph.layerOf.size(), 0.0);
     int stale = 0;
     for (int round = 0; round < MAX_SWEEP_ROUNDS && bestCount > 0 && stale < 2; ++round) {
@@ -231,7 +232,7 @@ void reduceCrossings(LayeredGraph& graph)
         for (bool downwards : { true, false }) {
             sweep(graph, downwards, key);
             transpose(graph);
-            const std::size_t count = countCrossings(graph);
+            const std::size_t count = score(graph);
             if (count < bestCount) {
                 bestCount = count;
                 best = graph.order;
@@ -245,6 +246,5 @@ void reduceCrossings(LayeredGraph& graph)
             graph.position[layer[i]] = i;
     }
 }
-
 
 } // namespace Marlix::Widgets::Detail

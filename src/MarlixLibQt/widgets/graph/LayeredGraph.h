@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 // The layered graph behind computeLayeredLayout, shared by its ordering and its crossing count; not exported.
@@ -49,7 +50,8 @@ LayeredGraph buildGraph(ArrayView<const Index> layers, ArrayView<const float> ke
 /// Crossings between the segments of adjacent layers in the graph's current order.
 std::size_t countCrossings(const LayeredGraph& graph);
 
-/// Runs barycentre sweeps down and up with transpositions and leaves the order with the fewest crossings seen.
-void reduceCrossings(LayeredGraph& graph);
+/// Runs barycentre sweeps down and up with transpositions and leaves the order with the lowest `score` seen, the
+/// starting order included.
+void reduceCrossings(LayeredGraph& graph, const std::function<std::size_t(const LayeredGraph&)>& score);
 
 } // namespace Marlix::Widgets::Detail

@@ -1,8 +1,6 @@
-#include <MarlixLibQt/widgets/graph/LayeredLayout.h>
-
-#include <MarlixLibQt/widgets/graph/LayeredGraph.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/widgets/graph/LayeredGraph.h>
+#include <MarlixLibQt/widgets/graph/LayeredLayout.h>
 
 #include <algorithm>
 #include <cmath>
@@ -97,8 +95,8 @@ Array<float> assignHeights(const LayeredGraph& graph, ArrayView<const LayoutNode
                     const double t = double(graph.layerOf[v] - graph.layerOf[upper])
                         / double(graph.layerOf[lower] - graph.layerOf[upper]);
                     wanted = top[upper] + (top[lower] - top[upper]) * t;
-                } else if (const Index links = graph.upStart[v + 1] - graph.upStart[v] + graph.downStart[v + 1]
-                               - graph.downStart[v]) {
+                } else if (const Index links
+                    = graph.upStart[v + 1] - graph.upStart[v] + graph.downStart[v + 1] - graph.downStart[v]) {
                     double sum = 0.0;
                     for (Index k = graph.upStart[v]; k < graph.upStart[v + 1]; ++k)
                         sum += top[graph.up[k].vertex];
@@ -150,7 +148,12 @@ Array<Wire> orientWires(std::size_t nodeCount, ArrayView<const LayoutEdge> edges
     for (const LayoutEdge& edge : kept)
         ++start[edge.from + 1];
     std::partial_sum(start.begin(), start.end(), start.begin());
-    enum : unsigned char { Unseen, Open, Done };
+    enum : unsigned char
+    {
+        Unseen,
+        Open,
+        Done
+    };
     Array<unsigned char> state(nodeCount, Unseen);
     Array<Wire> wires(kept.size());
     Array<std::pair<Index, Index>> stack;
@@ -239,27 +242,62 @@ struct ComponentLayout
     float height = 0.0f;
 };
 
+/// The user's own heights scaled just enough that no two nodes of a layer overlap: scaling keeps every wire on the
+/// same side of every node, so the crossings stay those of the starting order. Empty when nodes of a layer are level
+/// or so close that the result would be many times the user's size.
+Optional<Array<float>> scaleStartHeights(
+    const Array<Array<Index>>& startOrder, ArrayView<const LayoutNode> nodes, float spacing)
+{
+    constexpr double MAX_SCALE = 16.0;
+    double scale = 0.0;
+    double highest = std::numeric_limits<double>::max();
+    for (const Array<Index>& layer : startOrder) {
+        Index above = std::numeric_limits<Index>::max();
+        for (Index v : layer) {
+            if (v >= nodes.size())
+                continue;
+            highest = std::min(highest, double(nodes[v].y));
+            if (above != std::numeric_limits<Index>::max()) {
+                const double room = double(nodes[v].y) - nodes[above].y;
+                const double needed = double(nodes[above].height) + spacing;
+                if (room <= 0.0 || needed > room * MAX_SCALE)
+                    return {};
+                scale = std::max(scale, needed / room);
+            }
+            above = v;
+        }
+    }
+    scale = scale > 0.0 ? scale : 1.0;
+    Array<float> tops(nodes.size());
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        tops[i] = float((nodes[i].y - highest) * scale);
+    return tops;
+}
+
 ComponentLayout layoutComponent(ArrayView<const LayoutNode> nodes, ArrayView<const Index> layers,
     ArrayView<const Wire> wires, const LayeredLayoutOptions& options)
 {
-    Array<float> startTops(nodes.size());
+    Array<float> tops(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i)
-        startTops[i] = nodes[i].y;
-    LayeredGraph graph = buildGraph(layers, startTops, wires);
-    const Array<Array<Index>> startOrder = graph.order;
-    if (options.reduceCrossings)
-        reduceCrossings(graph);
-
-    Array<float> tops = assignHeights(graph, nodes, options.spacingY);
-    // The wires pass the layers between their ends where the heights put them, not where the order had them, so the
-    // count is taken again on the heights; the reduced order must beat the one the user had there too.
-    if (options.reduceCrossings && graph.order != startOrder) {
-        const std::size_t reduced = countCrossings(buildGraph(layers, tops, wires));
-        LayeredGraph start = graph;
-        start.order = startOrder;
-        Array<float> startHeights = assignHeights(start, nodes, options.spacingY);
-        if (countCrossings(buildGraph(layers, startHeights, wires)) < reduced)
-            tops = std::move(startHeights);
+        tops[i] = nodes[i].y;
+    LayeredGraph graph = buildGraph(layers, tops, wires);
+    // The wires pass the layers between their ends where the heights put them, not where the order had them, so
+    // orders are compared on the crossings of the heights they get.
+    const auto measure = [&](const LayeredGraph& ordered, Array<float>& heights) {
+        heights = assignHeights(ordered, nodes, options.spacingY);
+        return countCrossings(buildGraph(layers, heights, wires));
+    };
+    if (options.reduceCrossings) {
+        const std::size_t startCount = countCrossings(graph);
+        const Array<Array<Index>> startOrder = graph.order;
+        reduceCrossings(graph, [&](const LayeredGraph& ordered) { return measure(ordered, tops); });
+        if (measure(graph, tops) > startCount) {
+            Optional<Array<float>> scaled = scaleStartHeights(startOrder, nodes, options.spacingY);
+            if (scaled && countCrossings(buildGraph(layers, *scaled, wires)) <= startCount)
+                tops = std::move(*scaled);
+        }
+    } else {
+        measure(graph, tops);
     }
 
     Array<float> layerX(graph.order.size(), 0.0f);

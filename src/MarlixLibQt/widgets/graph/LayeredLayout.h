@@ -20,7 +20,8 @@ struct LayoutNode
     float y = 0;
 };
 
-/// A wire: from the output of node `from` to input row `input` of node `to` (the node whose entity references `from`'s).
+/// A wire: from the output of node `from` to input row `input` of node `to` (the node whose entity references
+/// `from`'s).
 struct LayoutEdge
 {
     std::uint32_t from = 0;
@@ -32,8 +33,8 @@ struct LayoutEdge
 struct LayeredLayoutResult
 {
     Array<std::array<float, 2>> positions; // new top-left per node, same order as the input nodes
-    Array<std::uint32_t> layers;           // layer per node; every edge has layers[from] < layers[to]
-    std::size_t crossings = 0;             // crossings of the result (see countLayerCrossings)
+    Array<std::uint32_t> layers; // layer per node; every edge has layers[from] < layers[to]
+    std::size_t crossings = 0; // crossings of the result (see countLayerCrossings)
 };
 
 /// The spacings of computeLayeredLayout and whether it reduces crossings.
@@ -53,8 +54,8 @@ struct LayeredLayoutOptions
 /// for an edge that names a node out of range and for sizes, positions or spacings that are negative or not finite.
 MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(ArrayView<const LayoutNode> nodes,
     ArrayView<const LayoutEdge> edges, float spacingX = 150.0f, float spacingY = 50.0f);
-MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(ArrayView<const LayoutNode> nodes,
-    ArrayView<const LayoutEdge> edges, const LayeredLayoutOptions& options);
+MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(
+    ArrayView<const LayoutNode> nodes, ArrayView<const LayoutEdge> edges, const LayeredLayoutOptions& options);
 
 /// Crossings between wires when the nodes sit in `layers` in the vertical order of `positions` (ties by index):
 /// long wires are routed through the layers they pass, so the count is the one a user sees.
