@@ -8,8 +8,10 @@
 namespace Marlix::Widgets::Detail {
 namespace {
 
-// Barycentre rounds stop after this many, or after two rounds that found nothing better.
+// Barycentre rounds stop after this many, or after two rounds that found nothing better. A graph whose long wires
+// pass through millions of layers gets fewer rounds, so that rearranging it stays a matter of a second.
 constexpr int MAX_SWEEP_ROUNDS = 8;
+constexpr std::size_t SWEEP_BUDGET = 2'000'000;
 constexpr int MAX_TRANSPOSE_PASSES = 4;
 
 std::uint64_t linkKey(Index position, Index port)
@@ -49,18 +51,17 @@ LayeredGraph buildGraph(ArrayView<const Index> layers, ArrayView<const float> ke
     const std::size_t vertexCount = graph.layerOf.size();
     const Index layerCount = vertexCount ? *std::max_element(graph.layerOf.begin(), graph.layerOf.end()) + 1 : 0;
 
-    Array<Index> byPlace(vertexCount);
-    std::iota(byPlace.begin(), byPlace.end(), Index(0));
-    std::sort(byPlace.begin(), byPlace.end(), [&](Index a, Index b) {
-        return std::make_tuple(graph.layerOf[a], vertexKey[a], a >= graph.nodeCount, a)
-            < std::make_tuple(graph.layerOf[b], vertexKey[b], b >= graph.nodeCount, b);
-    });
     graph.order.resize(layerCount);
+    for (Index v = 0; v < vertexCount; ++v)
+        graph.order[graph.layerOf[v]].push_back(v);
     graph.position.resize(vertexCount);
-    for (Index v : byPlace) {
-        Array<Index>& layer = graph.order[graph.layerOf[v]];
-        graph.position[v] = Index(layer.size());
-        layer.push_back(v);
+    for (Array<Index>& layer : graph.order) {
+        std::sort(layer.begin(), layer.end(), [&](Index a, Index b) {
+            return std::make_tuple(vertexKey[a], a >= graph.nodeCount, a)
+                < std::make_tuple(vertexKey[b], b >= graph.nodeCount, b);
+        });
+        for (Index i = 0; i < layer.size(); ++i)
+            graph.position[layer[i]] = i;
     }
 
     graph.downStart.assign(vertexCount + 1, 0);
@@ -227,7 +228,8 @@ void reduceCrossings(LayeredGraph& graph, const std::function<std::size_t(const 
     std::size_t bestCount = score(graph);
     Array<double> key(graph.layerOf.size(), 0.0);
     int stale = 0;
-    for (int round = 0; round < MAX_SWEEP_ROUNDS && bestCount > 0 && stale < 2; ++round) {
+    const int rounds = int(std::clamp<std::size_t>(SWEEP_BUDGET / (graph.layerOf.size() + 1), 1, MAX_SWEEP_ROUNDS));
+    for (int round = 0; round < rounds && bestCount > 0 && stale < 2; ++round) {
         ++stale;
         for (bool downwards : { true, false }) {
             sweep(graph, downwards, key);

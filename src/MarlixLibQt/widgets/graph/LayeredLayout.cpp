@@ -1,6 +1,8 @@
-#include <MarlixLib/base/Exception.h>
-#include <MarlixLibQt/widgets/graph/LayeredGraph.h>
 #include <MarlixLibQt/widgets/graph/LayeredLayout.h>
+
+#include <MarlixLibQt/widgets/graph/LayeredGraph.h>
+
+#include <MarlixLib/base/Exception.h>
 
 #include <algorithm>
 #include <cmath>
@@ -281,23 +283,28 @@ ComponentLayout layoutComponent(ArrayView<const LayoutNode> nodes, ArrayView<con
     for (std::size_t i = 0; i < nodes.size(); ++i)
         tops[i] = nodes[i].y;
     LayeredGraph graph = buildGraph(layers, tops, wires);
-    // The wires pass the layers between their ends where the heights put them, not where the order had them, so
-    // orders are compared on the crossings of the heights they get.
-    const auto measure = [&](const LayeredGraph& ordered, Array<float>& heights) {
-        heights = assignHeights(ordered, nodes, options.spacingY);
-        return countCrossings(buildGraph(layers, heights, wires));
-    };
-    if (options.reduceCrossings) {
+    if (!options.reduceCrossings) {
+        tops = assignHeights(graph, nodes, options.spacingY);
+    } else {
         const std::size_t startCount = countCrossings(graph);
         const Array<Array<Index>> startOrder = graph.order;
-        reduceCrossings(graph, [&](const LayeredGraph& ordered) { return measure(ordered, tops); });
-        if (measure(graph, tops) > startCount) {
+        // The wires pass the layers between their ends where the heights put them, not where the order had them, so
+        // orders are compared on the crossings of the heights they get.
+        std::size_t bestCount = std::numeric_limits<std::size_t>::max();
+        reduceCrossings(graph, [&](const LayeredGraph& ordered) {
+            Array<float> heights = assignHeights(ordered, nodes, options.spacingY);
+            const std::size_t count = countCrossings(buildGraph(layers, heights, wires));
+            if (count < bestCount) {
+                bestCount = count;
+                tops = std::move(heights);
+            }
+            return count;
+        });
+        if (bestCount > startCount) {
             Optional<Array<float>> scaled = scaleStartHeights(startOrder, nodes, options.spacingY);
             if (scaled && countCrossings(buildGraph(layers, *scaled, wires)) <= startCount)
                 tops = std::move(*scaled);
         }
-    } else {
-        measure(graph, tops);
     }
 
     Array<float> layerX(graph.order.size(), 0.0f);

@@ -1,5 +1,6 @@
-#include <MarlixLib/base/Exception.h>
 #include <MarlixLibQt/widgets/graph/LayeredLayout.h>
+
+#include <MarlixLib/base/Exception.h>
 
 #include <QTest>
 
