@@ -1,8 +1,11 @@
 #include <MarlixLibQt/widgets/graph/LayeredGraph.h>
 
+#include <MarlixLib/base/Exception.h>
+
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <string>
 #include <tuple>
 
 namespace Marlix::Widgets::Detail {
@@ -13,6 +16,8 @@ namespace {
 constexpr int MAX_SWEEP_ROUNDS = 8;
 constexpr std::size_t SWEEP_BUDGET = 2'000'000;
 constexpr int MAX_TRANSPOSE_PASSES = 4;
+// Each pass-through point costs about 60 bytes in the graph and the heights: this keeps one layout near a gigabyte.
+constexpr std::size_t MAX_PASS_THROUGHS = 20'000'000;
 
 std::uint64_t linkKey(Index position, Index port)
 {
@@ -26,13 +31,23 @@ LayeredGraph buildGraph(ArrayView<const Index> layers, ArrayView<const float> ke
     LayeredGraph graph;
     graph.nodeCount = Index(layers.size());
     graph.layerOf.assign(layers.begin(), layers.end());
+    std::size_t passThroughs = 0;
+    for (const Wire& wire : wires)
+        passThroughs += layers[wire.lower] - layers[wire.upper] - 1;
+    if (passThroughs > MAX_PASS_THROUGHS)
+        throw Exception("The wires of this graph pass " + std::to_string(passThroughs)
+            + " layers between their ends, more than the " + std::to_string(MAX_PASS_THROUGHS)
+            + " that can be laid out.");
+    graph.layerOf.reserve(layers.size() + passThroughs);
+    graph.dummyEnds.reserve(passThroughs);
     Array<float> vertexKey(keys.begin(), keys.end());
+    vertexKey.reserve(layers.size() + passThroughs);
     struct Segment
     {
         Index upper, lower, port;
     };
     Array<Segment> segments;
-    segments.reserve(wires.size());
+    segments.reserve(wires.size() + passThroughs);
     for (const Wire& wire : wires) {
         const Index first = layers[wire.upper];
         const Index last = layers[wire.lower];

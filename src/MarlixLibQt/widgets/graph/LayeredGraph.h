@@ -44,7 +44,8 @@ struct LayeredGraph
 };
 
 /// Builds the layered graph with every vertex placed by `keys` (the nodes' tops; a dummy's key is interpolated
-/// between its wire's ends), ties broken nodes first, then by number.
+/// between its wire's ends), ties broken nodes first, then by number. Every wire must run from an earlier layer to a
+/// later one. Throws Exception when the wires pass so many layers that the graph would not fit in memory.
 LayeredGraph buildGraph(ArrayView<const Index> layers, ArrayView<const float> keys, ArrayView<const Wire> wires);
 
 /// Crossings between the segments of adjacent layers in the graph's current order.

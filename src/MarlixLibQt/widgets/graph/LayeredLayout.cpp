@@ -16,6 +16,8 @@ namespace {
 
 using namespace Detail;
 
+// Rounds of alignment down and up the layers; each costs about as much as building the graph, and each later one
+// moves the nodes less.
 constexpr int ALIGN_ROUNDS = 3;
 
 void checkSize(float value, const char* what, std::size_t index)

@@ -50,8 +50,11 @@ struct LayeredLayoutOptions
 ///
 /// Layers grow along the edges; an edge that would close a loop is laid out reversed (its target left of its
 /// source), self edges and repeated edges are ignored. Connected components are stacked top to bottom in the order of
-/// their topmost node, and the bounding box of the result starts at (0, 0). Throws Exception, before doing anything,
-/// for an edge that names a node out of range and for sizes, positions or spacings that are negative or not finite.
+/// their topmost node, and the bounding box of the result starts at (0, 0). When no order found has fewer crossings
+/// than the nodes' current vertical order, their current heights are kept, spread apart just enough not to overlap,
+/// so the crossings stay those of that order (unless nodes of one layer start level with each other or nearly so).
+/// Throws Exception, before doing anything, for an edge that names a node out of range, for sizes, positions or
+/// spacings that are negative or not finite, and for a graph whose long wires pass tens of millions of layers.
 MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(ArrayView<const LayoutNode> nodes,
     ArrayView<const LayoutEdge> edges, float spacingX = 150.0f, float spacingY = 50.0f);
 MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <random>
 
 using namespace Marlix;
@@ -265,6 +266,14 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(Exception, countLayerCrossings(nodes, {}, Layers { 0, 2 }, positions));
         const Array<LayoutEdge> outside { { 0, 2, 0 } };
         QVERIFY_THROWS_EXCEPTION(Exception, countLayerCrossings(nodes, outside, Layers { 0, 1 }, positions));
+        // 3000 wires across 7000 layers would need 21 million pass-through points: refused before any is made.
+        const Array<LayoutNode> chain(7000);
+        Layers layers(chain.size());
+        std::iota(layers.begin(), layers.end(), 0u);
+        Array<LayoutEdge> across;
+        for (std::uint32_t input = 0; input < 3000; ++input)
+            across.push_back({ 0, 6999, input });
+        QVERIFY_THROWS_EXCEPTION(Exception, countLayerCrossings(chain, across, layers, Positions(chain.size())));
     }
 };
 
