@@ -112,9 +112,10 @@ private Q_SLOTS:
         QTest::newRow("crossed start") << uniformNodes({ 0, 100, 100, 0, 50 })
                                        << Array<LayoutEdge> { { 0, 2, 0 }, { 1, 3, 0 }, { 2, 4, 1 }, { 3, 4, 0 } }
                                        << Layers { 0, 0, 1, 1, 2 } << std::size_t(0);
-        QTest::newRow("long edges") << uniformNodes({ 0, 0, 0, 0, 100,
-            200 }) << Array<LayoutEdge> { { 0, 1, 0 }, { 1, 2, 0 }, { 2, 3, 0 }, { 0, 3, 1 }, { 4, 3, 2 }, { 5, 2, 1 } }
-                                    << Layers { 0, 1, 2, 3, 2, 1 } << std::size_t(0);
+        QTest::newRow("long edges")
+            << uniformNodes({ 0, 0, 0, 0, 100, 200 })
+            << Array<LayoutEdge> { { 0, 1, 0 }, { 1, 2, 0 }, { 2, 3, 0 }, { 0, 3, 1 }, { 4, 3, 2 }, { 5, 2, 1 } }
+            << Layers { 0, 1, 2, 3, 2, 1 } << std::size_t(0);
         QTest::newRow("different heights") << makeNodes({ 300, 20, 150, 80, 40 }, { 0, 0, 100, 200, 300 })
                                            << Array<LayoutEdge> { { 1, 0, 0 }, { 2, 0, 1 }, { 3, 0, 2 }, { 4, 3, 0 } }
                                            << Layers { 2, 1, 1, 1, 0 } << std::size_t(0);
@@ -191,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(result.positions, (Positions { { 0, 220 }, { 0, 0 }, { 0, 110 } }));
     }
 
-    void loopsAreLaidOutWithOneWireBackwards()
+    void loopsAreLaidOutWithOneWireBackwardsEach()
     {
         const Array<LayoutNode> nodes = uniformNodes({ 0, 0, 0, 0 });
         const Array<LayoutEdge> edges { { 0, 1, 0 }, { 1, 2, 0 }, { 2, 0, 0 }, { 2, 3, 0 }, { 3, 2, 1 } };
