@@ -75,12 +75,11 @@ GraphView::GraphView(EntityHolder<GraphModel> model, SharedPtr<IUndoManager> und
     setAccessibleName(tr("Node graph"));
     graphScene->setSceneRect(0.0, 0.0, SCENE_SIZE, SCENE_SIZE);
     centerOn(SCENE_SIZE * 0.5, SCENE_SIZE * 0.5);
-    if (LibQt::hasOpenGl()) {
+    if (LibQt::hasOpenGl())
         setViewport(new QOpenGLWidget);
-        viewport()->grabGesture(Qt::PinchGesture);
-    } else {
-        viewport()->grabGesture(Qt::PinchGesture);
-    }
+    // Drops and gestures reach the viewport, which takes these settings only when it is set up.
+    viewport()->setAcceptDrops(true);
+    viewport()->grabGesture(Qt::PinchGesture);
 
     if (this->thumbnailManager)
         thumbnails = std::make_unique<ThumbnailClient>(
@@ -370,8 +369,9 @@ void GraphView::onZoomToAllOrSelection()
 void GraphView::snapContentPosition()
 {
     const QPointF origin = toScene(QPointF(0.0, 0.0));
-    const double dx = origin.x() - std::floor(origin.x());
-    const double dy = origin.y() - std::floor(origin.y());
+    // The offset to the nearest whole unit: a corner a rounding error below one is already there.
+    const double dx = origin.x() - std::round(origin.x());
+    const double dy = origin.y() - std::round(origin.y());
     if (dx != 0.0 || dy != 0.0)
         translate(dx, dy);
 }
