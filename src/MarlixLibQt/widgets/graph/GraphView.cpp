@@ -289,6 +289,11 @@ bool GraphView::canConnect(const NodeItem& from, const NodeItem& to, StringView 
     return to.getNode()->canConnectProperty(from.getNode(), input);
 }
 
+ConnectionPreviewItem* GraphView::getPreview() const
+{
+    return preview.data();
+}
+
 int GraphView::getThumbnailSize() const
 {
     return static_cast<int>(std::round(zoomFactor * NodeItem::THUMBNAIL_SIZE));

@@ -64,6 +64,8 @@ public:
 
     /// Drops of this type carry entity identities (decimal, separated by white space) of the model's scene.
     static constexpr const char* ENTITY_IDS_MIME_TYPE = "application/x-marlix-entity-ids";
+    /// The identities a drop of ENTITY_IDS_MIME_TYPE names, each once, in order; words that are none are skipped.
+    static Array<std::uint64_t> parseEntityIds(const QByteArray& payload);
     static constexpr double MIN_ZOOM = 0.1;
     static constexpr double MAX_ZOOM = 2.0;
     static constexpr double FIT_MARGIN = 32.0;
@@ -81,7 +83,7 @@ public:
     const EntityHolder<GraphModel>& getModel() const { return model; }
     State getState() const { return state; }
     double getZoom() const { return zoomFactor; }
-    ConnectionPreviewItem* getPreview() const { return preview.data(); }
+    ConnectionPreviewItem* getPreview() const;
     ThumbnailClient* getThumbnailClient() const { return thumbnails.get(); }
     int getThumbnailSize() const;
 
