@@ -217,18 +217,14 @@ void tst_GraphItems::wireFollowsItsEnds()
     QCOMPARE(wire.getPath(), expected());
 
     // With an end gone the wire keeps the path it had.
-    const QPainterPath last = wire.getPath();
-    {
-        NodeItem gone(graph.add(TestScene::textureClass()), nullptr);
-        ConnectionItem orphan(&gone, &to, "normalMap");
-        connect(&to, &NodeItem::positionChanged, &orphan, &ConnectionItem::onNodeItemPositionChange);
-    }
-    ConnectionItem dangling(nullptr, &to, "normalMap");
-    connect(&to, &NodeItem::positionChanged, &dangling, &ConnectionItem::onNodeItemPositionChange);
-    const QPainterPath danglingPath = dangling.getPath();
+    auto* gone = new NodeItem(graph.add(TestScene::textureClass()), nullptr);
+    ConnectionItem orphan(gone, &to, "normalMap");
+    connect(&to, &NodeItem::positionChanged, &orphan, &ConnectionItem::onNodeItemPositionChange);
+    const QPainterPath kept = orphan.getPath();
+    delete gone;
     to.setPos(0, 0);
-    QCOMPARE(dangling.getPath(), danglingPath);
-    QVERIFY(wire.getPath() != last);
+    QCOMPARE(orphan.getPath(), kept);
+    QCOMPARE(wire.getPath(), expected());
 }
 
 void tst_GraphItems::levelsOfDetail_data()
@@ -265,11 +261,6 @@ void tst_GraphItems::levelsOfDetail()
     const QRect label = device(firstRow.getLabelRect()).adjusted(0, 1, 0, -1);
     const int lighter = countPixels(image, label, [&](QColor c) { return c.red() > fill.red() + 4; });
     QCOMPARE(lighter > 0, text || bar);
-    // Text marks several rows of the label; the bar is one thin line.
-    const int rows = countPixels(image, QRect(label.left() + 1, label.top(), 1, label.height()),
-        [&](QColor c) { return c.red() > fill.red() + 4; });
-    if (text)
-        QVERIFY(rows != 0 || lighter > 10);
     const QPointF separator = QPointF(110, item.getSeparators().front().y1()) * scale;
     const QColor at = image.pixelColor(int(separator.x()), int(separator.y()));
     QCOMPARE(at, text ? QColor(80, 80, 80) : fill);

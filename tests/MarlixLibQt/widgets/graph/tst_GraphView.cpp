@@ -4,6 +4,7 @@
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
+#include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 #include <MarlixTestScene/TestScene.h>
 
 #include <QMimeData>
@@ -26,11 +27,11 @@ struct Canvas
     SharedPtr<UndoManager> undo = makeSharedPtr<UndoManager>();
     std::unique_ptr<GraphView> view;
 
-    Canvas()
+    explicit Canvas(SharedPtr<ThumbnailManager> thumbnails = nullptr)
     {
         scene->addEntity(model);
         model->setScene(scene);
-        view = std::make_unique<GraphView>(model, undo, nullptr);
+        view = std::make_unique<GraphView>(model, undo, std::move(thumbnails));
         view->resize(800, 600);
         view->show();
         view->zoom({}, 1.0, false);
@@ -70,6 +71,15 @@ void sendWheel(QWidget* viewport, QPoint at, int delta, Qt::ScrollPhase phase)
     QCoreApplication::sendEvent(viewport, &event);
 }
 
+class GreyProvider : public IThumbnailProvider
+{
+public:
+    Bitmap renderThumbnail(const EntityHolder<Entity>&, int width, int height) override
+    {
+        return Bitmap(width, height, RgbaBytes { 128, 128, 128, 255 });
+    }
+};
+
 EntityHolder<Entity> referenceOf(const EntityHolder<Node>& node, StringView input)
 {
     return node->getEntity()->getPropertyValue<EntityHolder<Entity>>(input);
@@ -108,6 +118,7 @@ private Q_SLOTS:
     void removeAndDuplicateSelection();
     void dropAddsSceneEntities();
     void statesAreReported();
+    void thumbnailsFollowTheZoom();
 };
 
 void tst_GraphView::zoomSnapsAndKeepsTheAnchor_data()
@@ -494,6 +505,27 @@ void tst_GraphView::statesAreReported()
         State::Connecting, State::ConnectFromNode, State::Idle };
     QCOMPARE(states, expected);
     QCOMPARE(referenceOf(material, "normalMap"), texture->getEntity());
+}
+
+void tst_GraphView::thumbnailsFollowTheZoom()
+{
+    auto manager = makeSharedPtr<ThumbnailManager>();
+    const EntityClassInfo classes[] = { textureClass() };
+    manager->registerProvider(classes, {}, makeSharedPtr<GreyProvider>());
+    Canvas canvas(manager);
+    const EntityHolder<Node> texture = canvas.addInView(textureClass(), 0);
+    const EntityHolder<Node> mesh = canvas.addInView(meshClass(), 300);
+    // Only an entity that can have a picture makes room for one: the node's width less the margins, square.
+    QCOMPARE(canvas.item(mesh)->getHeaderHeight(), NodeItem::TITLE_HEIGHT);
+    QCOMPARE(canvas.item(texture)->getHeaderHeight(), NodeItem::TITLE_HEIGHT + 206 + 7);
+    QCOMPARE(canvas.item(texture)->inSlotPosition("source").y(), NodeItem::TITLE_HEIGHT + 206 + 7 + 15);
+    for (const double zoom : { 1.0, 0.5, 0.3 }) {
+        canvas.view->zoom(QPointF(400, 300), zoom, false);
+        const int side = int(std::round(zoom * 206));
+        QCOMPARE(canvas.view->getThumbnailSize(), side);
+        QCOMPARE(canvas.view->getThumbnailClient()->getThumbnailSize(), QSize(side, side));
+    }
+    manager->shutdownProviders();
 }
 
 QTEST_MAIN(tst_GraphView)
