@@ -1,13 +1,27 @@
 #include "RatioReporter.h"
 
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLib/data/EntityReferences.h>
+#include <MarlixLibQt/widgets/graph/ConnectionItem.h>
+#include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/LayeredLayout.h>
+#include <MarlixLibQt/widgets/graph/NodeItem.h>
+#include <MarlixTestScene/TestScene.h>
 
 #include <QApplication>
+#include <QDir>
+#include <QGraphicsEllipseItem>
+#include <QGraphicsPathItem>
+#include <QGraphicsRectItem>
+#include <QGraphicsScene>
+#include <QGraphicsSimpleTextItem>
+#include <QImage>
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <random>
 #include <utility>
 
@@ -78,6 +92,364 @@ void BM_RearrangeNodesKeepingOrder(benchmark::State& state)
 }
 BENCHMARK(BM_RearrangeNodesKeepingOrder)->Arg(1000)->Arg(5000)->Unit(benchmark::kMillisecond);
 
+// The graph of the paint, pan and build benchmarks: 5 000 entities of the sample network with 7 500 references.
+constexpr std::size_t GRAPH_NODES = 5000;
+constexpr std::size_t GRAPH_WIRES = 7500;
+// A screen of 2560 × 1440 shows all of it at the far zoom; the view snaps 0.12 to 1/8, so both views use that.
+const QSize VIEW_SIZE(2560, 1440);
+constexpr double FAR_ZOOM = 0.125;
+// Row after row in entity order, so that most wires (to entities made shortly before) run within a row or two.
+constexpr std::size_t GRID_COLUMNS = 76;
+constexpr double CELL_WIDTH = 260.0;
+constexpr double CELL_HEIGHT = 160.0;
+constexpr double SCENE_CENTRE = 50000.0;
+// The step of one panning move: what a quick mouse drag gives between two frames.
+constexpr double PAN_STEP = 16.0;
+
+/// The reference properties of the network's classes, in the order a top-up fills them.
+struct ReferenceInputs
+{
+    const EntityClassInfo& entityClass;
+    std::initializer_list<const char*> properties;
+};
+
+EntityHolder<Entity> referenceOf(const Entity& entity, const char* property)
+{
+    return entity.visitProperty(property, [](const GenericProperty& value) { return getEntityFromProperty(value); });
+}
+
+/// The scene of the graph benchmarks, a graph model with one node per entity on a grid around the scene's centre.
+struct LargeGraph
+{
+    SharedPtr<EntityGraphTracker> scene = makeSharedPtr<EntityGraphTracker>();
+    EntityHolder<GraphModel> model = makeSharedPtr<GraphModel>();
+    std::size_t references = 0;
+    QPointF centre { SCENE_CENTRE, SCENE_CENTRE };
+
+    LargeGraph()
+    {
+        TestScene::registerTypes();
+        const Array<EntityHolder<Entity>> entities = TestScene::populateNetwork(*scene, GRAPH_NODES, 7u);
+        addReferences(entities);
+        scene->addEntity(model);
+        model->setScene(scene);
+        const double rows = std::ceil(double(GRAPH_NODES) / double(GRID_COLUMNS));
+        const QPointF origin = centre - QPointF(GRID_COLUMNS * CELL_WIDTH, rows * CELL_HEIGHT) * 0.5;
+        for (std::size_t i = 0; i < entities.size(); ++i)
+            model->getOrCreateNode(entities[i],
+                origin + QPointF(double(i % GRID_COLUMNS) * CELL_WIDTH, double(i / GRID_COLUMNS) * CELL_HEIGHT));
+    }
+
+    // The network has about 1.1 references per entity; empty texture sources and maps are pointed at recent textures
+    // until the graph has its 7 500 wires.
+    void addReferences(const Array<EntityHolder<Entity>>& entities)
+    {
+        const ReferenceInputs inputs[] = {
+            { TestScene::textureClass(), { "source" } },
+            { TestScene::layeredMaterialClass(), { "roughnessMap", "normalMap", "baseColorMap", "coat" } },
+            { TestScene::meshClass(), { "material" } },
+            { TestScene::instanceClass(), { "mesh", "materialOverride" } },
+        };
+        const auto inputsOf = [&inputs](const Entity& entity) -> const ReferenceInputs* {
+            for (const ReferenceInputs& candidate : inputs)
+                if (entity.getClassInfo() == candidate.entityClass)
+                    return &candidate;
+            return nullptr;
+        };
+        for (const EntityHolder<Entity>& entity : entities)
+            if (const ReferenceInputs* found = inputsOf(*entity))
+                for (const char* property : found->properties)
+                    references += referenceOf(*entity, property) ? 1 : 0;
+        Array<EntityHolder<Entity>> textures;
+        const std::initializer_list<const char*> textureInputs = { "source" };
+        const std::initializer_list<const char*> materialInputs = { "roughnessMap", "normalMap" };
+        for (const EntityHolder<Entity>& entity : entities) {
+            const bool texture = entity->getClassInfo() == TestScene::textureClass();
+            const bool layered = entity->getClassInfo() == TestScene::layeredMaterialClass();
+            if ((texture || layered) && textures.size() >= 2)
+                for (const char* property : texture ? textureInputs : materialInputs)
+                    if (references < GRAPH_WIRES && !referenceOf(*entity, property)) {
+                        entity->setPropertyValue(property, textures[textures.size() - 1 - references % 2]);
+                        ++references;
+                    }
+            if (texture)
+                textures.push_back(entity);
+        }
+    }
+
+    static const LargeGraph& get()
+    {
+        static const LargeGraph graph;
+        return graph;
+    }
+};
+
+/// What the plain-item baseline draws: the geometry the graph's items have, read once from a view of the graph.
+struct PlainGraph
+{
+    struct Input
+    {
+        QString label;
+        QRectF labelRect;
+        QRectF slot;
+    };
+    struct Box
+    {
+        QPointF position;
+        QRectF body;
+        QString title;
+        QRectF output;
+        Array<Input> inputs;
+    };
+    struct Wire
+    {
+        QPointF start;
+        QPointF end;
+    };
+    Array<Box> boxes;
+    Array<Wire> wires;
+
+    static const PlainGraph& get()
+    {
+        static const PlainGraph graph = [] {
+            PlainGraph result;
+            GraphView view(LargeGraph::get().model, nullptr, nullptr);
+            for (const NodeItem* item : view.getNodeItems()) {
+                Box box { item->pos(), item->geometryBoundingRect(), item->getTitle(), item->getOutputSlot().getRect(),
+                    {} };
+                for (const NodeItem::InputSlot& slot : item->getInputSlots())
+                    box.inputs.push_back({ slot.getLabel(), slot.getLabelRect(), slot.getRect() });
+                result.boxes.push_back(std::move(box));
+            }
+            for (const ConnectionItem* wire : view.getConnections()) {
+                const NodeItem* from = wire->getFrom();
+                const NodeItem* to = wire->getTo().second;
+                result.wires.push_back({ from->pos() + from->outSlotPosition(),
+                    to->pos() + to->inSlotPosition(wire->getInputName()) });
+            }
+            return result;
+        }();
+        return graph;
+    }
+};
+
+/// The same graph as the stock items a Qt developer would reach for: a rectangle per node with a text item for the
+/// title and one per input label, small circles for the slots, and a path item per wire on the library's curve.
+std::unique_ptr<QGraphicsView> makePlainView(const PlainGraph& graph)
+{
+    auto view = std::make_unique<QGraphicsView>();
+    auto* scene = new QGraphicsScene(view.get());
+    scene->setItemIndexMethod(QGraphicsScene::BspTreeIndex);
+    scene->setSceneRect(0.0, 0.0, 2.0 * SCENE_CENTRE, 2.0 * SCENE_CENTRE);
+    view->setScene(scene);
+    view->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    view->setBackgroundBrush(QColor(32, 32, 32));
+    view->setViewportUpdateMode(QGraphicsView::FullViewportUpdate);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setTransformationAnchor(QGraphicsView::NoAnchor);
+    view->setResizeAnchor(QGraphicsView::NoAnchor);
+
+    const QPen outline(QColor(10, 10, 10), 2.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
+    const QPen slotPen(QColor(255, 255, 0), 2.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
+    const QBrush fill(QColor(64, 64, 64));
+    const QBrush title(QColor(236, 236, 236));
+    const QBrush label(QColor(255, 255, 255));
+    QFont titleFont;
+    titleFont.setPixelSize(13);
+    titleFont.setBold(true);
+    QFont labelFont;
+    labelFont.setPixelSize(11);
+    for (const PlainGraph::Box& box : graph.boxes) {
+        auto* body = new QGraphicsRectItem(box.body.adjusted(0.5, 0.5, -0.5, -0.5));
+        body->setPen(outline);
+        body->setBrush(fill);
+        body->setPos(box.position);
+        body->setFlags(QGraphicsItem::ItemIsSelectable | QGraphicsItem::ItemIsMovable);
+        auto* text = new QGraphicsSimpleTextItem(box.title, body);
+        text->setFont(titleFont);
+        text->setBrush(title);
+        text->setPos(10.0, 5.0);
+        auto* output = new QGraphicsEllipseItem(box.output, body);
+        output->setPen(slotPen);
+        output->setBrush(slotPen.color());
+        for (const PlainGraph::Input& input : box.inputs) {
+            auto* slot = new QGraphicsEllipseItem(input.slot, body);
+            slot->setPen(slotPen);
+            slot->setBrush(slotPen.color());
+            auto* labelText = new QGraphicsSimpleTextItem(input.label, body);
+            labelText->setFont(labelFont);
+            labelText->setBrush(label);
+            labelText->setPos(input.labelRect.left(), input.labelRect.top() + 3.0);
+        }
+        scene->addItem(body);
+    }
+    const QPen wirePen(QColor(255, 255, 0), 2.0);
+    for (const PlainGraph::Wire& wire : graph.wires) {
+        auto* path = new QGraphicsPathItem(makeConnectionPath(wire.start, wire.end));
+        path->setPen(wirePen);
+        scene->addItem(path);
+    }
+    view->resize(VIEW_SIZE);
+    return view;
+}
+
+std::unique_ptr<QGraphicsView> makeGraphView()
+{
+    auto view = std::make_unique<GraphView>(LargeGraph::get().model, nullptr, nullptr);
+    view->resize(VIEW_SIZE);
+    return view;
+}
+
+/// Puts `view` at `zoom` around the graph's centre, as the graph view's own zoom would.
+void frame(QGraphicsView& view, double zoom)
+{
+    view.show();
+    QCoreApplication::processEvents();
+    if (auto* graphView = qobject_cast<GraphView*>(&view))
+        graphView->zoom(QPointF(view.viewport()->width() * 0.5, view.viewport()->height() * 0.5), zoom, false);
+    else
+        view.setTransform(QTransform::fromScale(zoom, zoom));
+    view.centerOn(LargeGraph::get().centre);
+    if (auto* graphView = qobject_cast<GraphView*>(&view))
+        graphView->snapContentPosition();
+    QCoreApplication::processEvents();
+}
+
+/// One full repaint of the viewport into `image`; with MARLIX_BENCH_IMAGES set, the first one is saved there to look
+/// at.
+void repaint(QGraphicsView& view, QImage& image, const char* name)
+{
+    view.viewport()->render(&image);
+    static std::map<std::string, bool> saved;
+    const QString folder = qEnvironmentVariable("MARLIX_BENCH_IMAGES");
+    if (!folder.isEmpty() && !saved[name]) {
+        saved[name] = true;
+        image.save(QDir(folder).filePath(QString::fromUtf8(name) + QStringLiteral(".png")));
+    }
+}
+
+enum class Kind
+{
+    GraphView,
+    PlainItems,
+};
+
+std::unique_ptr<QGraphicsView> makeView(Kind kind)
+{
+    return kind == Kind::GraphView ? makeGraphView() : makePlainView(PlainGraph::get());
+}
+
+// Figures of another graph would not compare with the goals: a network that cannot make the wires is an error.
+bool checkGraph(benchmark::State& state)
+{
+    const std::size_t wires = PlainGraph::get().wires.size();
+    if (PlainGraph::get().boxes.size() == GRAPH_NODES && wires == GRAPH_WIRES)
+        return true;
+    const std::string error = "the sample network gave " + std::to_string(wires) + " wires, not "
+        + std::to_string(GRAPH_WIRES);
+    state.SkipWithError(error.c_str());
+    return false;
+}
+
+void setGraphCounters(benchmark::State& state, QGraphicsView& view)
+{
+    state.counters["items"] = double(view.scene()->items().size());
+    state.counters["wires"] = double(PlainGraph::get().wires.size());
+}
+
+void paintFar(benchmark::State& state, Kind kind, const char* name)
+{
+    if (!checkGraph(state))
+        return;
+    const std::unique_ptr<QGraphicsView> view = makeView(kind);
+    frame(*view, FAR_ZOOM);
+    QImage image(view->viewport()->size(), QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state) {
+        repaint(*view, image, name);
+        benchmark::DoNotOptimize(image.constBits());
+    }
+    setGraphCounters(state, *view);
+}
+
+void BM_PaintGraphView(benchmark::State& state)
+{
+    paintFar(state, Kind::GraphView, "paint_graph_view");
+}
+BENCHMARK(BM_PaintGraphView)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_PaintPlainItems(benchmark::State& state)
+{
+    paintFar(state, Kind::PlainItems, "paint_plain_items");
+}
+BENCHMARK(BM_PaintPlainItems)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// One step of a pan at zoom 1: the view moves and the whole viewport is painted again, as it is in the graph view
+// (full viewport updates). Steps go back and forth so every frame shows the same part of the graph.
+void pan(benchmark::State& state, Kind kind, const char* name)
+{
+    if (!checkGraph(state))
+        return;
+    const std::unique_ptr<QGraphicsView> view = makeView(kind);
+    frame(*view, 1.0);
+    auto* graphView = qobject_cast<GraphView*>(view.get());
+    QImage image(view->viewport()->size(), QImage::Format_ARGB32_Premultiplied);
+    double step = PAN_STEP;
+    for (auto _ : state) {
+        if (graphView)
+            graphView->updateViewportScrolling(QPointF(step, 0.0), true);
+        else
+            view->translate(step, 0.0);
+        repaint(*view, image, name);
+        step = -step;
+        benchmark::DoNotOptimize(image.constBits());
+    }
+    setGraphCounters(state, *view);
+}
+
+void BM_PanGraphView(benchmark::State& state)
+{
+    pan(state, Kind::GraphView, "pan_graph_view");
+}
+BENCHMARK(BM_PanGraphView)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_PanPlainItems(benchmark::State& state)
+{
+    pan(state, Kind::PlainItems, "pan_plain_items");
+}
+BENCHMARK(BM_PanPlainItems)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// From nothing to a view ready to paint: every item made and placed, and what the view posted for later done.
+// Tearing down is not part of it.
+void build(benchmark::State& state, Kind kind)
+{
+    if (!checkGraph(state))
+        return;
+    std::size_t items = 0;
+    for (auto _ : state) {
+        std::unique_ptr<QGraphicsView> view = makeView(kind);
+        QCoreApplication::sendPostedEvents();
+        state.PauseTiming();
+        items = std::size_t(view->scene()->items().size());
+        view.reset();
+        QCoreApplication::sendPostedEvents();
+        state.ResumeTiming();
+    }
+    state.counters["items"] = double(items);
+}
+
+void BM_BuildGraphView(benchmark::State& state)
+{
+    build(state, Kind::GraphView);
+}
+BENCHMARK(BM_BuildGraphView)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_BuildPlainItems(benchmark::State& state)
+{
+    build(state, Kind::PlainItems);
+}
+BENCHMARK(BM_BuildPlainItems)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -87,7 +459,9 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
-    // CPU time: the layout does not wait on anything, and the machine may be shared.
+    // CPU time for the layout, which waits on nothing while the machine may be shared; wall-clock time for what
+    // the screen would wait for: painting, panning, building.
+    const auto real = Benchmarks::Clock::Real;
     Benchmarks::RatioReporter reporter(Benchmarks::Clock::Cpu,
         {
             { "BM_RearrangeNodes/1000", "BM_RearrangeNodesKeepingOrder/1000", "rearrange 1000 nodes / keeping order",
@@ -95,6 +469,12 @@ int main(int argc, char** argv)
             { "BM_RearrangeNodes/1000", "BM_RearrangeNodesKeepingOrder/1000",
                 "crossings of 1000 nodes rearranged / keeping order", {}, "crossings" },
             { "BM_RearrangeNodes/5000", "BM_RearrangeNodesKeepingOrder/5000", "rearrange 5000 nodes / keeping order" },
+            { "BM_PaintGraphView/real_time", "BM_PaintPlainItems/real_time",
+                "paint 5000 nodes at zoom 1/8, graph view / plain items", "at most 0.33", {}, real },
+            { "BM_PanGraphView/real_time", "BM_PanPlainItems/real_time",
+                "pan one step at zoom 1, graph view / plain items", {}, {}, real },
+            { "BM_BuildGraphView/real_time", "BM_BuildPlainItems/real_time",
+                "build 5000 nodes, graph view / plain items", "at most 1", {}, real },
         },
         [](const Benchmarks::RatioReporter& figures) {
             const std::pair<const char*, const char*> goals[]
@@ -103,6 +483,18 @@ int main(int argc, char** argv)
                 if (const auto* run = figures.find(name))
                     std::printf("%s: %.1f ms (goal %s), %.0f crossings, %.0f in the order the nodes had\n", name,
                         run->nanoseconds / 1e6, goal, run->counter("crossings"), run->counter("startCrossings"));
+            const std::pair<const char*, const char*> frames[] = {
+                { "BM_PaintGraphView/real_time", "a frame of the whole graph: under 16.7 ms" },
+                { "BM_PaintPlainItems/real_time", "the same with plain items" },
+                { "BM_PanGraphView/real_time", "a panning step at zoom 1: under 16.7 ms" },
+                { "BM_PanPlainItems/real_time", "the same with plain items" },
+                { "BM_BuildGraphView/real_time", "building the graph view" },
+                { "BM_BuildPlainItems/real_time", "building the plain items" },
+            };
+            for (const auto& [name, what] : frames)
+                if (const auto* run = figures.find(name))
+                    std::printf("%s: %.2f ms wall-clock (%s), %.0f items, %.0f wires\n", name,
+                        run->realNanoseconds / 1e6, what, run->counter("items"), run->counter("wires"));
         });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
