@@ -289,16 +289,12 @@ void GraphModel::ensureObserved()
         return;
     observing = true;
     // A graph read from a stream comes without index and without back references: both are derived from "nodes".
-    index.clear();
     lastNodes = nodeList(*this);
     const auto self = std::static_pointer_cast<GraphModel>(getHolder());
-    for (const auto& entity : lastNodes) {
-        const auto node = asNode(entity);
-        if (!node)
-            continue;
-        node->model = self;
-        indexInsert(node);
-    }
+    for (const auto& entity : lastNodes)
+        if (const auto node = asNode(entity))
+            node->model = self;
+    rebuildIndex();
     nodesLifetime = addPropertyObserver(static_cast<std::uint32_t>(indexOfProperty(NODES)),
         [this](const ObservedProperty&) { onNodesChanged(); });
 }
@@ -319,11 +315,15 @@ void GraphModel::onNodesChanged()
             removed.push_back(node);
     lastNodes = after;
     const auto self = std::static_pointer_cast<GraphModel>(getHolder());
-    for (const auto& node : removed)
-        indexErase(*node);
-    for (const auto& node : added) {
+    for (const auto& node : added)
         node->model = self;
-        indexInsert(node);
+    if (removed.empty()) {
+        for (const auto& node : added)
+            indexInsert(node);
+    } else {
+        // A list read from a stream or set by a host may show one entity by two nodes: when the indexed one goes, the
+        // other must be found again, so removals derive the index anew.
+        rebuildIndex();
     }
     const ArrayView<const EntityHolder<Node>> addedView(added);
     const ArrayView<const EntityHolder<Node>> removedView(removed);
@@ -349,14 +349,17 @@ void GraphModel::indexInsert(const EntityHolder<Node>& node)
         index.insert(place, { key, node });
 }
 
-void GraphModel::indexErase(const Node& node)
+void GraphModel::rebuildIndex()
 {
-    const auto entity = node.getEntity();
-    if (!entity)
-        return;
-    const auto place = lowerBound(entity->getId());
-    if (place != index.end() && place->key == entity->getId() && place->node.get() == &node)
-        index.erase(place);
+    index.clear();
+    for (const auto& entity : lastNodes)
+        if (const auto node = asNode(entity))
+            if (const auto shown = node->getEntity())
+                index.push_back({ shown->getId(), node });
+    // Of two nodes of one entity the later in the list wins, as it does when nodes are added one by one.
+    std::stable_sort(index.begin(), index.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
+    const auto last = std::unique(index.rbegin(), index.rend(), [](const auto& a, const auto& b) { return a.key == b.key; });
+    index.erase(index.begin(), last.base());
 }
 
 Array<EntityHolder<Node>> GraphModel::getNodes() const

@@ -155,7 +155,7 @@ private:
     void ensureObserved();
     void onNodesChanged();
     void indexInsert(const EntityHolder<Node>& node);
-    void indexErase(const Node& node);
+    void rebuildIndex();
     Array<IndexEntry>::const_iterator lowerBound(std::uint64_t key) const;
     void appendNode(const EntityHolder<Node>& node);
     EntityHolder<Node> createTree(Stack<EntityHolder<Node>>& created, const EntityHolder<Entity>& entity,
