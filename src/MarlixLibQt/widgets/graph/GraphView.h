@@ -113,6 +113,8 @@ public:
     /// Selected nodes stack above the others, each group in its present order.
     void updateNodeZOrder();
 
+    /// Lays all nodes out in layers along their wires, centred on the scene, and frames them: one undo step.
+    void rearrange();
     void setCursors(const Cursors& cursors);
     /// Off: nodes cannot be moved and no selection band is drawn; clicks still select and wires can be dragged.
     void setDraggingEnabled(bool enabled);
@@ -132,6 +134,8 @@ public Q_SLOTS:
     void onClearSelection();
     void onRemoveSelection();
     void onDuplicateSelection();
+    /// Lays the selected nodes (more than one) out in layers around the centre of where they are now.
+    void onRearrangeSelection();
     /// One auto-scroll step: the view moves towards the cursor while it is outside the viewport's inner rectangle.
     void onTimeout();
     /// Chooses the idle mode from the held modifiers: none 0, Alt 1, Ctrl+Alt 2.
@@ -177,6 +181,7 @@ private:
     void createEntityAt(const EntityClassInfo& entityClass, QPointF scenePos);
     void selectNodeItems(ArrayView<NodeItem* const> items, bool exclusive);
     Array<NodeItem*> getNodeTree(NodeItem* root) const;
+    void arrangeNodes(ArrayView<NodeItem* const> items, QPointF centre);
     /// Runs `work` in one undo action named `label`, or unrecorded without an undo manager; a failure reverts it and is
     /// logged.
     bool runAction(StringView label, const Function<void()>& work);

@@ -119,6 +119,8 @@ private Q_SLOTS:
     void dropAddsSceneEntities();
     void statesAreReported();
     void thumbnailsFollowTheZoom();
+    void rearrangeLaysOutAlongTheWires_data();
+    void rearrangeLaysOutAlongTheWires();
 };
 
 void tst_GraphView::zoomSnapsAndKeepsTheAnchor_data()
@@ -526,6 +528,67 @@ void tst_GraphView::thumbnailsFollowTheZoom()
         QCOMPARE(canvas.view->getThumbnailClient()->getThumbnailSize(), QSize(side, side));
     }
     manager->shutdownProviders();
+}
+
+void tst_GraphView::rearrangeLaysOutAlongTheWires_data()
+{
+    QTest::addColumn<bool>("selectionOnly");
+    QTest::newRow("all") << false;
+    QTest::newRow("selection") << true;
+}
+
+void tst_GraphView::rearrangeLaysOutAlongTheWires()
+{
+    QFETCH(bool, selectionOnly);
+    Canvas canvas;
+    const Array<EntityHolder<Entity>> entities = populateMaterialNetwork(*canvas.scene);
+    for (std::size_t i = 0; i < entities.size(); ++i)
+        canvas.model->getOrCreateNode(entities[i], QPointF(1000.0 + 37.0 * double(i % 5), 900.0 + 11.0 * double(i)));
+    Canvas::settle();
+    const Array<NodeItem*> all = canvas.view->getNodeItems();
+    Array<QPointF> before;
+    for (const NodeItem* item : all)
+        before.push_back(item->pos());
+    Array<NodeItem*> arranged = all;
+    if (selectionOnly) {
+        arranged.assign(all.begin(), all.begin() + 6);
+        for (NodeItem* item : arranged)
+            item->setSelected(true);
+    }
+    const QPointF centre = selectionOnly ? GraphView::nodeItemsBoundingRect(arranged).center() : QPointF(50000, 50000);
+    if (selectionOnly)
+        canvas.view->onRearrangeSelection();
+    else
+        canvas.view->rearrange();
+    Canvas::settle();
+
+    QCOMPARE(canvas.undo->getUndoCount(), std::size_t(1));
+    QCOMPARE(canvas.undo->getUndoLabel(), String("Rearrange Nodes"));
+    QVERIFY(QLineF(GraphView::nodeItemsBoundingRect(arranged).center(), centre).length() <= 1.5);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const NodeItem* item = all[i];
+        QCOMPARE(item->getNode()->getPosition(), item->pos());
+        QCOMPARE(item->x(), std::round(item->x()));
+        if (std::find(arranged.begin(), arranged.end(), item) == arranged.end())
+            QCOMPARE(item->pos(), before[i]);
+    }
+    const auto geometry = [](const NodeItem* item) { return item->sceneBoundingRect().adjusted(1, 1, -1, -1); };
+    for (const NodeItem* a : arranged)
+        for (const NodeItem* b : arranged)
+            QVERIFY(a == b || !geometry(a).intersects(geometry(b)));
+    // Every wire between arranged nodes runs from left to right.
+    for (const ConnectionItem* wire : canvas.view->getConnections()) {
+        const NodeItem* from = wire->getFrom();
+        const NodeItem* to = wire->getTo().second;
+        if (std::count(arranged.begin(), arranged.end(), from) && std::count(arranged.begin(), arranged.end(), to))
+            QVERIFY(from->x() + NodeItem::WIDTH < to->x());
+    }
+    if (!selectionOnly)
+        QVERIFY(QLineF(canvas.view->mapFromScene(centre), QPointF(400, 300)).length() <= 2);
+    canvas.undo->undo();
+    Canvas::settle();
+    for (std::size_t i = 0; i < all.size(); ++i)
+        QCOMPARE(all[i]->pos(), before[i]);
 }
 
 QTEST_MAIN(tst_GraphView)
