@@ -7,8 +7,10 @@
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QMenu>
 #include <QMimeData>
 #include <QTest>
+#include <QTimer>
 
 #include <cmath>
 
@@ -117,6 +119,8 @@ private Q_SLOTS:
     void removeAndDuplicateSelection_data();
     void removeAndDuplicateSelection();
     void dropAddsSceneEntities();
+    void contextMenuAddsNodes_data();
+    void contextMenuAddsNodes();
     void statesAreReported();
     void thumbnailsFollowTheZoom();
     void rearrangeLaysOutAlongTheWires_data();
@@ -488,6 +492,60 @@ void tst_GraphView::dropAddsSceneEntities()
     const EntityHolder<Node> first = canvas.model->findNode(*texture);
     QVERIFY(first && QLineF(first->getPosition(), canvas.view->mapToScene(at)).length() < 1);
     QCOMPARE(canvas.view->getConnections().size(), std::size_t(1));
+}
+
+void tst_GraphView::contextMenuAddsNodes_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<int>("newEntities");
+    QTest::newRow("a new entity") << "Add Mesh"
+                                  << "Create Node" << 1;
+    QTest::newRow("one of the scene") << "Shown nowhere (Texture)"
+                                      << "Add Node" << 0;
+}
+
+void tst_GraphView::contextMenuAddsNodes()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, label);
+    QFETCH(int, newEntities);
+    Canvas canvas;
+    const EntityHolder<Entity> hidden = textureClass().create();
+    hidden->setPropertyValue("name", String("Shown nowhere"));
+    canvas.scene->addEntity(hidden);
+    canvas.addInView(materialClass(), 0);
+    const std::size_t entities = canvas.scene->size();
+    // The menu runs its own event loop: the entry is chosen from inside it, as a user would.
+    QStringList offered;
+    QTimer::singleShot(0, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QList<QAction*> actions = menu->actions();
+        for (qsizetype i = 0; i < actions.size(); ++i) {
+            offered.append(actions[i]->text());
+            if (QMenu* submenu = actions[i]->menu())
+                actions.append(submenu->actions());
+        }
+        const auto chosen
+            = std::find_if(actions.begin(), actions.end(), [&](QAction* a) { return a->text() == entry; });
+        QVERIFY(chosen != actions.end());
+        (*chosen)->trigger();
+        menu->close();
+    });
+    const QPoint at(500, 400);
+    QTest::mouseClick(canvas.view->viewport(), Qt::RightButton, {}, at);
+
+    QVERIFY(offered.contains("Add Texture") && offered.contains("Add LayeredMaterial"));
+    QVERIFY(!offered.contains("Add GraphModel"));
+    QCOMPARE(canvas.scene->size(), entities + std::size_t(newEntities) + 1); // and the node record
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(2));
+    QCOMPARE(QString::fromStdString(canvas.undo->getUndoLabel()), label);
+    const NodeItem* added = canvas.view->getSelectedNodeItems().at(0);
+    QVERIFY(QLineF(added->pos(), canvas.view->mapToScene(at)).length() < 1);
+    canvas.undo->undo();
+    QCOMPARE(canvas.scene->size(), entities);
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(1));
 }
 
 void tst_GraphView::statesAreReported()
