@@ -132,13 +132,15 @@ void GraphView::onModelChanged(ArrayView<const EntityHolder<Node>> added, ArrayV
         removeConnections(*node, false);
         removeNode(*node);
     }
+    const bool wereShown = !nodeItems.empty();
     Array<NodeItem*> addedItems;
     addedItems.reserve(added.size());
     for (const EntityHolder<Node>& node : added)
         addedItems.push_back(addNode(node));
-    // Wires after all items exist: into the new nodes, and from them into the nodes that were already shown.
+    // Wires after all items exist: into the new nodes and, when others were shown already, from the new ones into
+    // those, which only a look at every node finds.
     if (!added.empty())
-        addMissingConnections(addedItems.size() * 4 < nodeItems.size() ? getNodeItems() : addedItems);
+        addMissingConnections(wereShown ? getNodeItems() : addedItems);
     invalidateGrid();
     QMetaObject::invokeMethod(
         this,

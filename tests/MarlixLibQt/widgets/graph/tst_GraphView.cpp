@@ -473,6 +473,10 @@ void tst_GraphView::dropAddsSceneEntities()
     material->setPropertyValue("normalMap", texture);
     canvas.scene->addEntity(texture);
     canvas.scene->addEntity(material);
+    // A node shown already that uses what is dropped gets its wire too.
+    const EntityHolder<Node> mesh = canvas.add(meshClass(), QPointF(50000, 50000));
+    mesh->getEntity()->setPropertyValue("material", material);
+    Canvas::settle();
     QMimeData data;
     const QByteArray ids = QByteArray::number(qulonglong(texture->getId())) + " 999999 junk "
         + QByteArray::number(qulonglong(material->getId()));
@@ -486,12 +490,12 @@ void tst_GraphView::dropAddsSceneEntities()
     QCoreApplication::sendEvent(canvas.view->viewport(), &drop);
     QCOMPARE(canvas.view->getState(), State::Idle);
 
-    QCOMPARE(canvas.model->getNodeCount(), std::size_t(2));
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(3));
     QCOMPARE(canvas.undo->getUndoLabel(), String("Add Node"));
     QCOMPARE(canvas.undo->getUndoCount(), std::size_t(1));
     const EntityHolder<Node> first = canvas.model->findNode(*texture);
     QVERIFY(first && QLineF(first->getPosition(), canvas.view->mapToScene(at)).length() < 1);
-    QCOMPARE(canvas.view->getConnections().size(), std::size_t(1));
+    QCOMPARE(canvas.view->getConnections().size(), std::size_t(2));
 }
 
 void tst_GraphView::contextMenuAddsNodes_data()
