@@ -165,6 +165,9 @@ private:
     void removeConnection(ConnectionItem* connection);
     /// Makes one wire per connected input of each item whose source has an item, unless it is there already.
     void addMissingConnections(ArrayView<NodeItem* const> items);
+    /// The item of the entity that `item`'s input `input` (one of its slots) references now; null when there is none or
+    /// it is not shown.
+    NodeItem* sourceItemOf(const NodeItem& item, StringView input) const;
     void onNodeItemSynchronized(NodeItem& item);
     void onSelectionChanged();
 
@@ -175,7 +178,7 @@ private:
     void completeConnection(QPointF scenePos);
     void startMovingNodes();
     void commitMovedNodes();
-    bool handleShortcut(QKeyEvent* event, bool perform);
+    bool handleShortcut(QKeyEvent* event);
     void showContextMenu(QPoint viewportPos);
     void addEntitiesAt(ArrayView<const EntityHolder<Entity>> entities, QPointF scenePos, StringView label);
     void createEntityAt(const EntityClassInfo& entityClass, QPointF scenePos);

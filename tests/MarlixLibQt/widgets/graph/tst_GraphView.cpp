@@ -385,6 +385,12 @@ void tst_GraphView::dragFromAnInputToNowhereDisconnects()
     canvas.drag(canvas.inSlot(mesh, "material"), canvas.pixel(canvas.item(material), { 110, 30 }));
     QCOMPARE(referenceOf(mesh, "material"), material->getEntity());
     QVERIFY(canvas.view->getConnections().front()->isVisible());
+    // An edit outside the view moves the wire to the new source.
+    const EntityHolder<Node> other = canvas.addInView(materialClass(), 600);
+    mesh->getEntity()->setPropertyValue("material", other->getEntity());
+    Canvas::settle();
+    QCOMPARE(canvas.view->getConnections().size(), std::size_t(1));
+    QCOMPARE(canvas.view->getConnections().front()->getFrom(), canvas.item(other));
     canvas.drag(canvas.inSlot(mesh, "material"), QPoint(700, 550));
     Canvas::settle();
     QVERIFY(!referenceOf(mesh, "material"));
