@@ -132,13 +132,15 @@ void GraphView::onModelChanged(ArrayView<const EntityHolder<Node>> added, ArrayV
         removeConnections(*node, false);
         removeNode(*node);
     }
+    const bool wereShown = !nodeItems.empty();
     Array<NodeItem*> addedItems;
     addedItems.reserve(added.size());
     for (const EntityHolder<Node>& node : added)
         addedItems.push_back(addNode(node));
-    // Wires after all items exist: into the new nodes, and from them into the nodes that were already shown.
+    // Wires after all items exist: into the new nodes and, when others were shown already, from the new ones into
+    // those, which only a look at every node finds.
     if (!added.empty())
-        addMissingConnections(addedItems.size() * 4 < nodeItems.size() ? getNodeItems() : addedItems);
+        addMissingConnections(wereShown ? getNodeItems() : addedItems);
     invalidateGrid();
     QMetaObject::invokeMethod(
         this,
@@ -215,23 +217,28 @@ void GraphView::removeConnections(const Node& node, bool inputsOnly)
             removeConnection(connection);
 }
 
+NodeItem* GraphView::sourceItemOf(const NodeItem& item, StringView input) const
+{
+    // Read from the entity itself: the node's own record of its sources may not be refreshed yet.
+    const EntityHolder<Entity> entity = item.getNode()->getEntity();
+    const EntityHolder<Entity> source = entity
+        ? entity->visitProperty(input, [](const GenericProperty& property) { return getEntityFromProperty(property); })
+        : nullptr;
+    const EntityHolder<Node> sourceNode = source ? model->findNode(*source) : nullptr;
+    return sourceNode ? lookupNodeItem(*sourceNode) : nullptr;
+}
+
 void GraphView::addMissingConnections(ArrayView<NodeItem* const> items)
 {
     for (NodeItem* item : items) {
-        const EntityHolder<Entity> entity = item->getNode()->getEntity();
         for (const NodeItem::InputSlot& slot : item->getInputSlots()) {
-            // Read from the entity itself: the node's own record of its sources may not be refreshed yet.
-            const EntityHolder<Entity> source = entity && slot.isConnected()
-                ? entity->visitProperty(
-                    slot.getProperty(), [](const GenericProperty& property) { return getEntityFromProperty(property); })
-                : nullptr;
-            const EntityHolder<Node> sourceNode = source ? model->findNode(*source) : nullptr;
-            NodeItem* from = sourceNode ? lookupNodeItem(*sourceNode) : nullptr;
+            NodeItem* from = slot.isConnected() ? sourceItemOf(*item, slot.getProperty()) : nullptr;
             if (!from)
                 continue;
             const Array<ConnectionItem*>& existing = item->getConnections();
             const bool present = std::any_of(existing.begin(), existing.end(), [&](const ConnectionItem* connection) {
-                return connection->getTo().second == item && connection->getInputName() == slot.getProperty();
+                return connection->getTo().second == item && connection->getInputName() == slot.getProperty()
+                    && connection->getFrom() == from;
             });
             if (!present)
                 addConnection(from, item, slot.getProperty());
@@ -241,13 +248,18 @@ void GraphView::addMissingConnections(ArrayView<NodeItem* const> items)
 
 void GraphView::onNodeItemSynchronized(NodeItem& item)
 {
-    // The inputs or their sources may have changed: the wires into the node are made again from what it shows now.
+    // Wires into the node that its entity no longer has go; the others follow the slots, which may have moved.
     const Array<ConnectionItem*> touching = item.getConnections();
     for (ConnectionItem* connection : touching) {
-        if (connection->getTo().second == &item)
-            removeConnection(connection);
-        else
+        if (connection->getTo().second != &item) {
             connection->updatePath();
+            continue;
+        }
+        if (item.getInputSlot(connection->getInputName())
+            && sourceItemOf(item, connection->getInputName()) == connection->getFrom())
+            connection->updatePath();
+        else
+            removeConnection(connection);
     }
     NodeItem* const items[] = { &item };
     addMissingConnections(items);

@@ -113,6 +113,8 @@ public:
     /// Selected nodes stack above the others, each group in its present order.
     void updateNodeZOrder();
 
+    /// Lays all nodes out in layers along their wires, centred on the scene, and frames them: one undo step.
+    void rearrange();
     void setCursors(const Cursors& cursors);
     /// Off: nodes cannot be moved and no selection band is drawn; clicks still select and wires can be dragged.
     void setDraggingEnabled(bool enabled);
@@ -132,6 +134,8 @@ public Q_SLOTS:
     void onClearSelection();
     void onRemoveSelection();
     void onDuplicateSelection();
+    /// Lays the selected nodes (more than one) out in layers around the centre of where they are now.
+    void onRearrangeSelection();
     /// One auto-scroll step: the view moves towards the cursor while it is outside the viewport's inner rectangle.
     void onTimeout();
     /// Chooses the idle mode from the held modifiers: none 0, Alt 1, Ctrl+Alt 2.
@@ -161,6 +165,9 @@ private:
     void removeConnection(ConnectionItem* connection);
     /// Makes one wire per connected input of each item whose source has an item, unless it is there already.
     void addMissingConnections(ArrayView<NodeItem* const> items);
+    /// The item of the entity that `item`'s input `input` (one of its slots) references now; null when there is none or
+    /// it is not shown.
+    NodeItem* sourceItemOf(const NodeItem& item, StringView input) const;
     void onNodeItemSynchronized(NodeItem& item);
     void onSelectionChanged();
 
@@ -171,12 +178,13 @@ private:
     void completeConnection(QPointF scenePos);
     void startMovingNodes();
     void commitMovedNodes();
-    bool handleShortcut(QKeyEvent* event, bool perform);
+    bool handleShortcut(QKeyEvent* event);
     void showContextMenu(QPoint viewportPos);
     void addEntitiesAt(ArrayView<const EntityHolder<Entity>> entities, QPointF scenePos, StringView label);
     void createEntityAt(const EntityClassInfo& entityClass, QPointF scenePos);
     void selectNodeItems(ArrayView<NodeItem* const> items, bool exclusive);
     Array<NodeItem*> getNodeTree(NodeItem* root) const;
+    void arrangeNodes(ArrayView<NodeItem* const> items, QPointF centre);
     /// Runs `work` in one undo action named `label`, or unrecorded without an undo manager; a failure reverts it and is
     /// logged.
     bool runAction(StringView label, const Function<void()>& work);

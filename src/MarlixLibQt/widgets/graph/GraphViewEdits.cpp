@@ -1,8 +1,8 @@
 // The view's edits besides connecting and moving: drops, the context menu, and the commands on the selection.
 #include <MarlixLib/data/EntityGraphTracker.h>
 #include <MarlixLib/data/TypeDatabase.h>
-#include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
+#include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
 
 #include <QDropEvent>
@@ -161,6 +161,9 @@ void GraphView::showContextMenu(QPoint viewportPos)
         menu.addSeparator();
     }
     const bool selection = !getSelectedNodeItems().empty();
+    menu.addAction(tr("Rearrange All"), this, &GraphView::rearrange)->setEnabled(!nodeItems.empty());
+    menu.addAction(tr("Rearrange Selection"), this, &GraphView::onRearrangeSelection)
+        ->setEnabled(getSelectedNodeItems().size() > 1);
     menu.addAction(tr("Zoom to All"), this, &GraphView::onZoomToAll)->setEnabled(!nodeItems.empty());
     menu.addAction(tr("Zoom to Selection"), this, &GraphView::onZoomToAllOrSelection)->setEnabled(selection);
     menu.addSeparator();

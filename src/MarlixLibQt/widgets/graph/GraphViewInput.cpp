@@ -24,7 +24,7 @@ bool GraphView::event(QEvent* event)
 {
     if (event->type() == QEvent::ShortcutOverride) {
         auto* key = static_cast<QKeyEvent*>(event);
-        if (handleShortcut(key, true)) {
+        if (handleShortcut(key)) {
             // The key press that follows is ours already: it must not run the command a second time.
             consumedShortcutKey = key->key() | static_cast<int>(key->modifiers() & MODIFIER_MASK);
             event->accept();
@@ -50,7 +50,7 @@ bool GraphView::viewportEvent(QEvent* event)
     return QGraphicsView::viewportEvent(event);
 }
 
-bool GraphView::handleShortcut(QKeyEvent* event, bool perform)
+bool GraphView::handleShortcut(QKeyEvent* event)
 {
     const Qt::KeyboardModifiers modifiers = event->modifiers() & MODIFIER_MASK;
     const int key = event->key();
@@ -69,8 +69,7 @@ bool GraphView::handleShortcut(QKeyEvent* event, bool perform)
         command = [this] { onZoomToAllOrSelection(); };
     if (!command)
         return false;
-    if (perform)
-        command();
+    command();
     return true;
 }
 
@@ -83,7 +82,7 @@ void GraphView::keyPressEvent(QKeyEvent* event)
         return;
     }
     consumedShortcutKey = 0;
-    if (handleShortcut(event, true)) {
+    if (handleShortcut(event)) {
         event->accept();
         return;
     }

@@ -7,8 +7,10 @@
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QMenu>
 #include <QMimeData>
 #include <QTest>
+#include <QTimer>
 
 #include <cmath>
 
@@ -117,8 +119,12 @@ private Q_SLOTS:
     void removeAndDuplicateSelection_data();
     void removeAndDuplicateSelection();
     void dropAddsSceneEntities();
+    void contextMenuAddsNodes_data();
+    void contextMenuAddsNodes();
     void statesAreReported();
     void thumbnailsFollowTheZoom();
+    void rearrangeLaysOutAlongTheWires_data();
+    void rearrangeLaysOutAlongTheWires();
 };
 
 void tst_GraphView::zoomSnapsAndKeepsTheAnchor_data()
@@ -379,6 +385,12 @@ void tst_GraphView::dragFromAnInputToNowhereDisconnects()
     canvas.drag(canvas.inSlot(mesh, "material"), canvas.pixel(canvas.item(material), { 110, 30 }));
     QCOMPARE(referenceOf(mesh, "material"), material->getEntity());
     QVERIFY(canvas.view->getConnections().front()->isVisible());
+    // An edit outside the view moves the wire to the new source.
+    const EntityHolder<Node> other = canvas.addInView(materialClass(), 600);
+    mesh->getEntity()->setPropertyValue("material", other->getEntity());
+    Canvas::settle();
+    QCOMPARE(canvas.view->getConnections().size(), std::size_t(1));
+    QCOMPARE(canvas.view->getConnections().front()->getFrom(), canvas.item(other));
     canvas.drag(canvas.inSlot(mesh, "material"), QPoint(700, 550));
     Canvas::settle();
     QVERIFY(!referenceOf(mesh, "material"));
@@ -467,6 +479,10 @@ void tst_GraphView::dropAddsSceneEntities()
     material->setPropertyValue("normalMap", texture);
     canvas.scene->addEntity(texture);
     canvas.scene->addEntity(material);
+    // A node shown already that uses what is dropped gets its wire too.
+    const EntityHolder<Node> mesh = canvas.add(meshClass(), QPointF(50000, 50000));
+    mesh->getEntity()->setPropertyValue("material", material);
+    Canvas::settle();
     QMimeData data;
     const QByteArray ids = QByteArray::number(qulonglong(texture->getId())) + " 999999 junk "
         + QByteArray::number(qulonglong(material->getId()));
@@ -480,12 +496,66 @@ void tst_GraphView::dropAddsSceneEntities()
     QCoreApplication::sendEvent(canvas.view->viewport(), &drop);
     QCOMPARE(canvas.view->getState(), State::Idle);
 
-    QCOMPARE(canvas.model->getNodeCount(), std::size_t(2));
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(3));
     QCOMPARE(canvas.undo->getUndoLabel(), String("Add Node"));
     QCOMPARE(canvas.undo->getUndoCount(), std::size_t(1));
     const EntityHolder<Node> first = canvas.model->findNode(*texture);
     QVERIFY(first && QLineF(first->getPosition(), canvas.view->mapToScene(at)).length() < 1);
-    QCOMPARE(canvas.view->getConnections().size(), std::size_t(1));
+    QCOMPARE(canvas.view->getConnections().size(), std::size_t(2));
+}
+
+void tst_GraphView::contextMenuAddsNodes_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<int>("newEntities");
+    QTest::newRow("a new entity") << "Add Mesh"
+                                  << "Create Node" << 1;
+    QTest::newRow("one of the scene") << "Shown nowhere (Texture)"
+                                      << "Add Node" << 0;
+}
+
+void tst_GraphView::contextMenuAddsNodes()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, label);
+    QFETCH(int, newEntities);
+    Canvas canvas;
+    const EntityHolder<Entity> hidden = textureClass().create();
+    hidden->setPropertyValue("name", String("Shown nowhere"));
+    canvas.scene->addEntity(hidden);
+    canvas.addInView(materialClass(), 0);
+    const std::size_t entities = canvas.scene->size();
+    // The menu runs its own event loop: the entry is chosen from inside it, as a user would.
+    QStringList offered;
+    QTimer::singleShot(0, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QList<QAction*> actions = menu->actions();
+        for (qsizetype i = 0; i < actions.size(); ++i) {
+            offered.append(actions[i]->text());
+            if (QMenu* submenu = actions[i]->menu())
+                actions.append(submenu->actions());
+        }
+        const auto chosen
+            = std::find_if(actions.begin(), actions.end(), [&](QAction* a) { return a->text() == entry; });
+        QVERIFY(chosen != actions.end());
+        (*chosen)->trigger();
+        menu->close();
+    });
+    const QPoint at(500, 400);
+    QTest::mouseClick(canvas.view->viewport(), Qt::RightButton, {}, at);
+
+    QVERIFY(offered.contains("Add Texture") && offered.contains("Add LayeredMaterial"));
+    QVERIFY(!offered.contains("Add GraphModel"));
+    QCOMPARE(canvas.scene->size(), entities + std::size_t(newEntities) + 1); // and the node record
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(2));
+    QCOMPARE(QString::fromStdString(canvas.undo->getUndoLabel()), label);
+    const NodeItem* added = canvas.view->getSelectedNodeItems().at(0);
+    QVERIFY(QLineF(added->pos(), canvas.view->mapToScene(at)).length() < 1);
+    canvas.undo->undo();
+    QCOMPARE(canvas.scene->size(), entities);
+    QCOMPARE(canvas.model->getNodeCount(), std::size_t(1));
 }
 
 void tst_GraphView::statesAreReported()
@@ -526,6 +596,67 @@ void tst_GraphView::thumbnailsFollowTheZoom()
         QCOMPARE(canvas.view->getThumbnailClient()->getThumbnailSize(), QSize(side, side));
     }
     manager->shutdownProviders();
+}
+
+void tst_GraphView::rearrangeLaysOutAlongTheWires_data()
+{
+    QTest::addColumn<bool>("selectionOnly");
+    QTest::newRow("all") << false;
+    QTest::newRow("selection") << true;
+}
+
+void tst_GraphView::rearrangeLaysOutAlongTheWires()
+{
+    QFETCH(bool, selectionOnly);
+    Canvas canvas;
+    const Array<EntityHolder<Entity>> entities = populateMaterialNetwork(*canvas.scene);
+    for (std::size_t i = 0; i < entities.size(); ++i)
+        canvas.model->getOrCreateNode(entities[i], QPointF(1000.0 + 37.0 * double(i % 5), 900.0 + 11.0 * double(i)));
+    Canvas::settle();
+    const Array<NodeItem*> all = canvas.view->getNodeItems();
+    Array<QPointF> before;
+    for (const NodeItem* item : all)
+        before.push_back(item->pos());
+    Array<NodeItem*> arranged = all;
+    if (selectionOnly) {
+        arranged.assign(all.begin(), all.begin() + 6);
+        for (NodeItem* item : arranged)
+            item->setSelected(true);
+    }
+    const QPointF centre = selectionOnly ? GraphView::nodeItemsBoundingRect(arranged).center() : QPointF(50000, 50000);
+    if (selectionOnly)
+        canvas.view->onRearrangeSelection();
+    else
+        canvas.view->rearrange();
+    Canvas::settle();
+
+    QCOMPARE(canvas.undo->getUndoCount(), std::size_t(1));
+    QCOMPARE(canvas.undo->getUndoLabel(), String("Rearrange Nodes"));
+    QVERIFY(QLineF(GraphView::nodeItemsBoundingRect(arranged).center(), centre).length() <= 1.5);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const NodeItem* item = all[i];
+        QCOMPARE(item->getNode()->getPosition(), item->pos());
+        QCOMPARE(item->x(), std::round(item->x()));
+        if (std::find(arranged.begin(), arranged.end(), item) == arranged.end())
+            QCOMPARE(item->pos(), before[i]);
+    }
+    const auto geometry = [](const NodeItem* item) { return item->sceneBoundingRect().adjusted(1, 1, -1, -1); };
+    for (const NodeItem* a : arranged)
+        for (const NodeItem* b : arranged)
+            QVERIFY(a == b || !geometry(a).intersects(geometry(b)));
+    // Every wire between arranged nodes runs from left to right.
+    for (const ConnectionItem* wire : canvas.view->getConnections()) {
+        const NodeItem* from = wire->getFrom();
+        const NodeItem* to = wire->getTo().second;
+        if (std::count(arranged.begin(), arranged.end(), from) && std::count(arranged.begin(), arranged.end(), to))
+            QVERIFY(from->x() + NodeItem::WIDTH < to->x());
+    }
+    if (!selectionOnly)
+        QVERIFY(QLineF(canvas.view->mapFromScene(centre), QPointF(400, 300)).length() <= 2);
+    canvas.undo->undo();
+    Canvas::settle();
+    for (std::size_t i = 0; i < all.size(); ++i)
+        QCOMPARE(all[i]->pos(), before[i]);
 }
 
 QTEST_MAIN(tst_GraphView)
