@@ -77,7 +77,7 @@ Expected<Curve, String> readCurve(ByteReader& in, std::size_t number)
         return Unexpected<String>("The curve file ends inside " + curveName(number));
     if (*count < Format::MIN_POINT_COUNT || *count > Format::MAX_POINT_COUNT)
         return Unexpected<String>("Curve " + std::to_string(number + 1) + " has " + std::to_string(*count)
-            + " points; a curve has 2 to 19");
+            + (*count == 1 ? " point" : " points") + "; a curve has 2 to 19");
     if (in.remaining() < std::size_t(*count) * 4)
         return Unexpected<String>("The curve file ends inside " + curveName(number));
     Array<Vector2> positions;

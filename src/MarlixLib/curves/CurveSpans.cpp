@@ -92,19 +92,22 @@ Array<CurveSpan> catmullRomSpans(ArrayView<const CurvePoint> points, double alph
         const auto s = std::ptrdiff_t(i);
         const Vector2 p0 = at(s - 1), p1 = at(s), p2 = at(s + 1), p3 = at(s + 2);
         const double d01 = knot(p0, p1), d12 = knot(p1, p2), d23 = knot(p2, p3);
-        const Vector2 m1 = d12 * ((p1 - p0) / d01 - (p2 - p0) / (d01 + d12) + (p2 - p1) / d12);
-        const Vector2 m2 = d12 * ((p2 - p1) / d12 - (p3 - p1) / (d12 + d23) + (p3 - p2) / d23);
-        // A curve must stay a function of x: the x tangents are limited as Fritsch and Carlson limit slopes, which
-        // keeps x(u) rising over the span.
+        Vector2 m1 = d12 * ((p1 - p0) / d01 - (p2 - p0) / (d01 + d12) + (p2 - p1) / d12);
+        Vector2 m2 = d12 * ((p2 - p1) / d12 - (p3 - p1) / (d12 + d23) + (p3 - p2) / d23);
+        // A curve must stay a function of x: a tangent may not point back in x, and the tangents are shortened as
+        // Fritsch and Carlson shorten slopes, which keeps x(u) rising over the span. Shortening whole tangents
+        // rather than their x parts keeps a straight run of points straight.
         const double dx = p2.x - p1.x;
-        double a = std::max(0.0, m1.x / dx);
-        double b = std::max(0.0, m2.x / dx);
+        m1.x = std::max(0.0, m1.x);
+        m2.x = std::max(0.0, m2.x);
+        const double a = m1.x / dx;
+        const double b = m2.x / dx;
         if (const double r = a * a + b * b; r > 9.0) {
             const double tau = 3.0 / std::sqrt(r);
-            a *= tau;
-            b *= tau;
+            m1 *= tau;
+            m2 *= tau;
         }
-        spans.push_back({ hermite(p1.x, p2.x, a * dx, b * dx), hermite(p1.y, p2.y, m1.y, m2.y), false });
+        spans.push_back({ hermite(p1.x, p2.x, m1.x, m2.x), hermite(p1.y, p2.y, m1.y, m2.y), false });
     }
     return spans;
 }
