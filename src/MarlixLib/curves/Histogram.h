@@ -5,6 +5,7 @@
 #include <MarlixLib/base/Function.h>
 #include <MarlixLib/color/Rgb.h>
 #include <MarlixLib/color/RgbBytes.h>
+#include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLib/curves/Curve.h>
 #include <MarlixLib/image/BitmapImpl.h>
 #include <MarlixLib/tasks/Scheduler.h>
@@ -13,17 +14,6 @@
 #include <cstdint>
 
 namespace Marlix {
-
-/// The channels of a histogram, numbered as the channels of colour curves: the master (luminance) curve first, then
-/// red, green and blue, so that a curve channel and its histogram share an index.
-enum class ColorCurveChannel : std::uint8_t
-{
-    Master = 0,
-    Red = 1,
-    Green = 2,
-    Blue = 3,
-    Alpha = 4,
-};
 
 /// Per-channel bin counts of an image: red, green, blue, alpha and luminance (Rec. 709 weights), each tone in [0, 1]
 /// falling into one of getBinCount() equal bins (8-bit tone v in bin v * bins / 255, rounded down). Values outside

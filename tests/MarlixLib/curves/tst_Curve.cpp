@@ -1,5 +1,6 @@
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLib/curves/Curves.h>
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/io/CborDeserializer.h>
@@ -186,6 +187,17 @@ private Q_SLOTS:
         QVERIFY(type->deserialize(in, "curves", noEntities, &read));
         QCOMPARE(read, curves);
         QVERIFY_THROWS_EXCEPTION(StopException, read.getChannel(3));
+    }
+
+    void appliesColorCurves()
+    {
+        // The master curve halves every colour, then each colour's own curve; a missing blue curve passes blue.
+        const Curves curves(Array<Curve> { Curve(Array<Vector2> { { 0, 0 }, { 1, 0.5 } }, CurveInterpolation::Linear),
+            Curve(), Curve(DefaultCurveType::ConstantOne) });
+        Array<RgbaBytes> pixels { { 200, 100, 50, 77 }, { 0, 0, 255, 255 } };
+        applyColorCurves(curves, pixels);
+        QCOMPARE(pixels[0], (RgbaBytes { 100, 255, 25, 77 }));
+        QCOMPARE(pixels[1], (RgbaBytes { 0, 255, 128, 255 }));
     }
 };
 
