@@ -1,4 +1,5 @@
 #include <MarlixLib/curves/CurveFile.h>
+#include <MarlixLib/data/ValueTraits.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,7 @@
 
 // Reads every input as a curve file, as a user may pick any file in the load dialog. What reads must write a file that
 // reads back to the same curves and then to the same bytes, and evaluate anywhere; what does not read must say why.
+// The same bytes are also read as the text form of curves, as pasted into a property field.
 
 using namespace Marlix;
 
@@ -18,10 +20,25 @@ namespace {
     std::abort();
 }
 
+void checkText(StringView text)
+{
+    using Traits = ValueTraits<Curves>;
+    const auto parsed = Traits::fromString(text);
+    if (!parsed) {
+        if (parsed.error().empty())
+            fail("a refused text gave no message");
+        return;
+    }
+    const auto reparsed = Traits::fromString(Traits::toString(*parsed));
+    if (!reparsed || *reparsed != *parsed)
+        fail("printing and parsing changed the curves");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    checkText(StringView(reinterpret_cast<const char*>(data), size));
     const auto read = readCurves(ArrayView<const std::byte>(reinterpret_cast<const std::byte*>(data), size));
     if (!read) {
         if (read.error().empty())

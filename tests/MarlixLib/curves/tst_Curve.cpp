@@ -14,6 +14,7 @@
 using namespace Marlix;
 
 Q_DECLARE_METATYPE(Marlix::CurveInterpolation)
+Q_DECLARE_METATYPE(Marlix::Curve)
 
 namespace {
 constexpr double NAN_VALUE = std::numeric_limits<double>::quiet_NaN();
@@ -54,6 +55,34 @@ private Q_SLOTS:
         for (std::size_t i = 1; i + 1 < WAVE.size(); ++i)
             for (const double side : { -1e-7, 1e-7 })
                 QVERIFY(std::abs(curve.evaluate(WAVE[i].x + side) - WAVE[i].y) < 1e-2);
+    }
+
+    void knownValues_data()
+    {
+        QTest::addColumn<CurveInterpolation>("mode");
+        QTest::addColumn<Curve>("curve");
+        QTest::addColumn<double>("x");
+        QTest::addColumn<double>("y");
+        const Array<Vector2> peak { { 0.0, 0.0 }, { 0.5, 1.0 }, { 1.0, 0.0 } };
+        // Natural spline: the middle second derivative is -12, so y = 3x - 4x^3 on the left half.
+        QTest::newRow("cubic") << CurveInterpolation::CubicSpline << Curve(peak, CurveInterpolation::CubicSpline)
+                               << 0.25 << 0.6875;
+        // Uniform Catmull-Rom with mirrored ends: x(u) = u / 2, y(u) = u + u^2 - u^3.
+        QTest::newRow("cubic uniform") << CurveInterpolation::CubicUniform
+                                       << Curve(peak, CurveInterpolation::CubicUniform) << 0.25 << 0.625;
+        QTest::newRow("linear") << CurveInterpolation::Linear << Curve(peak, CurveInterpolation::Linear) << 0.8 << 0.4;
+        // Bézier from (0, 0) to (1, 1) through (0.5, 0) and (0.5, 1): at u = 1/4, x = 19/64 and y = 5/32.
+        Curve s(Array<Vector2> { { 0.0, 0.0 }, { 1.0, 1.0 } }, CurveInterpolation::Bezier);
+        s.setHandles(0, { -0.1, -0.1 }, { 0.5, 0.0 });
+        s.setHandles(1, { 0.5, 1.0 }, { 1.1, 1.1 });
+        QTest::newRow("bezier") << CurveInterpolation::Bezier << s << 19.0 / 64.0 << 5.0 / 32.0;
+    }
+    void knownValues()
+    {
+        QFETCH(Curve, curve);
+        QFETCH(double, x);
+        QFETCH(double, y);
+        QVERIFY2(std::abs(curve.evaluate(x) - y) < 1e-9, qPrintable(QString::number(curve.evaluate(x))));
     }
 
     void clampsInAndOut_data() { addModes(); }
@@ -116,6 +145,11 @@ private Q_SLOTS:
         QCOMPARE(moved, Vector2(1.0 - Curve::EPSILON, 0.0));
         QVERIFY(std::abs(curve.getPoint(1).rightHandle.x - (moved.x + Curve::HANDLE_OFFSET)) < 1e-12);
         QCOMPARE(curve.movePoint(0, { 0.4, 0.2 }), Vector2(0.4, 0.2));
+        QCOMPARE(curve.movePoint(0, { NAN_VALUE, 0.9 }), Vector2(0.4, 0.2));
+        // The end point is held a tone step right of its neighbour, which itself sits a step short of 1.
+        QVERIFY(std::abs(curve.movePoint(2, { 0.2, 0.5 }).x - 1.0) < 1e-12);
+        QCOMPARE(curve.addPoint(Vector2 { 0.0, 1.0 }), Optional<std::size_t>(0));
+        QVERIFY(curve.removePoint(0));
         QVERIFY(curve.removePoint(1));
         QVERIFY(!curve.removePoint(0));
         QCOMPARE(curve.getPointCount(), std::size_t(2));
@@ -187,6 +221,31 @@ private Q_SLOTS:
         QVERIFY(type->deserialize(in, "curves", noEntities, &read));
         QCOMPARE(read, curves);
         QVERIFY_THROWS_EXCEPTION(StopException, read.getChannel(3));
+
+        // A stream whose curve breaks a rule is refused with the reason, and the target keeps its curves.
+        CborSerializer bad;
+        bad.serializeFormatVersion(1);
+        bad.beginArray("curves", 1);
+        bad.beginRecord("curve");
+        bad.writeUInt("interpolation", 1);
+        bad.beginArray("points", 1);
+        bad.beginRecord("point");
+        for (const char* key : { "position", "left", "right" }) {
+            bad.beginArray(key, 2);
+            bad.writeFloat("c", 0.5);
+            bad.writeFloat("c", 0.5);
+            bad.endArray();
+        }
+        bad.endRecord();
+        bad.endArray();
+        bad.endRecord();
+        bad.endArray();
+        const auto badBytes = bad.getBytes();
+        CborDeserializer badIn(badBytes);
+        QVERIFY(badIn.deserializeFormatVersion());
+        const auto refused = type->deserialize(badIn, "curves", noEntities, &read);
+        QVERIFY(!refused && refused.error().find("needs at least 2 points") != String::npos);
+        QCOMPARE(read, curves);
     }
 
     void appliesColorCurves()

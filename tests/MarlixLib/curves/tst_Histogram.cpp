@@ -101,6 +101,13 @@ private Q_SLOTS:
         direct.addPixels(image->getPixels());
         QCOMPARE(received, direct);
         QCOMPARE(received.getBins(RED)[192] + received.getBins(RED)[64], std::uint64_t(301 * 997));
+        // A completion that throws fails its task, which keeps the reason; a bad bin count is refused at once.
+        const auto failing = Histogram::computeAsync(
+            image, 256, [](Histogram) { throw Exception("no room for the histogram"); }, scheduler);
+        failing->wait();
+        QCOMPARE(failing->getState(), TaskState::Failed);
+        QVERIFY(failing->getFailureMessage().find("no room for the histogram") != String::npos);
+        QVERIFY_THROWS_EXCEPTION(Exception, Histogram::computeAsync(image, -1, [](Histogram) {}, scheduler));
     }
 
     void equalizesTwoTones()
