@@ -3,9 +3,8 @@
 #include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLib/curves/Histogram.h>
 
-#include <benchmark/benchmark.h>
-
 #include <array>
+#include <benchmark/benchmark.h>
 #include <cstdint>
 #include <cstdio>
 
@@ -31,7 +30,8 @@ const BitmapImpl<RgbaBytes>& image()
 const Curves& sampleCurves()
 {
     static const Curves curves(Array<Curve> {
-        Curve(Array<Vector2> { { 0.0, 0.0 }, { 0.25, 0.2 }, { 0.75, 0.85 }, { 1.0, 1.0 } }, CurveInterpolation::CubicSpline),
+        Curve(Array<Vector2> { { 0.0, 0.0 }, { 0.25, 0.2 }, { 0.75, 0.85 }, { 1.0, 1.0 } },
+            CurveInterpolation::CubicSpline),
         Curve(Array<Vector2> { { 0.0, 0.05 }, { 1.0, 0.95 } }, CurveInterpolation::Linear),
         Curve(),
         Curve(Array<Vector2> { { 0.0, 0.0 }, { 0.5, 0.6 }, { 1.0, 1.0 } }, CurveInterpolation::CubicChordal),

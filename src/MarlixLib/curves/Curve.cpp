@@ -1,6 +1,5 @@
-#include <MarlixLib/curves/Curve.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/curves/Curve.h>
 #include <MarlixLib/curves/CurveSpans.h>
 
 #include <algorithm>
@@ -117,8 +116,7 @@ Expected<Curve, String> Curve::make(Array<CurvePoint> points, CurveInterpolation
         return Unexpected<String>(
             "Interpolation " + std::to_string(static_cast<int>(interpolation)) + " is not a curve interpolation");
     if (points.size() < MIN_POINT_COUNT)
-        return Unexpected<String>(
-            "A curve needs at least 2 points, not " + std::to_string(points.size()));
+        return Unexpected<String>("A curve needs at least 2 points, not " + std::to_string(points.size()));
     for (std::size_t i = 0; i < points.size(); ++i) {
         const CurvePoint& point = points[i];
         const String name = "Point " + std::to_string(i + 1);
@@ -159,8 +157,8 @@ Optional<std::size_t> Curve::addPoint(const CurvePoint& point)
     if (!isFinite(point.position) || !isInUnitSquare(point.position) || !isFinite(point.leftHandle)
         || !isFinite(point.rightHandle))
         return std::nullopt;
-    const auto after = std::upper_bound(points.begin(), points.end(), point.position.x,
-        [](double x, const CurvePoint& p) { return x < p.position.x; });
+    const auto after = std::upper_bound(
+        points.begin(), points.end(), point.position.x, [](double x, const CurvePoint& p) { return x < p.position.x; });
     if (after != points.end() && after->position.x - point.position.x < EPSILON - SPACING_TOLERANCE)
         return std::nullopt;
     if (after != points.begin() && point.position.x - (after - 1)->position.x < EPSILON - SPACING_TOLERANCE)

@@ -1,6 +1,5 @@
-#include <MarlixLib/curves/CurveFile.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/curves/CurveFile.h>
 #include <MarlixLib/curves/CurveReduction.h>
 
 #include <algorithm>
@@ -33,8 +32,8 @@ public:
     {
         if (remaining() < 2)
             return std::nullopt;
-        const auto value = std::uint16_t(std::to_integer<unsigned>(bytes[offset]) << 8
-            | std::to_integer<unsigned>(bytes[offset + 1]));
+        const auto value = std::uint16_t(
+            std::to_integer<unsigned>(bytes[offset]) << 8 | std::to_integer<unsigned>(bytes[offset + 1]));
         offset += 2;
         return value;
     }
@@ -184,8 +183,8 @@ Expected<Curves, String> readCurves(ArrayView<const std::byte> bytes)
     }
     // Without a signature, the exact length is what tells a version 1 curve file from any other file.
     if (*version == Format::VERSION && in.remaining() > 0)
-        return Unexpected<String>("The curve file has " + std::to_string(in.remaining())
-            + " bytes after its last curve");
+        return Unexpected<String>(
+            "The curve file has " + std::to_string(in.remaining()) + " bytes after its last curve");
     if (*version == Format::EXTENDED_VERSION)
         readExtendedBlock(in, curves);
     return Curves(std::move(curves));

@@ -1,6 +1,5 @@
-#include <MarlixLib/curves/CurveSpans.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/curves/CurveSpans.h>
 
 #include <algorithm>
 #include <cmath>

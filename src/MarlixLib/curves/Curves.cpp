@@ -1,6 +1,5 @@
-#include <MarlixLib/curves/Curves.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLib/curves/Curves.h>
 #include <MarlixLib/data/MathValueTraits.h>
 #include <MarlixLib/data/ValueTraits.h>
 
@@ -87,8 +86,8 @@ Expected<Curve, String> parseCurve(StringView text)
     for (const StringView item : split(trim(text.substr(colon + 1)), ',')) {
         auto point = parsePoint(item);
         if (!point)
-            return Unexpected<String>("point " + std::to_string(points.size() + 1) + " \"" + String(item)
-                + "\": " + point.error());
+            return Unexpected<String>(
+                "point " + std::to_string(points.size() + 1) + " \"" + String(item) + "\": " + point.error());
         points.push_back(*point);
     }
     return Curve::make(std::move(points), *interpolation);
@@ -99,8 +98,8 @@ String pointText(const CurvePoint& point)
     const auto number = [](double value) { return ValueTraits<double>::toString(value); };
     String text = number(point.position.x) + " " + number(point.position.y);
     if (CurvePoint::at(point.position) != point)
-        text += " [" + number(point.leftHandle.x) + " " + number(point.leftHandle.y) + " "
-            + number(point.rightHandle.x) + " " + number(point.rightHandle.y) + "]";
+        text += " [" + number(point.leftHandle.x) + " " + number(point.leftHandle.y) + " " + number(point.rightHandle.x)
+            + " " + number(point.rightHandle.y) + "]";
     return text;
 }
 
@@ -226,7 +225,8 @@ Expected<Curves, String> ValueTraits<Curves>::deserialize(IDeserializer& in, Str
         in.leaveRecord();
         if (!curve) {
             in.leaveArray();
-            return Unexpected<String>("Curve " + std::to_string(i + 1) + " of \"" + String(key) + "\": " + curve.error());
+            return Unexpected<String>(
+                "Curve " + std::to_string(i + 1) + " of \"" + String(key) + "\": " + curve.error());
         }
         channels.push_back(std::move(*curve));
     }

@@ -1,7 +1,6 @@
-#include <MarlixLib/curves/Histogram.h>
-
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/curves/CurveReduction.h>
+#include <MarlixLib/curves/Histogram.h>
 
 #include <algorithm>
 #include <cmath>
@@ -154,8 +153,8 @@ Histogram::Histogram(int binCount)
     : binCount(binCount)
 {
     if (binCount < 1 || binCount > MAX_BIN_COUNT)
-        throw Exception("A histogram has 1 to " + std::to_string(MAX_BIN_COUNT) + " bins, not "
-            + std::to_string(binCount));
+        throw Exception(
+            "A histogram has 1 to " + std::to_string(MAX_BIN_COUNT) + " bins, not " + std::to_string(binCount));
     counts.assign(std::size_t(CHANNEL_COUNT) * std::size_t(binCount), 0);
 }
 
@@ -169,8 +168,8 @@ Histogram Histogram::compute(const BitmapImpl<Rgb>& image, int binCount, Schedul
     return computeBands(image, binCount, scheduler);
 }
 
-SharedPtr<Task> Histogram::computeAsync(SharedPtr<const BitmapImpl<RgbaBytes>> image, int binCount,
-    Function<void(Histogram)> done, Scheduler& scheduler)
+SharedPtr<Task> Histogram::computeAsync(
+    SharedPtr<const BitmapImpl<RgbaBytes>> image, int binCount, Function<void(Histogram)> done, Scheduler& scheduler)
 {
     return submitCompute(std::move(image), binCount, std::move(done), scheduler);
 }

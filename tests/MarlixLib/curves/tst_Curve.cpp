@@ -168,16 +168,26 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("message");
-        QTest::newRow("one point") << "linear: 0.5 0.5" << "needs at least 2 points";
-        QTest::newRow("outside") << "linear: 0 0, 1 1.5" << "Point 2 lies at (1, 1.5)";
-        QTest::newRow("not sorted") << "cubic: 0.5 0, 0.2 1" << "Point 2 lies at x 0.2";
-        QTest::newRow("too close") << "cubic: 0 0, 0.001 1" << "less than 1/255";
-        QTest::newRow("nan") << "cubic: 0 0, nan 1" << "Point 2";
-        QTest::newRow("infinite handle") << "bezier: 0 0 [0 0 inf 0], 1 1" << "not a finite number";
-        QTest::newRow("unknown mode") << "spline: 0 0, 1 1" << "\"spline\" is not an interpolation";
-        QTest::newRow("no colon") << "0 0, 1 1" << "expected an interpolation";
-        QTest::newRow("three numbers") << "linear: 0 0 0, 1 1" << "point 1";
-        QTest::newRow("second curve") << "linear: 0 0, 1 1; linear: 0 0" << "Curve 2:";
+        QTest::newRow("one point") << "linear: 0.5 0.5"
+                                   << "needs at least 2 points";
+        QTest::newRow("outside") << "linear: 0 0, 1 1.5"
+                                 << "Point 2 lies at (1, 1.5)";
+        QTest::newRow("not sorted") << "cubic: 0.5 0, 0.2 1"
+                                    << "Point 2 lies at x 0.2";
+        QTest::newRow("too close") << "cubic: 0 0, 0.001 1"
+                                   << "less than 1/255";
+        QTest::newRow("nan") << "cubic: 0 0, nan 1"
+                             << "Point 2";
+        QTest::newRow("infinite handle") << "bezier: 0 0 [0 0 inf 0], 1 1"
+                                         << "not a finite number";
+        QTest::newRow("unknown mode") << "spline: 0 0, 1 1"
+                                      << "\"spline\" is not an interpolation";
+        QTest::newRow("no colon") << "0 0, 1 1"
+                                  << "expected an interpolation";
+        QTest::newRow("three numbers") << "linear: 0 0 0, 1 1"
+                                       << "point 1";
+        QTest::newRow("second curve") << "linear: 0 0, 1 1; linear: 0 0"
+                                      << "Curve 2:";
     }
     void refusesBadPoints()
     {

@@ -93,12 +93,14 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("message");
         QTest::newRow("empty") << QByteArray() << "The curve file is empty";
-        QTest::newRow("odd length") << QByteArray("\0\1\0", 3) << "The curve file is too short to hold its version and curve count";
+        QTest::newRow("odd length") << QByteArray("\0\1\0", 3)
+                                    << "The curve file is too short to hold its version and curve count";
         QTest::newRow("bad version") << words({ 7, 1, 2, 0, 0, 255, 255 }) << "Version 7 is not a curve file version";
         QTest::newRow("ends in curve 2") << words({ 1, 2, 2, 0, 0, 255, 255, 3, 0, 0 })
                                          << "The curve file ends inside curve 2";
         QTest::newRow("ends at curve 2") << words({ 1, 2, 2, 0, 0, 255, 255 }) << "The curve file ends inside curve 2";
-        QTest::newRow("oversized count") << words({ 1, 65535, 2, 0, 0, 255, 255 }) << "The curve file ends inside curve 2";
+        QTest::newRow("oversized count") << words({ 1, 65535, 2, 0, 0, 255, 255 })
+                                         << "The curve file ends inside curve 2";
         QTest::newRow("too many points") << words({ 1, 3, 2, 0, 0, 255, 255, 2, 0, 0, 255, 255, 25 })
                                          << "Curve 3 has 25 points; a curve has 2 to 19";
         QTest::newRow("one point") << words({ 4, 1, 1, 0, 0 }) << "Curve 1 has 1 point; a curve has 2 to 19";

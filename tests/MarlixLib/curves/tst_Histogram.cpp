@@ -77,8 +77,8 @@ private Q_SLOTS:
         QCOMPARE(sixteen.getBins(RED)[15], std::uint64_t(5));
         // Float images: the same tones, values outside [0, 1] and NaN in the end bins.
         const float nan = std::numeric_limits<float>::quiet_NaN();
-        const BitmapImpl<Rgb> image(4, 1, Array<Rgb> { { 128 / 255.0f, 0, 0, 1 }, { 1.0f, 0, 0, 1 }, { 7.0f, 0, 0, 1 },
-                                              { nan, 0, 0, -2.0f } });
+        const BitmapImpl<Rgb> image(
+            4, 1, Array<Rgb> { { 128 / 255.0f, 0, 0, 1 }, { 1.0f, 0, 0, 1 }, { 7.0f, 0, 0, 1 }, { nan, 0, 0, -2.0f } });
         const Histogram floats = Histogram::compute(image, 16);
         QCOMPARE(floats.getBins(RED)[8], std::uint64_t(1));
         QCOMPARE(floats.getBins(RED)[15], std::uint64_t(2));
@@ -94,7 +94,8 @@ private Q_SLOTS:
         const auto image = std::make_shared<const BitmapImpl<RgbaBytes>>(twoTones(301, 997));
         Scheduler scheduler("HistogramTest", 3);
         Histogram received(2);
-        const auto task = Histogram::computeAsync(image, 256, [&](Histogram h) { received = std::move(h); }, scheduler);
+        const auto task = Histogram::computeAsync(
+            image, 256, [&](Histogram h) { received = std::move(h); }, scheduler);
         task->wait();
         QCOMPARE(task->getState(), TaskState::Finished);
         Histogram direct;
@@ -107,7 +108,9 @@ private Q_SLOTS:
         failing->wait();
         QCOMPARE(failing->getState(), TaskState::Failed);
         QVERIFY(failing->getFailureMessage().find("no room for the histogram") != String::npos);
-        QVERIFY_THROWS_EXCEPTION(Exception, Histogram::computeAsync(image, -1, [](Histogram) {}, scheduler));
+        QVERIFY_THROWS_EXCEPTION(Exception,
+            Histogram::computeAsync(
+                image, -1, [](Histogram) {}, scheduler));
     }
 
     void equalizesTwoTones()
