@@ -128,8 +128,8 @@ private Q_SLOTS:
         QCOMPARE(int(table[64]), 0);
         QCOMPARE(int(table[192]), 255);
         // Fine histograms keep their points a tone step apart, so the curve stays valid, and still split the tones.
-        const BitmapImpl<Rgb> fine(4, 1, Array<Rgb> { { 0.3f, 0, 0, 1 }, { 0.3f, 0, 0, 1 }, { 0.31f, 0, 0, 1 },
-                                             { 0.31f, 0, 0, 1 } });
+        const BitmapImpl<Rgb> fine(
+            4, 1, Array<Rgb> { { 0.3f, 0, 0, 1 }, { 0.3f, 0, 0, 1 }, { 0.31f, 0, 0, 1 }, { 0.31f, 0, 0, 1 } });
         const Curve split = Histogram::compute(fine, 1024).computeEqualizingCurve(RED);
         QVERIFY(split(0.3f) < 0.01f && split(0.31f) > 0.99f);
         // Evenly spread tones need no change; a single tone or nothing counted leaves the identity.
