@@ -29,39 +29,30 @@ std::uint8_t luminance(const RgbaBytes& p) noexcept
 }
 
 // 8-bit pixels are counted per tone first and spread over the bins at the end, so the loop that touches every pixel
-// is the same for every bin count. Two sets of counters take alternate pixels: runs of equal pixels (flat areas)
+// is the same for every bin count. Four sets of counters take turns by pixel: runs of equal pixels (flat areas)
 // would otherwise make every increment wait for the one before.
 struct ByteCounts
 {
-    std::array<std::array<std::array<std::uint32_t, 256>, Histogram::CHANNEL_COUNT>, 2> sets {};
+    static constexpr std::size_t SETS = 4;
+    std::array<std::array<std::array<std::uint32_t, 256>, Histogram::CHANNEL_COUNT>, SETS> sets {};
+
+    static void add(std::array<std::array<std::uint32_t, 256>, Histogram::CHANNEL_COUNT>& set, RgbaBytes p) noexcept
+    {
+        ++set[RED][p.r];
+        ++set[GREEN][p.g];
+        ++set[BLUE][p.b];
+        ++set[ALPHA][p.a];
+        ++set[MASTER][luminance(p)];
+    }
 
     void count(ArrayView<const RgbaBytes> pixels) noexcept
     {
-        auto& a = sets[0];
-        auto& b = sets[1];
         std::size_t i = 0;
-        for (; i + 1 < pixels.size(); i += 2) {
-            const RgbaBytes p = pixels[i];
-            const RgbaBytes q = pixels[i + 1];
-            ++a[RED][p.r];
-            ++a[GREEN][p.g];
-            ++a[BLUE][p.b];
-            ++a[ALPHA][p.a];
-            ++a[MASTER][luminance(p)];
-            ++b[RED][q.r];
-            ++b[GREEN][q.g];
-            ++b[BLUE][q.b];
-            ++b[ALPHA][q.a];
-            ++b[MASTER][luminance(q)];
-        }
-        if (i < pixels.size()) {
-            const RgbaBytes p = pixels[i];
-            ++a[RED][p.r];
-            ++a[GREEN][p.g];
-            ++a[BLUE][p.b];
-            ++a[ALPHA][p.a];
-            ++a[MASTER][luminance(p)];
-        }
+        for (; i + SETS <= pixels.size(); i += SETS)
+            for (std::size_t s = 0; s < SETS; ++s)
+                add(sets[s], pixels[i + s]);
+        for (; i < pixels.size(); ++i)
+            add(sets[0], pixels[i]);
     }
 
     void addTo(ArrayView<std::uint64_t> counts, int binCount) const noexcept
@@ -69,7 +60,10 @@ struct ByteCounts
         for (std::size_t channel = 0; channel < Histogram::CHANNEL_COUNT; ++channel)
             for (std::size_t v = 0; v < 256; ++v) {
                 const std::size_t bin = std::min<std::size_t>(v * std::size_t(binCount) / 255, binCount - 1);
-                counts[channel * std::size_t(binCount) + bin] += sets[0][channel][v] + sets[1][channel][v];
+                std::uint64_t sum = 0;
+                for (const auto& set : sets)
+                    sum += set[channel][v];
+                counts[channel * std::size_t(binCount) + bin] += sum;
             }
     }
 };
