@@ -11,6 +11,8 @@ std::vector<Page> allPages()
         { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
         { QStringLiteral("Properties"), QStringLiteral("properties"), createPropertiesPage },
         { QStringLiteral("Mesh properties"), QStringLiteral("mesh-properties"), createMeshPropertiesPage },
+        { QStringLiteral("Graph"), QStringLiteral("graph"), createGraphPage,
+            { { QStringLiteral("graph-overview"), showGraphOverview } } },
     };
 }
 

@@ -50,17 +50,27 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
         return 1;
     }
     int failures = 0;
-    for (int i = 0; i < window.pageCount(); ++i) {
-        window.showPage(i);
+    int written = 0;
+    const auto shoot = [&](const QString& name) {
         settle(window.currentPageWidget());
         const QPixmap shot = window.grab();
-        const QString file = QDir(folder).absoluteFilePath(window.page(i).screenshotName + QStringLiteral(".png"));
+        const QString file = QDir(folder).absoluteFilePath(name + QStringLiteral(".png"));
         if (shot.isNull() || !shot.save(file)) {
             std::fprintf(stderr, "marlix-studio: could not write %s\n", qPrintable(file));
             ++failures;
+        } else {
+            ++written;
+        }
+    };
+    for (int i = 0; i < window.pageCount(); ++i) {
+        window.showPage(i);
+        shoot(window.page(i).screenshotName);
+        for (const Studio::Shot& more : window.page(i).moreShots) {
+            more.prepare(window.currentPageWidget());
+            shoot(more.screenshotName);
         }
     }
-    std::printf("Screenshots of %d pages written to %s\n", window.pageCount(),
+    std::printf("%d screenshots of %d pages written to %s\n", written, window.pageCount(),
         qPrintable(QDir(folder).absolutePath()));
     return failures;
 }

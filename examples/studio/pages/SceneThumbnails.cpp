@@ -112,9 +112,22 @@ Sample shadeCube(const Appearance& look, double x, double y, double cx, double c
     return {};
 }
 
+// A square of tiles, alternately lit and shaded, over the whole picture but a thin margin.
+Sample shadeTiles(const Appearance& look, double x, double y)
+{
+    constexpr double EXTENT = 0.92;
+    if (std::abs(x) > EXTENT || std::abs(y) > EXTENT)
+        return {};
+    const auto tile = [&](double v) { return static_cast<int>(std::floor((v + EXTENT) / (2.0 * EXTENT) * look.tiles)); };
+    const double light = (tile(x) + tile(y)) % 2 == 0 ? 1.0 : 0.55;
+    return { look.colour.r * light, look.colour.g * light, look.colour.b * light, 1.0 };
+}
+
 Sample shade(const Appearance& look, double x, double y)
 {
     switch (look.shape) {
+    case Appearance::Shape::Tiles:
+        return shadeTiles(look, x, y);
     case Appearance::Shape::Sphere:
         return shadeSphere(look, x, y);
     case Appearance::Shape::Cube:
@@ -153,6 +166,20 @@ Appearance Appearance::of(const Entity& entity)
     } else if (entity.isInstanceOf(TestScene::meshClass())) {
         look.shape = Shape::Cube;
         takeMaterial(look, entity.getPropertyValue<EntityHolder<Entity>>("material").get());
+    } else if (entity.isInstanceOf(TestScene::textureClass())) {
+        look.shape = Shape::Tiles;
+        // A colour of its own per texture, stable across runs: the hue comes from the name.
+        const String name = entity.getPropertyValue<String>("name");
+        std::uint32_t hash = 2166136261u;
+        for (const char c : name)
+            hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+        const double hue = (hash % 360) / 60.0;
+        const auto channel = [&](double offset) {
+            const double d = std::abs(std::fmod(hue + offset, 6.0) - 3.0);
+            return static_cast<float>(0.15 + 0.7 * std::clamp(d - 1.0, 0.0, 1.0));
+        };
+        look.colour = Rgb { channel(0.0), channel(4.0), channel(2.0), 1.0f };
+        look.tiles = entity.getPropertyValue<EntityHolder<Entity>>("source") ? 8 : 4;
     } else if (entity.isInstanceOf(TestScene::instanceClass())) {
         const auto mesh = entity.getPropertyValue<EntityHolder<Entity>>("mesh");
         const auto override = entity.getPropertyValue<EntityHolder<Entity>>("materialOverride");

@@ -19,17 +19,20 @@ struct Appearance
         Sphere, // a material
         Cube, // a mesh, or an instance of one
         Group, // an instance without a mesh of its own
+        Tiles, // a texture: a tiled pattern in the colour of its name, finer when derived from another texture
     };
 
     Shape shape = Shape::Sphere;
     Marlix::Rgb colour { 0.8f, 0.8f, 0.8f, 1.0f };
     double roughness = 0.5;
     bool metal = false;
+    /// Tiles across a texture's picture.
+    int tiles = 0;
 
     bool operator==(const Appearance&) const = default;
 
     /// How `entity` looks now: a material by its own colour, a mesh by its material's, an instance by its override
-    /// material or else its mesh's.
+    /// material or else its mesh's, a texture by a colour of its own name.
     static Appearance of(const Marlix::Entity& entity);
 };
 

@@ -1,6 +1,7 @@
 #include <MarlixLib/data/CoreTypes.h>
 
 #include <MarlixLib/color/ColorGradient.h>
+#include <MarlixLib/curves/Curves.h>
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/MathValueTraits.h>
@@ -30,6 +31,7 @@ TypeModuleRecord makeCoreTypesRecord()
     record.addType(TypeDefinition::makePlain<Io::Path>("Path"));
     record.addType(TypeDefinition::makePlain<Rgb>("Rgb"));
     record.addType(TypeDefinition::makePlain<ColorGradient>("ColorGradient"));
+    record.addType(TypeDefinition::makePlain<Curves>("Curves"));
     record.addType(TypeDefinition::makePlain<Vector2>("Vector2"));
     auto vector3 = TypeDefinition::makePlain<Vector3>("Vector3");
     record.addType(vector3);

@@ -1,9 +1,10 @@
 // The view's edits besides connecting and moving: drops, the context menu, and the commands on the selection.
 #include <MarlixLib/data/EntityGraphTracker.h>
-#include <MarlixLib/data/TypeDatabase.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
+#include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QDropEvent>
 #include <QGraphicsScene>
@@ -22,9 +23,11 @@ constexpr QPointF DUPLICATE_OFFSET(40.0, 40.0);
 constexpr QPointF DROP_STEP(30.0, 30.0);
 constexpr int MAX_MENU_ENTITIES = 200;
 
+// The library's own records (graph nodes, graphs) are classes flagged hidden: no menu or drop offers them.
 bool isGraphEntity(const Entity& entity)
 {
-    return entity.isInstanceOf(Node::getClass()) || entity.isInstanceOf(GraphModel::getClass());
+    return UiFlags::of(entity.getClassInfo().getAttributes()).has(UiFlag::Hidden)
+        || entity.isInstanceOf(Node::getClass()) || entity.isInstanceOf(GraphModel::getClass());
 }
 
 QString entityTitle(const Entity& entity)
@@ -133,17 +136,9 @@ void GraphView::showContextMenu(QPoint viewportPos)
     const QPointF scenePos = toScene(viewportPos);
     QMenu menu(this);
     if (const SharedPtr<EntityGraphTracker> scene = model->getScene()) {
-        Array<EntityClassInfo> classes
-            = TypeDatabase::instance().getDerivedEntityClasses(EntityClassInfo::entityClass());
-        std::sort(classes.begin(), classes.end(),
-            [](const EntityClassInfo& a, const EntityClassInfo& b) { return a.getName() < b.getName(); });
-        for (const EntityClassInfo& entityClass : classes) {
-            if (!entityClass.canCreate() || Node::getClass().isBaseClassOf(entityClass)
-                || GraphModel::getClass().isBaseClassOf(entityClass))
-                continue;
+        for (const EntityClassInfo& entityClass : getUiEntityClasses(EntityClassInfo::entityClass()))
             menu.addAction(tr("Add %1").arg(QString::fromStdString(entityClass.getName())), this,
                 [this, entityClass, scenePos] { createEntityAt(entityClass, scenePos); });
-        }
         QMenu* existing = menu.addMenu(tr("Add Existing"));
         int listed = 0;
         for (const EntityHolder<Entity>& entity : scene->getEntities()) {

@@ -565,7 +565,10 @@ void tst_GraphView::statesAreReported()
     const EntityHolder<Node> material = canvas.addInView(layeredMaterialClass(), 300);
     Array<State> states;
     const CallbackLifetime lifetime = canvas.view->addStateChangedObserver([&](State s) { states.push_back(s); });
+    // The middle button drags the canvas with the mouse.
+    const QPointF corner = canvas.view->mapToScene(QPoint(0, 0));
     canvas.drag(QPoint(700, 500), QPoint(650, 450), Qt::MiddleButton);
+    QCOMPARE(canvas.view->mapToScene(QPoint(0, 0)) - corner, QPointF(50, 50));
     canvas.view->onModifierKeysChange(Qt::ControlModifier | Qt::AltModifier);
     canvas.view->onModifierKeysChange(Qt::AltModifier);
     // With Alt held a wire can be drawn from anywhere on a node.

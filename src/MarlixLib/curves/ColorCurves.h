@@ -1,0 +1,31 @@
+#pragma once
+
+#include <MarlixLib/MarlixLibExport.h>
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/color/RgbBytes.h>
+#include <MarlixLib/curves/Curves.h>
+
+#include <array>
+#include <cstdint>
+
+namespace Marlix {
+
+/// The channels of colour curves and of histograms, in this order: the master curve first (luminance, in a
+/// histogram), then red, green and blue, then alpha, so that a curve channel and its histogram share an index.
+enum class ColorCurveChannel : std::uint8_t
+{
+    Master = 0,
+    Red = 1,
+    Green = 2,
+    Blue = 3,
+    Alpha = 4,
+};
+
+/// Lookup tables of 8-bit tones for red, green and blue: the master curve first, then the colour's own curve (each
+/// evaluated once per tone, rounded once). Channels that `curves` lacks, and alpha, pass unchanged.
+MARLIXLIB_EXPORT std::array<std::array<std::uint8_t, 256>, 3> makeColorCurveTables(const Curves& curves);
+
+/// Applies makeColorCurveTables to pixels in place; alpha is kept.
+MARLIXLIB_EXPORT void applyColorCurves(const Curves& curves, ArrayView<RgbaBytes> pixels);
+
+} // namespace Marlix
