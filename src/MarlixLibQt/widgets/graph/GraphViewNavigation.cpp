@@ -48,7 +48,11 @@ void GraphView::zoom(QPointF anchor, double factor, bool relative)
     setTransform(QTransform::fromScale(z, z));
     const QPointF after = roundPoint(toScene(pixel));
     translate(after.x() - before.x(), after.y() - before.y());
+    const bool wasFar = wiresWithoutContents();
     zoomFactor = z;
+    if (wiresWithoutContents() != wasFar)
+        for (ConnectionItem* connection : connections)
+            connection->setFlag(QGraphicsItem::ItemHasNoContents, !wasFar && !connection->isLive());
     if (thumbnails) {
         const QSize size(getThumbnailSize(), getThumbnailSize());
         if (!size.isEmpty())
@@ -147,6 +151,12 @@ void GraphView::onTimeout()
 void GraphView::drawBackground(QPainter* painter, const QRectF& rect)
 {
     QGraphicsView::drawBackground(painter, rect);
+    drawGrid(*painter, rect);
+    wireLayer.paint(*painter, connections, rect);
+}
+
+void GraphView::drawGrid(QPainter& painter, const QRectF& rect)
+{
     if (zoomFactor < GRID_MIN_ZOOM)
         return;
     if (gridLines.empty()) {
@@ -158,11 +168,11 @@ void GraphView::drawBackground(QPainter* painter, const QRectF& rect)
         for (double y = top; y < area.bottom(); y += GRID_SPACING)
             gridLines.emplace_back(area.left(), y + 0.5, area.right(), y + 0.5);
     }
-    const bool antialiased = painter->testRenderHint(QPainter::Antialiasing);
-    painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->setPen(QPen(GRID_COLOR, 1.0));
-    painter->drawLines(gridLines.data(), static_cast<int>(gridLines.size()));
-    painter->setRenderHint(QPainter::Antialiasing, antialiased);
+    const bool antialiased = painter.testRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(QPen(GRID_COLOR, 1.0));
+    painter.drawLines(gridLines.data(), static_cast<int>(gridLines.size()));
+    painter.setRenderHint(QPainter::Antialiasing, antialiased);
 }
 
 } // namespace Marlix::Widgets
