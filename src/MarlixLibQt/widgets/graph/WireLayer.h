@@ -37,6 +37,10 @@ public:
 
 private:
     void rebuild(ArrayView<ConnectionItem* const> wires, const Underlay& underlay, double scale, double pixelRatio);
+    void scroll(ArrayView<ConnectionItem* const> wires, const Underlay& underlay, const QRectF& wanted);
+    /// Draws the part of the area that `pixelRect` of the image shows.
+    void draw(ArrayView<ConnectionItem* const> wires, const Underlay& underlay, const QRect& pixelRect);
+    QSize pixelSize(const QRectF& rect, double pixelRatio) const;
 
     QImage image;
     QRectF area;

@@ -56,6 +56,7 @@ void tst_WireLayer::wiresFollowTheGraph_data()
         QTest::newRow(distance + "a node is dragged") << zoom << QStringLiteral("drag");
         QTest::newRow(distance + "the reference is cleared") << zoom << QStringLiteral("disconnect");
         QTest::newRow(distance + "a wire is hidden") << zoom << QStringLiteral("hide");
+        QTest::newRow(distance + "the view pans") << zoom << QStringLiteral("pan");
     }
 }
 
@@ -120,6 +121,16 @@ void tst_WireLayer::wiresFollowTheGraph()
         material->setPropertyValue("baseColorMap", EntityHolder<Entity>());
         QCoreApplication::processEvents();
         QCOMPARE(view.getConnections().size(), std::size_t(1));
+    } else if (change == "pan") {
+        // The start of the wire, left of the screen and of what the layer drew at first, comes into view step by step.
+        for (int step = 0; step < 7; ++step) {
+            view.updateViewportScrolling(QPointF(100.0, 0.0), true);
+            view.viewport()->grab();
+        }
+        const QPoint start = view.mapFromScene(wire->getPath().pointAtPercent(0.05));
+        QVERIFY(view.viewport()->rect().contains(start));
+        QVERIFY(wireNear(view.viewport()->grab().toImage(), start));
+        return;
     } else {
         wire->hide();
     }
