@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,12 +32,17 @@ struct Ratio
     std::string goal = {};
     // Empty for the time of one iteration, otherwise the name of a counter of both benchmarks.
     std::string counter = {};
+    // The clock of this comparison when it is not the reporter's: one run may hold benchmarks of both kinds.
+    std::optional<Clock> clock = {};
 };
 
 /// What was kept of one benchmark: its time per iteration and its counters.
 struct BenchmarkFigures
 {
+    // By the reporter's clock.
     double nanoseconds = 0.0;
+    double cpuNanoseconds = 0.0;
+    double realNanoseconds = 0.0;
     std::map<std::string, double> counters;
     bool fromAggregate = false;
 
@@ -83,8 +89,9 @@ public:
                 continue;
             figures.fromAggregate = aggregate;
             // Two benchmarks may print in different units; the ratios must not see that.
-            const double time = clock == Clock::Cpu ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
-            figures.nanoseconds = time * nanosecondsPer(run.time_unit);
+            figures.cpuNanoseconds = run.GetAdjustedCPUTime() * nanosecondsPer(run.time_unit);
+            figures.realNanoseconds = run.GetAdjustedRealTime() * nanosecondsPer(run.time_unit);
+            figures.nanoseconds = clock == Clock::Cpu ? figures.cpuNanoseconds : figures.realNanoseconds;
             figures.counters.clear();
             for (const auto& [name, counter] : run.counters)
                 figures.counters[name] = counter.value;
@@ -133,8 +140,13 @@ private:
         if (!measured || !baseline)
             return;
         const bool time = ratio.counter.empty();
-        const double x = time ? measured->nanoseconds : measured->counter(ratio.counter);
-        const double y = time ? baseline->nanoseconds : baseline->counter(ratio.counter);
+        const auto timeOf = [&ratio](const BenchmarkFigures& figures) {
+            if (!ratio.clock)
+                return figures.nanoseconds;
+            return *ratio.clock == Clock::Cpu ? figures.cpuNanoseconds : figures.realNanoseconds;
+        };
+        const double x = time ? timeOf(*measured) : measured->counter(ratio.counter);
+        const double y = time ? timeOf(*baseline) : baseline->counter(ratio.counter);
         if (y <= 0.0)
             return;
         const std::string label = !ratio.label.empty()

@@ -1,4 +1,5 @@
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
+#include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
 
 #include <QPainter>
@@ -17,6 +18,73 @@ constexpr double WIRE_WIDTH = 2.0;
 const QColor WIRE_COLOR(255, 255, 0);
 // Below this many pixels per unit a 2-unit wire is a fraction of a pixel wide.
 constexpr double HAIRLINE_LEVEL_OF_DETAIL = 0.15;
+// Wires are cut this many pixels outside the screen, so that their ends and width at the border are never seen.
+constexpr double CLIP_MARGIN = 16.0;
+
+const QPen& widePen()
+{
+    static const QPen pen(WIRE_COLOR, WIRE_WIDTH);
+    return pen;
+}
+
+const QPen& hairlinePen()
+{
+    static const QPen pen(WIRE_COLOR, 0.0);
+    return pen;
+}
+
+// Cuts the segment to `rect` (Liang-Barsky); false when nothing of it is inside.
+bool clipSegment(QPointF& a, QPointF& b, const QRectF& rect)
+{
+    const double dx = b.x() - a.x();
+    const double dy = b.y() - a.y();
+    double enter = 0.0;
+    double leave = 1.0;
+    const auto edge = [&](double p, double q) {
+        if (p == 0.0)
+            return q >= 0.0;
+        const double t = q / p;
+        if (p < 0.0) {
+            if (t > leave)
+                return false;
+            enter = std::max(enter, t);
+        } else {
+            if (t < enter)
+                return false;
+            leave = std::min(leave, t);
+        }
+        return true;
+    };
+    if (!edge(-dx, a.x() - rect.left()) || !edge(dx, rect.right() - a.x()) || !edge(-dy, a.y() - rect.top())
+        || !edge(dy, rect.bottom() - a.y()))
+        return false;
+    const QPointF start = a;
+    a = start + QPointF(dx, dy) * enter;
+    b = start + QPointF(dx, dy) * leave;
+    return true;
+}
+
+// Flattens the path on the device and strokes the pieces of it inside `deviceRect` as separate lines: the raster
+// engine draws antialiased wide lines straight into the image, where a path goes through the general stroker and a
+// fill of the outline, many times slower for a thousand wires on screen. Each piece keeps the pen's square caps, so
+// consecutive pieces overlap at their joints and the wire reads as one stroke.
+void drawVisibleLines(QPainter& painter, const QPainterPath& path, const QRectF& deviceRect)
+{
+    const QTransform& transform = painter.worldTransform();
+    const QTransform back = transform.inverted();
+    thread_local Array<QLineF> lines;
+    lines.clear();
+    for (const QPolygonF& polygon : path.toSubpathPolygons(transform)) {
+        for (qsizetype i = 1; i < polygon.size(); ++i) {
+            QPointF a = polygon[i - 1];
+            QPointF b = polygon[i];
+            if (clipSegment(a, b, deviceRect))
+                lines.emplace_back(back.map(a), back.map(b));
+        }
+    }
+    if (!lines.empty())
+        painter.drawLines(lines.data(), static_cast<int>(lines.size()));
+}
 
 QRectF boundsOf(const QPainterPath& path)
 {
@@ -69,22 +137,22 @@ QPainterPath makeConnectionPath(QPointF start, QPointF end)
 
 void paintConnectionPath(QPainter& painter, const QPainterPath& path)
 {
-    const double lod = QStyleOptionGraphicsItem::levelOfDetailFromTransform(painter.worldTransform());
-    if (lod <= HAIRLINE_LEVEL_OF_DETAIL) {
-        const bool antialiased = painter.testRenderHint(QPainter::Antialiasing);
+    const QTransform& transform = painter.worldTransform();
+    const double lod = QStyleOptionGraphicsItem::levelOfDetailFromTransform(transform);
+    const bool hairline = lod <= HAIRLINE_LEVEL_OF_DETAIL;
+    const bool antialiased = painter.testRenderHint(QPainter::Antialiasing);
+    if (hairline)
         painter.setRenderHint(QPainter::Antialiasing, false);
-        painter.setPen(QPen(WIRE_COLOR, 0.0));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(path);
-        painter.setRenderHint(QPainter::Antialiasing, antialiased);
-        return;
-    }
-    QPen pen;
-    pen.setWidthF(WIRE_WIDTH);
-    pen.setColor(WIRE_COLOR);
-    painter.setPen(pen);
+    painter.setPen(hairline ? hairlinePen() : widePen());
     painter.setBrush(Qt::NoBrush);
-    painter.drawPath(path);
+    const QRectF device
+        = painter.device() ? QRectF(0.0, 0.0, painter.device()->width(), painter.device()->height()) : QRectF();
+    if (hairline || device.isEmpty() || !transform.isInvertible())
+        painter.drawPath(path);
+    else
+        drawVisibleLines(painter, path, device.adjusted(-CLIP_MARGIN, -CLIP_MARGIN, CLIP_MARGIN, CLIP_MARGIN));
+    if (hairline)
+        painter.setRenderHint(QPainter::Antialiasing, antialiased);
 }
 
 ConnectionItem::ConnectionItem(QPointer<NodeItem> from, QPointer<NodeItem> to, StringView inputName)
@@ -97,9 +165,36 @@ ConnectionItem::ConnectionItem(QPointer<NodeItem> from, QPointer<NodeItem> to, S
     updatePath();
 }
 
-void ConnectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+void ConnectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget* widget)
 {
+    // The view draws every wire but the live ones at once from its cached layer, under the nodes as the items would
+    // be.
+    const GraphView* view = from ? from->getView() : nullptr;
+    if (!live && view && widget == view->viewport())
+        return;
     paintConnectionPath(*painter, path);
+}
+
+void ConnectionItem::setLive(bool next)
+{
+    if (live == next)
+        return;
+    live = next;
+    invalidateWireLayer();
+    update();
+}
+
+QVariant ConnectionItem::itemChange(GraphicsItemChange change, const QVariant& value)
+{
+    if (change == ItemVisibleHasChanged)
+        invalidateWireLayer();
+    return QGraphicsObject::itemChange(change, value);
+}
+
+void ConnectionItem::invalidateWireLayer() const
+{
+    if (GraphView* view = from ? from->getView() : nullptr)
+        view->invalidateWireLayer();
 }
 
 void ConnectionItem::onNodeItemPositionChange(const NodeItem& item, QPointF position)
@@ -126,6 +221,8 @@ void ConnectionItem::setPath(QPointF fromPosition, QPointF toPosition)
         update();
     path = std::move(next);
     bounds = nextBounds;
+    if (!live)
+        invalidateWireLayer();
 }
 
 ConnectionPreviewItem::ConnectionPreviewItem(QPointer<NodeItem> anchor, StringView inputName, QPointF end)

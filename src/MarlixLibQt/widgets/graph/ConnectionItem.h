@@ -35,8 +35,16 @@ public:
     const String& getInputName() const { return inputName; }
     const QPainterPath& getPath() const { return path; }
 
+    /// Whether the wire follows a dragged node: it then draws itself rather than through the view's cached layer,
+    /// which stays as it is meanwhile.
+    bool isLive() const { return live; }
+    void setLive(bool live);
+
     QRectF boundingRect() const override { return bounds; }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+protected:
+    QVariant itemChange(GraphicsItemChange change, const QVariant& value) override;
 
 public Q_SLOTS:
     /// Rebuilds the path with the moved end at `position` (the move is not applied yet when this is called).
@@ -46,12 +54,14 @@ public Q_SLOTS:
 
 private:
     void setPath(QPointF fromPosition, QPointF toPosition);
+    void invalidateWireLayer() const;
 
     QPointer<NodeItem> from;
     QPointer<NodeItem> to;
     String inputName;
     QPainterPath path;
     QRectF bounds;
+    bool live = false;
 };
 
 /// The wire that follows the mouse while a connection is dragged: anchored at a node's output slot, or at one of its

@@ -43,6 +43,9 @@ GraphView::GraphView(EntityHolder<GraphModel> model, SharedPtr<IUndoManager> und
     setRubberBandSelectionMode(Qt::IntersectsItemBoundingRect);
     setDragMode(RubberBandDrag);
     setViewportUpdateMode(FullViewportUpdate);
+    // Every item sets the pen, brush and font it draws with and restores what else it changes, so saving the
+    // painter around each of thousands of items would only cost time.
+    setOptimizationFlag(DontSavePainterState);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setResizeAnchor(NoAnchor);
@@ -165,12 +168,15 @@ void GraphView::removeNode(const Node& node)
 ConnectionItem* GraphView::addConnection(NodeItem* from, NodeItem* to, StringView inputName)
 {
     auto* connection = new ConnectionItem(from, to, inputName);
+    // The wire layer shows it; far away, where thousands are in view, an item without contents costs nothing.
+    connection->setFlag(QGraphicsItem::ItemHasNoContents, wiresWithoutContents());
     connect(from, &NodeItem::positionChanged, connection, &ConnectionItem::onNodeItemPositionChange);
     connect(to, &NodeItem::positionChanged, connection, &ConnectionItem::onNodeItemPositionChange);
     from->attachConnection(connection);
     to->attachConnection(connection);
     graphScene->addItem(connection);
     connections.push_back(connection);
+    wireLayer.invalidate();
     return connection;
 }
 
@@ -181,6 +187,7 @@ void GraphView::removeConnection(ConnectionItem* connection)
     if (NodeItem* to = connection->getTo().second)
         to->detachConnection(connection);
     connections.erase(std::remove(connections.begin(), connections.end(), connection), connections.end());
+    wireLayer.invalidate();
     delete connection;
 }
 

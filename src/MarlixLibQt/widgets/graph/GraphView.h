@@ -5,6 +5,7 @@
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/graph/GraphModel.h>
+#include <MarlixLibQt/widgets/graph/WireLayer.h>
 
 #include <QCursor>
 #include <QGraphicsView>
@@ -93,6 +94,8 @@ public:
     Array<NodeItem*> getSelectedNodeItems() const;
     const Array<ConnectionItem*>& getConnections() const { return connections; }
     std::size_t getGridLineCount() const { return gridLines.size(); }
+    /// A wire changed its path or visibility: the cached image of the wires is drawn again on the next paint.
+    void invalidateWireLayer() { wireLayer.invalidate(); }
 
     /// Whether a wire from `from`'s output may end at `to`'s input `input`: the class fits and no loop results.
     bool canConnect(const NodeItem& from, const NodeItem& to, StringView input) const;
@@ -156,6 +159,7 @@ protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
+    void drawGrid(QPainter& painter, const QRectF& rect);
     void onModelChanged(ArrayView<const EntityHolder<Node>> added, ArrayView<const EntityHolder<Node>> removed);
     NodeItem* addNode(const EntityHolder<Node>& node);
     void removeNode(const Node& node);
@@ -189,6 +193,9 @@ private:
     /// logged.
     bool runAction(StringView label, const Function<void()>& work);
     void invalidateGrid() { gridLines.clear(); }
+    bool wiresWithoutContents() const { return zoomFactor <= WireLayer::ITEMLESS_ZOOM; }
+    /// The wires of the nodes being dragged draw themselves while the others stay in the layer.
+    void setMovingWiresLive(bool live);
     NodeItem* nodeItemAt(QPointF viewportPos) const;
     QPointF toScene(QPointF viewportPos) const;
     QPointF toViewport(QPointF scenePos) const;
@@ -209,6 +216,7 @@ private:
     QPointer<NodeItem> lastFocusedNode;
     QPointF lastMousePosition;
     Array<QLineF> gridLines;
+    WireLayer wireLayer;
     QTimer autoScrollTimer;
     Cursors cursors;
     bool draggingEnabled = true;

@@ -339,6 +339,26 @@ void GraphView::startMovingNodes()
     moveStarts.clear();
     for (NodeItem* item : getSelectedNodeItems())
         moveStarts.emplace_back(item, item->pos());
+    setMovingWiresLive(true);
+}
+
+void GraphView::setMovingWiresLive(bool live)
+{
+    // Drawing the moving wires again into the layer on every mouse move would cost more than the layer saves.
+    const auto setLive = [this, live](ConnectionItem* connection) {
+        connection->setLive(live);
+        connection->setFlag(QGraphicsItem::ItemHasNoContents, !live && wiresWithoutContents());
+    };
+    if (live) {
+        for (const auto& [item, start] : moveStarts)
+            if (item)
+                for (ConnectionItem* connection : item->getConnections())
+                    setLive(connection);
+    } else {
+        for (ConnectionItem* connection : connections)
+            if (connection->isLive())
+                setLive(connection);
+    }
 }
 
 void GraphView::commitMovedNodes()
@@ -348,6 +368,7 @@ void GraphView::commitMovedNodes()
         if (item && item->pos() != start)
             moved.push_back(item);
     moveStarts.clear();
+    setMovingWiresLive(false);
     if (!moved.empty())
         runAction("Move Node", [&] {
             for (NodeItem* item : moved)

@@ -48,7 +48,11 @@ void GraphView::zoom(QPointF anchor, double factor, bool relative)
     setTransform(QTransform::fromScale(z, z));
     const QPointF after = roundPoint(toScene(pixel));
     translate(after.x() - before.x(), after.y() - before.y());
+    const bool wasFar = wiresWithoutContents();
     zoomFactor = z;
+    if (wiresWithoutContents() != wasFar)
+        for (ConnectionItem* connection : connections)
+            connection->setFlag(QGraphicsItem::ItemHasNoContents, !wasFar && !connection->isLive());
     if (thumbnails) {
         const QSize size(getThumbnailSize(), getThumbnailSize());
         if (!size.isEmpty())
@@ -146,23 +150,30 @@ void GraphView::onTimeout()
 
 void GraphView::drawBackground(QPainter* painter, const QRectF& rect)
 {
-    QGraphicsView::drawBackground(painter, rect);
+    wireLayer.paint(*painter, connections, rect, [this](QPainter& layer, const QRectF& area) {
+        QGraphicsView::drawBackground(&layer, area);
+        drawGrid(layer, area);
+    });
+}
+
+void GraphView::drawGrid(QPainter& painter, const QRectF& rect)
+{
+    // The lines of the whole area under the wire layer, made each time the layer is drawn again: the layer keeps
+    // them while the view only scrolls.
+    gridLines.clear();
     if (zoomFactor < GRID_MIN_ZOOM)
         return;
-    if (gridLines.empty()) {
-        const QRectF area = rect;
-        const double first = area.left() - std::fmod(std::trunc(area.left()), GRID_SPACING);
-        for (double x = first; x < area.right(); x += GRID_SPACING)
-            gridLines.emplace_back(x + 0.5, area.top(), x + 0.5, area.bottom());
-        const double top = area.top() - std::fmod(std::trunc(area.top()), GRID_SPACING);
-        for (double y = top; y < area.bottom(); y += GRID_SPACING)
-            gridLines.emplace_back(area.left(), y + 0.5, area.right(), y + 0.5);
-    }
-    const bool antialiased = painter->testRenderHint(QPainter::Antialiasing);
-    painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->setPen(QPen(GRID_COLOR, 1.0));
-    painter->drawLines(gridLines.data(), static_cast<int>(gridLines.size()));
-    painter->setRenderHint(QPainter::Antialiasing, antialiased);
+    const double first = rect.left() - std::fmod(std::trunc(rect.left()), GRID_SPACING);
+    for (double x = first; x < rect.right(); x += GRID_SPACING)
+        gridLines.emplace_back(x + 0.5, rect.top(), x + 0.5, rect.bottom());
+    const double top = rect.top() - std::fmod(std::trunc(rect.top()), GRID_SPACING);
+    for (double y = top; y < rect.bottom(); y += GRID_SPACING)
+        gridLines.emplace_back(rect.left(), y + 0.5, rect.right(), y + 0.5);
+    const bool antialiased = painter.testRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(QPen(GRID_COLOR, 1.0));
+    painter.drawLines(gridLines.data(), static_cast<int>(gridLines.size()));
+    painter.setRenderHint(QPainter::Antialiasing, antialiased);
 }
 
 } // namespace Marlix::Widgets

@@ -97,6 +97,7 @@ public:
     ~NodeItem() override;
 
     const EntityHolder<Node>& getNode() const { return node; }
+    GraphView* getView() const { return view.data(); }
     const QString& getTitle() const { return title; }
     double getHeaderHeight() const { return headerHeight; }
 
