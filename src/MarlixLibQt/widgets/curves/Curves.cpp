@@ -42,7 +42,11 @@ Curves::Curves(SharedPtr<Model<Marlix::Curves>> curves, SharedPtr<Model<int>> ac
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(scaleByDpi(QSize(64, 64), this));
-    registerCallback(curvesModel->addCallback([this](const Marlix::Curves&) { notify(); }));
+    registerCallback(curvesModel->addCallback([this](const Marlix::Curves&) {
+        notify();
+        // Undo or another editor may have changed the channel's interpolation; the chooser follows it.
+        syncInterpolationModel();
+    }));
     registerCallback(activeChannelModel->addCallback([this](int) {
         finishGesture();
         notify();
