@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <iterator>
 
 namespace Marlix::Widgets {
 
@@ -97,9 +98,7 @@ QWidget* CurvesEditor::makeChannelRow()
     channelBox->setToolTip(tr("Active channel."));
     channelBox->setAccessibleName(tr("Channel"));
     channelLabel->setBuddy(channelBox);
-    const std::size_t count = curves->get().getChannelCount();
-    for (std::size_t i = 0; i < count; ++i)
-        channelBox->addItem(i < channelNames.size() ? toQt(channelNames[i]) : tr("Channel %1").arg(i + 1));
+    fillChannelBox();
     channelBox->installEventFilter(this);
     connect(channelBox, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
@@ -175,8 +174,39 @@ QWidget* CurvesEditor::makeHistogramRow()
     return row;
 }
 
+Stack<String> CurvesEditor::getColorChannelNames(std::size_t channelCount)
+{
+    const QString known[] = { tr("Master"), tr("Red"), tr("Green"), tr("Blue"), tr("Alpha") };
+    Stack<String> names;
+    for (std::size_t i = 0; i < channelCount; ++i)
+        names.push_back(fromQt(i < std::size(known) ? known[i] : tr("Channel %1").arg(i + 1)));
+    return names;
+}
+
+Stack<QColor> CurvesEditor::getColorChannelColors(std::size_t channelCount)
+{
+    const QColor known[] = { QColor(), QColor(220, 50, 50), QColor(40, 170, 60), QColor(60, 100, 230),
+        QColor(128, 128, 128) };
+    Stack<QColor> colors;
+    for (std::size_t i = 0; i < channelCount; ++i)
+        colors.push_back(i < std::size(known) ? known[i] : QColor());
+    return colors;
+}
+
+void CurvesEditor::fillChannelBox()
+{
+    // The property behind the editor may be given curves of another channel count (undo, a script).
+    const QSignalBlocker blocker(channelBox);
+    channelBox->clear();
+    const std::size_t count = curves->get().getChannelCount();
+    for (std::size_t i = 0; i < count; ++i)
+        channelBox->addItem(i < channelNames.size() ? toQt(channelNames[i]) : tr("Channel %1").arg(i + 1));
+}
+
 void CurvesEditor::showActiveChannel()
 {
+    if (std::size_t(channelBox->count()) != curves->get().getChannelCount())
+        fillChannelBox();
     const int channel = curvesWidget->getActiveChannel();
     {
         const QSignalBlocker blocker(channelBox);

@@ -31,6 +31,11 @@ public:
         DefaultCurveType defaultType = DefaultCurveType::Identity, QWidget* parent = nullptr);
     ~CurvesEditor() override;
 
+    /// "Master", "Red", "Green", "Blue", "Alpha" for as many channels (ColorCurveChannel order), then numbered ones.
+    static Stack<String> getColorChannelNames(std::size_t channelCount);
+    /// The pens of those channels: the palette's text for the master, the colour of each colour channel.
+    static Stack<QColor> getColorChannelColors(std::size_t channelCount);
+
     Curves* getCurvesWidget() const { return curvesWidget; }
     QComboBox* getChannelComboBox() const { return channelBox; }
     QComboBox* getInterpolationComboBox() const { return interpolationBox; }
@@ -57,6 +62,7 @@ protected:
 private:
     QWidget* makeChannelRow();
     QWidget* makeHistogramRow();
+    void fillChannelBox();
     void showActiveChannel();
     void showInterpolation();
     void setPicking(bool picking);
