@@ -460,6 +460,9 @@ void Curves::mouseMoveEvent(QMouseEvent* event)
             dragTo(position);
             return;
         }
+        // A refused click shows its cursor until the mouse moves on.
+        if (forbiddenCursor && event->buttons() == Qt::NoButton)
+            setForbiddenCursor(false);
         const double x = fromWidget(position).x;
         cursorValue = std::clamp(x, 0.0, 1.0);
         update();
@@ -505,10 +508,8 @@ void Curves::mouseReleaseEvent(QMouseEvent* event)
             panStart.reset();
             return;
         }
-        if (event->button() == Qt::LeftButton) {
+        if (event->button() == Qt::LeftButton)
             finishGesture();
-            setForbiddenCursor(false);
-        }
     });
 }
 

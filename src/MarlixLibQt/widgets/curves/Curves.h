@@ -51,6 +51,9 @@ public:
     /// Widget pixels to curve-area pixels and back.
     QPointF toArea(const QPointF& widgetPosition) const;
     QPointF fromArea(const QPointF& areaPosition) const;
+    /// Curve space to widget pixels and back: where a point is drawn, and which point a click means.
+    QPointF toWidget(const Vector2& point) const;
+    Vector2 fromWidget(const QPointF& position) const;
     int gridWidth() const;
     int gridHeight() const;
     QSize sizeHint() const override;
@@ -138,8 +141,6 @@ private:
     Curve& activeCurve();
     bool showsHandles() const;
     double margin() const;
-    QPointF toWidget(const Vector2& point) const;
-    Vector2 fromWidget(const QPointF& position) const;
     Optional<Hit> hitTest(const QPointF& position) const;
     void press(QMouseEvent* event);
     void dragTo(const QPointF& position);
