@@ -11,6 +11,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Colour"), QStringLiteral("colour"), createColourPage },
         { QStringLiteral("Properties"), QStringLiteral("properties"), createPropertiesPage },
         { QStringLiteral("Mesh properties"), QStringLiteral("mesh-properties"), createMeshPropertiesPage },
+        { QStringLiteral("Curves"), QStringLiteral("curves"), createCurvesPage },
     };
 }
 

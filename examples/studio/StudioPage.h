@@ -30,5 +30,6 @@ QWidget* createEditorsPage(QWidget* parent);
 QWidget* createColourPage(QWidget* parent);
 QWidget* createPropertiesPage(QWidget* parent);
 QWidget* createMeshPropertiesPage(QWidget* parent);
+QWidget* createCurvesPage(QWidget* parent);
 
 } // namespace Studio
