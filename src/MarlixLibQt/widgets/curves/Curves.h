@@ -12,6 +12,7 @@
 #include <MarlixLib/tasks/Task.h>
 
 #include <QColor>
+#include <QImage>
 #include <QPainterPath>
 #include <QPointF>
 
@@ -187,6 +188,9 @@ private:
     QPainterPath curvePath;
     QPainterPath gridPath;
     QPainterPath histogramPath;
+    QImage histogramImage;
+    // The channel whose histogram the path shows: the histogram is redrawn on a change of channel, not of curve.
+    int histogramCachedChannel = -1;
 };
 
 } // namespace Marlix::Widgets

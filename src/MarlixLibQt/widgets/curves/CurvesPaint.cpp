@@ -47,6 +47,8 @@ void Curves::cacheGrid()
 void Curves::cacheHistogram()
 {
     histogramPath = QPainterPath();
+    histogramImage = QImage();
+    histogramCachedChannel = getActiveChannel();
     if (!histogram || histogram->getPixelCount() == 0)
         return;
     const int channel = histogramChannel();
@@ -57,7 +59,7 @@ void Curves::cacheHistogram()
         cumulative = histogram->getCumulativeHistogram(channel);
     const double peak = double(histogram->getMaximum(channel));
     const double logPeak = std::log1p(peak);
-    const auto height = [&](std::size_t bin) {
+    const auto shareOf = [&](std::size_t bin) {
         switch (type) {
         case HistogramType::Cumulative:
             return double(cumulative[bin]);
@@ -79,13 +81,26 @@ void Curves::cacheHistogram()
         const auto last = std::clamp(std::size_t(std::ceil(to * binCount)), first + 1, bins.size());
         double tallest = 0.0;
         for (std::size_t bin = first; bin < last; ++bin)
-            tallest = std::max(tallest, height(bin));
+            tallest = std::max(tallest, shareOf(bin));
         const double y = offset.y() + tallest * gridHeight() * zoomFactor;
         histogramPath.lineTo(fromArea(QPointF(column, y)));
         histogramPath.lineTo(fromArea(QPointF(column + 1, y)));
     }
     histogramPath.lineTo(fromArea(QPointF(columns, offset.y())));
     histogramPath.closeSubpath();
+
+    // Filled once here: filling a path of a thousand edges on every repaint of a drag would cost more than the rest
+    // of the repaint together.
+    const qreal ratio = devicePixelRatioF();
+    histogramImage = QImage(size() * ratio, QImage::Format_ARGB32_Premultiplied);
+    histogramImage.setDevicePixelRatio(ratio);
+    histogramImage.fill(Qt::transparent);
+    QPainter painter(&histogramImage);
+    const double m = margin();
+    painter.setClipRect(QRectF(m, m, width() - 2 * m, height() - 2 * m));
+    QColor fill = channelColor(getActiveChannel());
+    fill.setAlpha(60);
+    painter.fillPath(histogramPath, fill);
 }
 
 void Curves::paintEvent(QPaintEvent*)
@@ -99,14 +114,8 @@ void Curves::paintEvent(QPaintEvent*)
         painter.fillRect(area, colors.color(QPalette::Base));
         painter.setClipRect(area.adjusted(-m, -m, m, m));
 
-        if (!histogramPath.isEmpty()) {
-            QColor fill = channelColor(getActiveChannel());
-            fill.setAlpha(60);
-            painter.save();
-            painter.setClipRect(area);
-            painter.fillPath(histogramPath, fill);
-            painter.restore();
-        }
+        if (!histogramImage.isNull())
+            painter.drawImage(QPointF(0, 0), histogramImage);
         QColor gridColor = colors.color(QPalette::Text);
         gridColor.setAlpha(40);
         painter.setPen(QPen(gridColor, 0));

@@ -3,17 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 
 // Tones picked in the viewport while the widget holds its mouse: a press adds (or takes) the point of the tone under
 // the mouse, dragging up and down sets its output.
 namespace Marlix::Widgets {
 
-namespace {
-
 using Detail::guardedCurves;
-
-} // namespace
 
 bool Curves::requestExclusiveMouseControl()
 {
@@ -82,8 +77,9 @@ void Curves::onMouseLeave()
 void Curves::onViewportChanged()
 {
     guardedCurves("histogram", [&] {
-        updateHistorgram(getActiveChannel(),
-            int(std::lround(gridWidth() * BINS_PER_PIXEL)), {});
+        // Viewport images hold 8-bit tones: bins finer than a tone step would only be empty ones between them.
+        const int bins = std::min(int(std::lround(gridWidth() * BINS_PER_PIXEL)), Marlix::Histogram::DEFAULT_BIN_COUNT);
+        updateHistorgram(getActiveChannel(), bins, {});
     });
 }
 
