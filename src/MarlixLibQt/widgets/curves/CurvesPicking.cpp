@@ -77,9 +77,9 @@ void Curves::onMouseLeave()
 void Curves::onViewportChanged()
 {
     guardedCurves("histogram", [&] {
-        // Viewport images hold 8-bit tones: bins finer than a tone step would only be empty ones between them.
-        const int bins = std::min(int(std::lround(gridWidth() * BINS_PER_PIXEL)), Marlix::Histogram::DEFAULT_BIN_COUNT);
-        updateHistorgram(getActiveChannel(), bins, {});
+        // Viewport images hold 8-bit tones: bins finer than a tone step would only be empty ones between them, and
+        // the drawing gathers the bins of each pixel column at any width.
+        updateHistorgram(getActiveChannel(), Marlix::Histogram::DEFAULT_BIN_COUNT, {});
     });
 }
 

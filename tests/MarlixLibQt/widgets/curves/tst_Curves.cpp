@@ -15,6 +15,7 @@
 #include <QComboBox>
 #include <QMenu>
 #include <QMessageBox>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -22,6 +23,7 @@
 
 #include <fstream>
 #include <memory>
+#include <utility>
 
 using namespace Marlix;
 using namespace Marlix::Widgets;
@@ -45,6 +47,42 @@ void closeNextMessageBox(QStringList& seen)
     });
 }
 
+/// A viewport showing a grey image, dark on the left half and light on the right, that lends its mouse to anyone.
+class GreyViewport : public IViewportHost
+{
+public:
+    static constexpr int SIZE = 100;
+    static constexpr std::uint8_t DARK = 64;
+    static constexpr std::uint8_t LIGHT = 192;
+
+    GreyViewport()
+    {
+        auto bitmap = std::make_shared<BitmapImpl<RgbaBytes>>(SIZE, SIZE);
+        for (int y = 0; y < SIZE; ++y)
+            for (int x = 0; x < SIZE; ++x) {
+                const std::uint8_t tone = x < SIZE / 2 ? DARK : LIGHT;
+                bitmap->at(x, y) = { tone, tone, tone, 255 };
+            }
+        image = bitmap;
+    }
+    Vector2 getViewportSize() const override { return { double(SIZE), double(SIZE) }; }
+    SharedPtr<const BitmapImpl<RgbaBytes>> getViewportImage(Optional<int>) const override { return image; }
+    bool requestExclusiveMouseControl(IViewportClient& client) override
+    {
+        holder = &client;
+        client.onExclusiveMouseControlGained();
+        return true;
+    }
+    void releaseExclusiveMouseControl(IViewportClient& client) override
+    {
+        if (holder == &client)
+            std::exchange(holder, nullptr)->onExclusiveMouseControlLost();
+    }
+
+    SharedPtr<const BitmapImpl<RgbaBytes>> image;
+    IViewportClient* holder = nullptr;
+};
+
 } // namespace
 
 class tst_Curves : public QObject
@@ -64,6 +102,8 @@ private Q_SLOTS:
     void shiftWheelZoomsAroundCursor();
     void failedLoadChangesNothing_data();
     void failedLoadChangesNothing();
+    void pickingInViewport();
+    void equalizeFromViewport();
     void editorChannelAndReset();
     void propertyEditorDragIsOneUndoStep();
 
@@ -74,6 +114,8 @@ private:
     SharedPtr<RecordingModel<Marlix::Curves>> model;
     SharedPtr<VariableModel<int>> channel;
     std::unique_ptr<Widgets::Curves> widget;
+    // Outlives the widget that reads it.
+    std::unique_ptr<GreyViewport> viewport;
 };
 
 void tst_Curves::init()
@@ -84,6 +126,7 @@ void tst_Curves::init()
 void tst_Curves::cleanup()
 {
     widget.reset();
+    viewport.reset();
 }
 
 void tst_Curves::make(Curve active, std::size_t channels)
@@ -258,6 +301,50 @@ void tst_Curves::failedLoadChangesNothing()
         QVERIFY(!seen.value(2).isEmpty()); // the reader's own reason
     QVERIFY(model->get() == before);
     QCOMPARE(model->sets, 0);
+}
+
+void tst_Curves::pickingInViewport()
+{
+    make(Curve());
+    viewport = std::make_unique<GreyViewport>();
+    widget->setHistogramModel(*viewport, {});
+    QSignalSpy lost(widget.get(), &Widgets::Curves::exclusiveMouseControlLost);
+    QVERIFY(widget->requestExclusiveMouseControl());
+    QCOMPARE(viewport->holder, widget.get());
+
+    // A press on the light half adds the light tone's point on the curve; dragging up by a fifth of the viewport
+    // raises it by a fifth.
+    viewport->holder->onExclusiveMousePress({ 80.0, 50.0 });
+    viewport->holder->onMouseMove({ 80.0, 40.0 });
+    viewport->holder->onMouseMove({ 80.0, 30.0 });
+    viewport->holder->onExclusiveMouseRelease({ 80.0, 30.0 });
+    const Curve curve = model->get().getChannel(0);
+    QCOMPARE(curve.getPointCount(), 3u);
+    const double tone = GreyViewport::LIGHT / 255.0;
+    QVERIFY(std::abs(curve.getPoint(1).position.x - tone) < 1e-6);
+    QVERIFY(std::abs(curve.getPoint(1).position.y - (tone + 0.2)) < 1e-6);
+    QCOMPARE(model->begins, 1);
+    QCOMPARE(model->commits, 1);
+
+    widget->releaseExclusiveMouseControl();
+    QCOMPARE(lost.count(), 1);
+    QVERIFY(!widget->hasExclusiveMouseControl());
+}
+
+void tst_Curves::equalizeFromViewport()
+{
+    make(threePoints());
+    viewport = std::make_unique<GreyViewport>();
+    QSignalSpy counted(widget.get(), &Widgets::Curves::histogramChanged);
+    widget->setHistogramModel(*viewport, {});
+    widget->equalize();
+    // The first count (asked for when the viewport was set) is dropped in favour of the equalizer's.
+    QVERIFY(counted.wait());
+    const Marlix::Histogram histogram = Marlix::Histogram::compute(*viewport->image);
+    Curve expected = histogram.computeEqualizingCurve(int(ColorCurveChannel::Master));
+    expected.setInterpolation(CurveInterpolation::Linear);
+    QCOMPARE(model->get().getChannel(0), expected);
+    QVERIFY(widget->getHistogram() == histogram);
 }
 
 void tst_Curves::editorChannelAndReset()
