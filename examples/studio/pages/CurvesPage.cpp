@@ -1,12 +1,11 @@
 #include "StudioPage.h"
 
+#include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/curves/CurvesEditor.h>
 #include <MarlixLibQt/widgets/curves/Histogram.h>
 #include <MarlixLibQt/widgets/frame/ViewportHost.h>
-
-#include <MarlixLib/curves/ColorCurves.h>
 
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -195,7 +194,8 @@ QWidget* createCurvesPage(QWidget* parent)
     auto* histogram = new Marlix::Widgets::Histogram(channel, mode, *viewport, previewBox);
     auto* previewLayout = new QVBoxLayout(previewBox);
     previewLayout->addWidget(viewport);
-    previewLayout->addWidget(new QLabel(QObject::tr("Histogram of the image, red, green and blue on a logarithmic scale"), previewBox));
+    previewLayout->addWidget(
+        new QLabel(QObject::tr("Histogram of the image, red, green and blue on a logarithmic scale"), previewBox));
     previewLayout->addWidget(histogram);
     previewLayout->addStretch(1);
 

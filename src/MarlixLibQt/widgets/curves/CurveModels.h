@@ -1,11 +1,10 @@
 #pragma once
 
-#include <MarlixLibQt/MarlixLibQtExport.h>
-#include <MarlixLibQt/widgets/Model.h>
-
 #include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLib/curves/CurveInterpolation.h>
 #include <MarlixLib/curves/Curves.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/Model.h>
 
 #include <cstdint>
 

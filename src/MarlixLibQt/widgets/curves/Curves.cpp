@@ -1,10 +1,8 @@
-#include <MarlixLibQt/widgets/curves/Curves.h>
-#include <MarlixLibQt/widgets/curves/CurvesGuard.h>
-
+#include <MarlixLib/curves/CurveFile.h>
 #include <MarlixLibQt/MessageBox.h>
 #include <MarlixLibQt/QtUtils.h>
-
-#include <MarlixLib/curves/CurveFile.h>
+#include <MarlixLibQt/widgets/curves/Curves.h>
+#include <MarlixLibQt/widgets/curves/CurvesGuard.h>
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -158,8 +156,8 @@ bool Curves::pan(const QPointF& newOffset)
 {
     const double w = gridWidth();
     const double h = gridHeight();
-    const QPointF clamped(std::clamp(newOffset.x(), w - w * zoomFactor, 0.0),
-        std::clamp(newOffset.y(), h - h * zoomFactor, 0.0));
+    const QPointF clamped(
+        std::clamp(newOffset.x(), w - w * zoomFactor, 0.0), std::clamp(newOffset.y(), h - h * zoomFactor, 0.0));
     if (clamped == offset)
         return false;
     offset = clamped;
@@ -187,11 +185,8 @@ void Curves::equalize()
     updateHistorgram(channel, Marlix::Histogram::DEFAULT_BIN_COUNT, [this, channel](Marlix::Histogram counted) {
         if (channel >= int(edited.getChannelCount()))
             return;
-        const CurveInterpolation kept = edited.getChannel(std::size_t(channel)).getInterpolation();
+        // A linear curve through points on the equalizing function: the chooser follows it to "Linear".
         Curve equalizing = counted.computeEqualizingCurve(histogramChannel());
-        // Its points lie on the equalizing function; any interpolation but linear would bend between them.
-        if (kept != CurveInterpolation::Linear)
-            equalizing.setInterpolation(CurveInterpolation::Linear);
         edited.setChannel(std::size_t(channel), std::move(equalizing));
         storeToModel();
         syncInterpolationModel();
@@ -299,9 +294,8 @@ int Curves::histogramChannel() const
 {
     // Curves with fewer channels than a colour set (a single tone curve) read the luminance.
     const int channel = getActiveChannel();
-    return edited.getChannelCount() >= 4 && channel < Marlix::Histogram::CHANNEL_COUNT
-        ? channel
-        : int(ColorCurveChannel::Master);
+    return edited.getChannelCount() >= 4 && channel < Marlix::Histogram::CHANNEL_COUNT ? channel
+                                                                                       : int(ColorCurveChannel::Master);
 }
 
 void Curves::updateHistorgram(int channel, int binCount, Function<void(Marlix::Histogram)> done)
@@ -338,7 +332,6 @@ void Curves::setForbiddenCursor(bool forbidden)
     else
         unsetCursor();
 }
-
 
 QColor Curves::channelColor(int channel) const
 {

@@ -1,15 +1,14 @@
 #pragma once
 
+#include <MarlixLib/curves/Curves.h>
+#include <MarlixLib/curves/Histogram.h>
+#include <MarlixLib/tasks/Task.h>
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Container.h>
 #include <MarlixLibQt/widgets/Model.h>
 #include <MarlixLibQt/widgets/curves/CurveModels.h>
 #include <MarlixLibQt/widgets/frame/ViewportHost.h>
-
-#include <MarlixLib/curves/Curves.h>
-#include <MarlixLib/curves/Histogram.h>
-#include <MarlixLib/tasks/Task.h>
 
 #include <QColor>
 #include <QImage>

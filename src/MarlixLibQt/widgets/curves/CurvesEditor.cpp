@@ -1,8 +1,6 @@
-#include <MarlixLibQt/widgets/curves/CurvesEditor.h>
-
-#include <MarlixLibQt/QtUtils.h>
-
 #include <MarlixLib/Lib.h>
+#include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/curves/CurvesEditor.h>
 
 #include <QComboBox>
 #include <QEvent>
@@ -63,9 +61,10 @@ CurvesEditor::CurvesEditor(SharedPtr<Model<Marlix::Curves>> curvesModel, Stack<S
     layout->addWidget(curvesWidget, 1);
     if (host) {
         layout->addWidget(makeHistogramRow());
-        pickingHint = new QLabel(
-            tr("%1 and move the mouse up and down to set the value for the cursor on the curve point.").arg(tr("Click")),
-            this);
+        pickingHint
+            = new QLabel(tr("%1 and move the mouse up and down to set the value for the cursor on the curve point.")
+                             .arg(tr("Click")),
+                this);
         pickingHint->setWordWrap(true);
         pickingHint->setVisible(false);
         layout->addWidget(pickingHint);
@@ -185,8 +184,8 @@ Stack<String> CurvesEditor::getColorChannelNames(std::size_t channelCount)
 
 Stack<QColor> CurvesEditor::getColorChannelColors(std::size_t channelCount)
 {
-    const QColor known[] = { QColor(), QColor(220, 50, 50), QColor(40, 170, 60), QColor(60, 100, 230),
-        QColor(128, 128, 128) };
+    const QColor known[]
+        = { QColor(), QColor(220, 50, 50), QColor(40, 170, 60), QColor(60, 100, 230), QColor(128, 128, 128) };
     Stack<QColor> colors;
     for (std::size_t i = 0; i < channelCount; ++i)
         colors.push_back(i < std::size(known) ? known[i] : QColor());

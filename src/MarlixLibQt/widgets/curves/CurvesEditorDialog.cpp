@@ -1,6 +1,5 @@
-#include <MarlixLibQt/widgets/curves/CurvesEditorDialog.h>
-
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/curves/CurvesEditorDialog.h>
 
 #include <QDialogButtonBox>
 #include <QVBoxLayout>
@@ -14,8 +13,8 @@ CurvesEditorDialog::CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, 
 {
     setWindowTitle(tr(TITLE));
     setAccessibleName(tr(TITLE));
-    editor = new CurvesEditor(std::move(curves), std::move(channelNames), std::move(channelColors), layer,
-        viewportHost, defaultType, this);
+    editor = new CurvesEditor(
+        std::move(curves), std::move(channelNames), std::move(channelColors), layer, viewportHost, defaultType, this);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(editor, &CurvesEditor::comboBoxFocusChanged, this, &CurvesEditorDialog::comboBoxFocusChanged);

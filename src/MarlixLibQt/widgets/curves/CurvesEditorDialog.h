@@ -16,8 +16,8 @@ public:
     static constexpr const char* TITLE = "Velkin Curve Editor";
 
     /// The arguments of CurvesEditor.
-    CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, Stack<String> channelNames,
-        Stack<QColor> channelColors, Optional<int> layer = {}, IViewportHost* viewportHost = nullptr,
+    CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, Stack<String> channelNames, Stack<QColor> channelColors,
+        Optional<int> layer = {}, IViewportHost* viewportHost = nullptr,
         DefaultCurveType defaultType = DefaultCurveType::Identity, QWidget* parent = nullptr);
     ~CurvesEditorDialog() override;
 

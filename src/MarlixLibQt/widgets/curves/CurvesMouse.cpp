@@ -1,7 +1,6 @@
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/curves/Curves.h>
 #include <MarlixLibQt/widgets/curves/CurvesGuard.h>
-
-#include <MarlixLibQt/QtUtils.h>
 
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -45,8 +44,7 @@ Optional<Curves::Hit> Curves::hitTest(const QPointF& position) const
         }
     }
     // A point under its own handle is the one meant.
-    if (best && best->part != Part::Point
-        && distance(toWidget(points[best->index].position), position) <= reach)
+    if (best && best->part != Part::Point && distance(toWidget(points[best->index].position), position) <= reach)
         best->part = Part::Point;
     return best;
 }
@@ -162,11 +160,11 @@ void Curves::dragTo(const QPointF& position)
         const double dx = to.x - point.position.x;
         const double dy = to.y - point.position.y;
         const double length = std::hypot(dx, dy);
-        const double partnerLength
-            = std::hypot(partner.x - point.position.x, partner.y - point.position.y);
+        const double partnerLength = std::hypot(partner.x - point.position.x, partner.y - point.position.y);
         Vector2 mirrored = partner;
         if (length > 0.0)
-            mirrored = { point.position.x - dx / length * partnerLength, point.position.y - dy / length * partnerLength };
+            mirrored
+                = { point.position.x - dx / length * partnerLength, point.position.y - dy / length * partnerLength };
         // A left handle stays left of its point and a right one right, or the span would run backwards.
         Vector2 moved = to;
         moved.x = left ? std::min(moved.x, point.position.x) : std::max(moved.x, point.position.x);

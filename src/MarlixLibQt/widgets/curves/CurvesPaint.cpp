@@ -1,10 +1,9 @@
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/curves/Curves.h>
 #include <MarlixLibQt/widgets/curves/CurvesGuard.h>
 
-#include <MarlixLibQt/QtUtils.h>
-
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>

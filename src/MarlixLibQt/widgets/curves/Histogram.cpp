@@ -1,7 +1,6 @@
-#include <MarlixLibQt/widgets/curves/Histogram.h>
-#include <MarlixLibQt/widgets/curves/CurvesGuard.h>
-
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/curves/CurvesGuard.h>
+#include <MarlixLibQt/widgets/curves/Histogram.h>
 
 #include <QCoreApplication>
 #include <QPainter>
@@ -147,14 +146,13 @@ void Histogram::paintEvent(QPaintEvent*)
                 drawChannel(*shown, channelColor(*shown, palette()));
             } else {
                 painter.setCompositionMode(QPainter::CompositionMode_Plus);
-                for (ColorCurveChannel each : { ColorCurveChannel::Red, ColorCurveChannel::Green,
-                         ColorCurveChannel::Blue })
+                for (ColorCurveChannel each :
+                    { ColorCurveChannel::Red, ColorCurveChannel::Green, ColorCurveChannel::Blue })
                     drawChannel(each, channelColor(each, palette()));
                 painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
             }
         }
-        const std::array<QString, 5> names
-            = { tr("Master"), tr("Red"), tr("Green"), tr("Blue"), tr("Alpha") };
+        const std::array<QString, 5> names = { tr("Master"), tr("Red"), tr("Green"), tr("Blue"), tr("Alpha") };
         const QString label = shown ? names[std::size_t(*shown)] : tr("RGB");
         const int inset = getDeviceIndependentPixels(4, this);
         painter.setPen(palette().color(QPalette::Text));

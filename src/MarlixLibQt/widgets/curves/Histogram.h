@@ -1,13 +1,12 @@
 #pragma once
 
+#include <MarlixLib/curves/Histogram.h>
+#include <MarlixLib/tasks/Task.h>
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Model.h>
 #include <MarlixLibQt/widgets/curves/CurveModels.h>
 #include <MarlixLibQt/widgets/frame/ViewportHost.h>
-
-#include <MarlixLib/curves/Histogram.h>
-#include <MarlixLib/tasks/Task.h>
 
 #include <QWidget>
 

@@ -1,6 +1,5 @@
-#include <MarlixLibQt/widgets/frame/ViewportHost.h>
-
 #include <MarlixLib/curves/ColorCurves.h>
+#include <MarlixLibQt/widgets/frame/ViewportHost.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <MarlixLibQt/MarlixLibQtExport.h>
-
 #include <MarlixLib/base/Aliases.h>
 #include <MarlixLib/color/RgbBytes.h>
 #include <MarlixLib/curves/Histogram.h>
 #include <MarlixLib/image/BitmapImpl.h>
 #include <MarlixLib/math/Vector2.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
 
 #include <QCursor>
 
@@ -21,15 +20,15 @@ class MARLIXLIBQT_EXPORT IViewportClient
 public:
     virtual ~IViewportClient();
 
-    virtual void onExclusiveMouseControlGained() {}
+    virtual void onExclusiveMouseControlGained() { }
     /// The host took the mouse back (another client asked for it, or the viewport closed).
-    virtual void onExclusiveMouseControlLost() {}
-    virtual void onExclusiveMousePress(const Vector2& /*position*/) {}
-    virtual void onExclusiveMouseRelease(const Vector2& /*position*/) {}
-    virtual void onMouseMove(const Vector2& /*position*/) {}
-    virtual void onMouseLeave() {}
+    virtual void onExclusiveMouseControlLost() { }
+    virtual void onExclusiveMousePress(const Vector2& /*position*/) { }
+    virtual void onExclusiveMouseRelease(const Vector2& /*position*/) { }
+    virtual void onMouseMove(const Vector2& /*position*/) { }
+    virtual void onMouseLeave() { }
     /// The image of the viewport changed: histograms and samples read before are stale.
-    virtual void onViewportChanged() {}
+    virtual void onViewportChanged() { }
     /// The cursor the viewport shows while this client has the mouse; none keeps the viewport's own.
     virtual Optional<QCursor> getExclusiveMouseCursor() const { return {}; }
 };
@@ -53,12 +52,12 @@ public:
     virtual Optional<float> getCurveChannelSample(const Vector2& position, int channel, Optional<int> layer) const;
 
     /// Clients hear of image changes and, while they hold it, of the mouse.
-    virtual void addClient(IViewportClient& /*client*/) {}
-    virtual void removeClient(IViewportClient& /*client*/) {}
+    virtual void addClient(IViewportClient& /*client*/) { }
+    virtual void removeClient(IViewportClient& /*client*/) { }
     /// Gives the mouse to `client`; the one that held it before loses it. False when the host cannot hand it over.
     virtual bool requestExclusiveMouseControl(IViewportClient& /*client*/) { return false; }
     /// Takes the mouse back from `client`, if it holds it.
-    virtual void releaseExclusiveMouseControl(IViewportClient& /*client*/) {}
+    virtual void releaseExclusiveMouseControl(IViewportClient& /*client*/) { }
 };
 
 /// A viewport with nothing in it: no size, no image, no mouse to give.

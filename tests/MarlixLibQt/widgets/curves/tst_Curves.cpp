@@ -1,3 +1,5 @@
+#include "MarlixLibQt/widgets/RecordingModel.h"
+
 #include <MarlixLib/curves/CurveFile.h>
 #include <MarlixLib/data/EntityClassInfo.h>
 #include <MarlixLib/data/EntityGraphTracker.h>
@@ -8,8 +10,6 @@
 #include <MarlixLibQt/widgets/curves/CurvesEditor.h>
 #include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
-
-#include "MarlixLibQt/widgets/RecordingModel.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -134,8 +134,8 @@ void tst_Curves::make(Curve active, std::size_t channels)
     Marlix::Curves curves(channels, DefaultCurveType::Identity);
     curves.setChannel(0, std::move(active));
     model = makeSharedPtr<RecordingModel<Marlix::Curves>>(curves);
-    widget = std::make_unique<Widgets::Curves>(model, channel,
-        makeSharedPtr<VariableModel<CurveInterpolation>>(CurveInterpolation::CubicSpline));
+    widget = std::make_unique<Widgets::Curves>(
+        model, channel, makeSharedPtr<VariableModel<CurveInterpolation>>(CurveInterpolation::CubicSpline));
     widget->resize(210, 210);
     widget->show();
     QVERIFY(QTest::qWaitForWindowExposed(widget.get()));
