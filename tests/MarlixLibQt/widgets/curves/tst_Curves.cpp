@@ -8,6 +8,7 @@
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/widgets/curves/CurvesEditor.h>
+#include <MarlixLibQt/widgets/curves/Histogram.h>
 #include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
@@ -104,6 +105,7 @@ private Q_SLOTS:
     void failedLoadChangesNothing();
     void pickingInViewport();
     void equalizeFromViewport();
+    void histogramWidgetCountsWhenShown();
     void editorChannelAndReset();
     void propertyEditorDragIsOneUndoStep();
 
@@ -345,6 +347,22 @@ void tst_Curves::equalizeFromViewport()
     expected.setInterpolation(CurveInterpolation::Linear);
     QCOMPARE(model->get().getChannel(0), expected);
     QVERIFY(widget->getHistogram() == histogram);
+}
+
+void tst_Curves::histogramWidgetCountsWhenShown()
+{
+    viewport = std::make_unique<GreyViewport>();
+    auto channel = makeSharedPtr<VariableModel<Optional<ColorCurveChannel>>>(ColorCurveChannel::Red);
+    Widgets::Histogram histogram(
+        channel, makeSharedPtr<VariableModel<HistogramType>>(HistogramType::Linear), *viewport);
+    QVERIFY(!histogram.getCounts());
+    QSignalSpy counted(&histogram, &Widgets::Histogram::histogramChanged);
+    histogram.show();
+    QVERIFY(counted.wait());
+    const ArrayView<const std::uint64_t> red = histogram.getCounts()->getBins(int(ColorCurveChannel::Red));
+    const std::uint64_t half = GreyViewport::SIZE * GreyViewport::SIZE / 2;
+    QCOMPARE(red[GreyViewport::DARK], half);
+    QCOMPARE(red[GreyViewport::LIGHT], half);
 }
 
 void tst_Curves::editorChannelAndReset()
