@@ -13,6 +13,7 @@
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QRadialGradient>
 #include <QVBoxLayout>
 
@@ -163,6 +164,21 @@ private:
     IViewportClient* exclusive = nullptr;
 };
 
+/// The page; the tools that read its viewport go before it.
+class CurvesPageWidget : public QWidget
+{
+public:
+    using QWidget::QWidget;
+    ~CurvesPageWidget() override
+    {
+        delete editor;
+        delete histogram;
+    }
+
+    QPointer<QWidget> editor;
+    QPointer<QWidget> histogram;
+};
+
 Marlix::Curves startingCurves()
 {
     // A gentle S on the master curve and a warmer red: the preview shows at once that the curves act on it.
@@ -180,7 +196,7 @@ Marlix::Curves startingCurves()
 
 QWidget* createCurvesPage(QWidget* parent)
 {
-    auto* page = new QWidget(parent);
+    auto* page = new CurvesPageWidget(parent);
     auto curves = Marlix::makeSharedPtr<Marlix::Widgets::VariableModel<Marlix::Curves>>(startingCurves());
     // The histograms are counted on workers; the screenshot waits for both.
     page->setProperty(PAGE_SETTLED_PROPERTY, false);
@@ -209,6 +225,9 @@ QWidget* createCurvesPage(QWidget* parent)
     editorLayout->addWidget(new QLabel(QObject::tr("Click to add a point, drag it, right-click to remove it; Shift and "
                                                    "the wheel zoom, the middle button pans."),
         editorBox));
+
+    page->editor = editor;
+    page->histogram = histogram;
 
     auto arrived = std::make_shared<int>(0);
     const auto settleWhenBoth = [page, arrived] {
