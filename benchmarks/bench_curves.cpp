@@ -2,6 +2,14 @@
 
 #include <MarlixLib/curves/ColorCurves.h>
 #include <MarlixLib/curves/Histogram.h>
+#include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/widgets/curves/Curves.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWidget>
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -104,11 +112,90 @@ void applyPrecomputedTable(benchmark::State& state)
 }
 BENCHMARK(applyPrecomputedTable)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+constexpr int DRAG_WIDTH = 420;
+constexpr int DRAG_HEIGHT = 320;
+constexpr int DRAG_BINS = 1024;
+
+// The point under the hand moves between two heights, as a drag that goes up and down.
+QPointF dragPosition(const Widgets::Curves& widget, std::int64_t step)
+{
+    return widget.toWidget({ 0.25, step % 2 ? 0.35 : 0.15 });
+}
+
+void sendMouse(QWidget& widget, QEvent::Type type, const QPointF& at, Qt::MouseButtons buttons)
+{
+    QMouseEvent event(type, at, widget.mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+        buttons, Qt::NoModifier);
+    QApplication::sendEvent(&widget, &event);
+}
+
+// One step of a drag of a point: the mouse moves, the curve and the model are written, and the widget with a
+// 1024-bin histogram behind the curve repaints into an image.
+void curvesDragStep(benchmark::State& state)
+{
+    auto model = makeSharedPtr<Widgets::VariableModel<Curves>>(sampleCurves());
+    Widgets::Curves widget(model, makeSharedPtr<Widgets::VariableModel<int>>(0),
+        makeSharedPtr<Widgets::VariableModel<CurveInterpolation>>(CurveInterpolation::CubicSpline));
+    widget.resize(DRAG_WIDTH, DRAG_HEIGHT);
+    widget.setHistogram(Histogram::compute(image(), DRAG_BINS));
+    QImage target(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    sendMouse(widget, QEvent::MouseButtonPress, widget.toWidget({ 0.25, 0.2 }), Qt::LeftButton);
+    std::int64_t step = 0;
+    for (auto _ : state) {
+        sendMouse(widget, QEvent::MouseMove, dragPosition(widget, ++step), Qt::LeftButton);
+        widget.render(&target);
+    }
+    sendMouse(widget, QEvent::MouseButtonRelease, dragPosition(widget, step), Qt::NoButton);
+    if (model->get().getChannel(0).getPointCount() != sampleCurves().getChannel(0).getPointCount())
+        state.SkipWithError("the drag added or lost a point");
+}
+BENCHMARK(curvesDragStep)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// The least any widget showing the curve does: a plain QWidget stroking the same polyline, one vertex per column.
+class PolylineWidget : public QWidget
+{
+public:
+    PolylineWidget()
+    {
+        const Curve& curve = sampleCurves().getChannel(0);
+        for (int x = 0; x < DRAG_WIDTH; ++x)
+            line.append(QPointF(x, DRAG_HEIGHT * (1.0 - curve.evaluate(double(x) / (DRAG_WIDTH - 1)))));
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.fillRect(rect(), palette().color(QPalette::Base));
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(palette().color(QPalette::Text), 1.5));
+        painter.drawPolyline(line.data(), int(line.size()));
+    }
+
+private:
+    QList<QPointF> line;
+};
+
+void plainPolylineRepaint(benchmark::State& state)
+{
+    PolylineWidget widget;
+    widget.resize(DRAG_WIDTH, DRAG_HEIGHT);
+    QImage target(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state)
+        widget.render(&target);
+}
+BENCHMARK(plainPolylineRepaint)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    // Without a display the widgets are drawn offscreen; the events and the painting are the same.
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     benchmark::Initialize(&argc, argv);
+    LibQt::startup("bench_curves");
     // Wall-clock time: the scheduler's gain is in running on every core at once, which CPU time would hide.
     Benchmarks::RatioReporter reporter(Benchmarks::Clock::Real,
         {
@@ -117,8 +204,11 @@ int main(int argc, char** argv)
             { "histogramOnOneWorker/real_time", "histogramBareLoop/real_time", "the same on one worker" },
             { "applyCurvesThroughTables/real_time", "applyPrecomputedTable/real_time",
                 "curves applied to 4096 x 4096 RGBA", "goal 1.2 or less" },
+            { "curvesDragStep/real_time", "plainPolylineRepaint/real_time",
+                "drag step of a point over a 1024-bin histogram / plain polyline repaint", "goal under 2 ms a step" },
         });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
+    LibQt::shutdown();
     return 0;
 }

@@ -13,6 +13,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Mesh properties"), QStringLiteral("mesh-properties"), createMeshPropertiesPage },
         { QStringLiteral("Graph"), QStringLiteral("graph"), createGraphPage,
             { { QStringLiteral("graph-overview"), showGraphOverview } } },
+        { QStringLiteral("Curves"), QStringLiteral("curves"), createCurvesPage },
     };
 }
 

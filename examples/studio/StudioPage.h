@@ -42,5 +42,6 @@ QWidget* createMeshPropertiesPage(QWidget* parent);
 QWidget* createGraphPage(QWidget* parent);
 /// Frames the graph page's view at a zoom where nodes are drawn at their lowest detail.
 void showGraphOverview(QWidget* page);
+QWidget* createCurvesPage(QWidget* parent);
 
 } // namespace Studio

@@ -5,6 +5,7 @@
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/color/ColorEditButton.h>
 #include <MarlixLibQt/widgets/color/GradientControl.h>
+#include <MarlixLibQt/widgets/curves/CurvesEditor.h>
 #include <MarlixLibQt/widgets/editors/CheckBox.h>
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
 #include <MarlixLibQt/widgets/editors/LineEdit.h>
@@ -357,6 +358,17 @@ QWidget* makeGradient(const GenericPropertyAccessor& property, const Arguments& 
     return control;
 }
 
+QWidget* makeCurves(const GenericPropertyAccessor& property, const Arguments& arguments)
+{
+    auto model = makeSharedPtr<PropertyModel<Marlix::Curves>>(property, Detail::undoManagerOf(arguments), arguments.displayName);
+    const std::size_t channels = model->get().getChannelCount();
+    auto* editor = new CurvesEditor(Detail::guardReadOnly<Marlix::Curves>(model, Detail::isReadOnlyProperty(property)),
+        CurvesEditor::getColorChannelNames(channels), CurvesEditor::getColorChannelColors(channels), {}, nullptr,
+        DefaultCurveType::Identity, arguments.parent);
+    Detail::reportRejectionsAt(*model, editor);
+    return editor;
+}
+
 /// Installs `constructor` on the type registered under `name`, unless the type is unknown or already has one: a
 /// host's own choice, made before the library started, stays.
 void installDefault(StringView name, PropertyWidgetConstructor::Constructor constructor)
@@ -396,6 +408,7 @@ void PropertyWidgetConstructor::registerDefaultWidgets()
     installDefault("PosRotScaleTm", &makeTransform);
     installDefault("Rgb", &makeColor);
     installDefault("ColorGradient", &makeGradient);
+    installDefault("Curves", &makeCurves);
     installDefault(ENTITY_REFERENCE_TYPE_NAME, &Detail::makeEntityEditor);
 }
 

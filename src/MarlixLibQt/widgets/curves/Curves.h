@@ -1,0 +1,195 @@
+#pragma once
+
+#include <MarlixLib/curves/Curves.h>
+#include <MarlixLib/curves/Histogram.h>
+#include <MarlixLib/tasks/Task.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/BaseWithModel.h>
+#include <MarlixLibQt/widgets/Container.h>
+#include <MarlixLibQt/widgets/Model.h>
+#include <MarlixLibQt/widgets/curves/CurveModels.h>
+#include <MarlixLibQt/widgets/frame/ViewportHost.h>
+
+#include <QColor>
+#include <QImage>
+#include <QPainterPath>
+#include <QPointF>
+
+#include <cstddef>
+
+namespace Marlix::Widgets {
+
+/// Edits tone curves, one per channel, over a grid and the histogram of a viewport's image: points are added with a
+/// click, dragged (one undo step per drag), removed with a right click; Shift and the wheel zoom, the middle button
+/// pans.
+class MARLIXLIBQT_EXPORT Curves : public Container, public BaseWithModel, public IViewportClient
+{
+    Q_OBJECT
+
+public:
+    static constexpr double MARGIN = 5;
+    static constexpr double RADIUS = 5;
+    static constexpr double DIAMETER = 10;
+    static constexpr double GRID_FACTOR = 10;
+    static constexpr double EPSILON = Curve::EPSILON;
+    static constexpr double BINS_PER_PIXEL = 2;
+    /// How far from a point or handle a press still takes it.
+    static constexpr double HIT_DISTANCE = 11;
+    static constexpr double MIN_ZOOM = 1;
+    static constexpr double MAX_ZOOM = 8;
+
+    /// `layer` picks the image of the viewport host whose histogram and tones are read (none: the one shown);
+    /// `channelColors` give each channel's pen, the palette's text colour standing in for missing ones.
+    Curves(SharedPtr<Model<Marlix::Curves>> curves, SharedPtr<Model<int>> activeChannel,
+        SharedPtr<Model<CurveInterpolation>> interpolation, Optional<int> layer = {}, Stack<QColor> channelColors = {},
+        QWidget* parent = nullptr);
+    ~Curves() override;
+
+    /// Curve space to curve-area pixels (origin bottom left, y up), through the zoom and the offset; unmap inverts.
+    QPointF map(const QPointF& point) const;
+    QPointF unmap(const QPointF& point) const;
+    /// Widget pixels to curve-area pixels and back.
+    QPointF toArea(const QPointF& widgetPosition) const;
+    QPointF fromArea(const QPointF& areaPosition) const;
+    /// Curve space to widget pixels and back: where a point is drawn, and which point a click means.
+    QPointF toWidget(const Vector2& point) const;
+    Vector2 fromWidget(const QPointF& position) const;
+    int gridWidth() const;
+    int gridHeight() const;
+    QSize sizeHint() const override;
+
+    double getZoom() const { return zoomFactor; }
+    QPointF getOffset() const { return offset; }
+    /// Multiplies the zoom (kept within 1 to 8) around `anchor`, in curve-area pixels, which stays where it is.
+    void zoom(double factor, const QPointF& anchor);
+    /// Moves the zoomed curve; the offset is clamped so that the curve fills the area. False when nothing moved.
+    bool pan(const QPointF& newOffset);
+
+    int getActiveChannel() const;
+    /// The active channel as edited: during a drag it is ahead of nothing, the model is written on every move.
+    const Curve& getActiveCurve() const;
+    /// The tone under the mouse (or picked in the viewport), none when the mouse is elsewhere.
+    Optional<double> getCursorValue() const { return cursorValue; }
+
+    void reset(DefaultCurveType type);
+    /// Replaces the active curve by the one that equalizes the viewport image's histogram of that channel, once it is
+    /// counted; nothing without a histogram source.
+    void equalize();
+    /// Reads a curve file holding one curve per channel; anything else is reported in a message box and changes
+    /// nothing. False when the curves stayed as they were.
+    bool load(const Io::Path& path);
+    bool save(const Io::Path& path);
+
+    /// The active channel's edited curve into the model's curves, redrawn at once (the model is written separately).
+    void convertToCurves();
+    /// Re-reads the model; `resetView` also returns to zoom 1.
+    void convertFromCurves(bool resetView);
+
+    /// Shows the histogram of `host`'s image behind the curve, drawn as `type` says, and lets equalize() and the
+    /// tone picking read it. The host must outlive the widget.
+    void setHistogramModel(IViewportHost& host, SharedPtr<Model<HistogramType>> type);
+    /// A histogram counted elsewhere, shown until the host's image changes.
+    void setHistogram(Marlix::Histogram histogram);
+    const Optional<Marlix::Histogram>& getHistogram() const { return histogram; }
+
+    void setForbiddenCursor(bool forbidden);
+    bool isForbiddenCursorShown() const { return forbiddenCursor; }
+
+    /// Clicks in the host's viewport then pick tones for this widget, until releaseExclusiveMouseControl().
+    bool requestExclusiveMouseControl();
+    void releaseExclusiveMouseControl();
+    bool hasExclusiveMouseControl() const { return exclusiveControl; }
+
+    void notify() override;
+
+    void onExclusiveMouseControlGained() override;
+    void onExclusiveMouseControlLost() override;
+    void onExclusiveMousePress(const Vector2& position) override;
+    void onExclusiveMouseRelease(const Vector2& position) override;
+    void onMouseMove(const Vector2& position) override;
+    void onMouseLeave() override;
+    void onViewportChanged() override;
+    Optional<QCursor> getExclusiveMouseCursor() const override;
+
+Q_SIGNALS:
+    void exclusiveMouseControlLost();
+    /// A histogram arrived from the workers (or was set) and is drawn.
+    void histogramChanged();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    enum class Part
+    {
+        Point,
+        LeftHandle,
+        RightHandle,
+    };
+    struct Hit
+    {
+        std::size_t index = 0;
+        Part part = Part::Point;
+    };
+
+    Curve& activeCurve();
+    bool showsHandles() const;
+    double margin() const;
+    Optional<Hit> hitTest(const QPointF& position) const;
+    void press(QMouseEvent* event);
+    void dragTo(const QPointF& position);
+    void finishGesture();
+    void cache();
+    void cacheGrid();
+    void cacheHistogram();
+    void storeToModel();
+    void syncInterpolationModel();
+    void updateHistorgram(int channel, int binCount, Function<void(Marlix::Histogram)> done);
+    int histogramChannel() const;
+    void setCurveCursor(double tone);
+    void setValueOnCursor(double value);
+    QColor channelColor(int channel) const;
+
+    SharedPtr<Model<Marlix::Curves>> curvesModel;
+    SharedPtr<Model<int>> activeChannelModel;
+    SharedPtr<Model<CurveInterpolation>> interpolationModel;
+    SharedPtr<Model<HistogramType>> histogramTypeModel;
+    Optional<int> layer;
+    Stack<QColor> channelColors;
+    IViewportHost* host = nullptr;
+
+    // The model's curves with the active channel as edited.
+    Marlix::Curves edited;
+    double zoomFactor = 1.0;
+    QPointF offset;
+    Optional<Hit> dragged;
+    bool gestureOpen = false;
+    Optional<QPointF> panStart;
+    QPointF panStartOffset;
+    Optional<double> cursorValue;
+    bool forbiddenCursor = false;
+
+    bool exclusiveControl = false;
+    Optional<double> exclusivePressY;
+    double exclusiveStartValue = 0.0;
+
+    Optional<Marlix::Histogram> histogram;
+    SharedPtr<Task> histogramTask;
+    // Results of requests older than the latest are dropped when they arrive.
+    std::uint64_t histogramRequest = 0;
+
+    QPainterPath curvePath;
+    QPainterPath gridPath;
+    QPainterPath histogramPath;
+    QImage histogramImage;
+    // The channel whose histogram the path shows: the histogram is redrawn on a change of channel, not of curve.
+    int histogramCachedChannel = -1;
+};
+
+} // namespace Marlix::Widgets

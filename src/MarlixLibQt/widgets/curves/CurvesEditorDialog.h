@@ -1,0 +1,33 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/curves/CurvesEditor.h>
+
+#include <QDialog>
+
+namespace Marlix::Widgets {
+
+/// The curve-editing panel in a window of its own; edits reach the model as they are made, so the dialog only closes.
+class MARLIXLIBQT_EXPORT CurvesEditorDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char* TITLE = "Velkin Curve Editor";
+
+    /// The arguments of CurvesEditor.
+    CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, Stack<String> channelNames, Stack<QColor> channelColors,
+        Optional<int> layer = {}, IViewportHost* viewportHost = nullptr,
+        DefaultCurveType defaultType = DefaultCurveType::Identity, QWidget* parent = nullptr);
+    ~CurvesEditorDialog() override;
+
+    CurvesEditor* getEditor() const { return editor; }
+
+Q_SIGNALS:
+    void comboBoxFocusChanged(bool focused);
+
+private:
+    CurvesEditor* editor = nullptr;
+};
+
+} // namespace Marlix::Widgets

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/color/RgbBytes.h>
+#include <MarlixLib/curves/Histogram.h>
+#include <MarlixLib/image/BitmapImpl.h>
+#include <MarlixLib/math/Vector2.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
+
+#include <QCursor>
+
+#include <utility>
+
+namespace Marlix::Widgets {
+
+/// A tool that reads the image of a viewport (a curve editor, a histogram) and may take the viewport's mouse for a
+/// while. Positions are in viewport pixels.
+class MARLIXLIBQT_EXPORT IViewportClient
+{
+public:
+    virtual ~IViewportClient();
+
+    virtual void onExclusiveMouseControlGained() { }
+    /// The host took the mouse back (another client asked for it, or the viewport closed).
+    virtual void onExclusiveMouseControlLost() { }
+    virtual void onExclusiveMousePress(const Vector2& /*position*/) { }
+    virtual void onExclusiveMouseRelease(const Vector2& /*position*/) { }
+    virtual void onMouseMove(const Vector2& /*position*/) { }
+    virtual void onMouseLeave() { }
+    /// The image of the viewport changed: histograms and samples read before are stale.
+    virtual void onViewportChanged() { }
+    /// The cursor the viewport shows while this client has the mouse; none keeps the viewport's own.
+    virtual Optional<QCursor> getExclusiveMouseCursor() const { return {}; }
+};
+
+/// The viewport that shows a rendered image, as curve and histogram editors see it: its image, and the mouse, which
+/// one client at a time can take over so that clicks in the image go to it instead of the viewport's own tools.
+class MARLIXLIBQT_EXPORT IViewportHost
+{
+public:
+    virtual ~IViewportHost();
+
+    virtual Vector2 getViewportSize() const = 0;
+    /// The image shown, shared so that histograms are counted on workers without a copy; null when there is none.
+    /// `layer` picks one of several images a host may show (a render element); none means the one on screen.
+    virtual SharedPtr<const BitmapImpl<RgbaBytes>> getViewportImage(Optional<int> /*layer*/) const { return {}; }
+    /// The histogram of one ColorCurveChannel of the image with `binCount` bins, counted in the calling thread;
+    /// `range` limits the image's rows to that share of its height (0 to 1 is all of it).
+    virtual Marlix::Histogram getCurveChannelHistogram(
+        int channel, int binCount, std::pair<float, float> range, Optional<int> layer) const;
+    /// The tone of one ColorCurveChannel at a viewport position, none outside the image.
+    virtual Optional<float> getCurveChannelSample(const Vector2& position, int channel, Optional<int> layer) const;
+
+    /// Clients hear of image changes and, while they hold it, of the mouse.
+    virtual void addClient(IViewportClient& /*client*/) { }
+    virtual void removeClient(IViewportClient& /*client*/) { }
+    /// Gives the mouse to `client`; the one that held it before loses it. False when the host cannot hand it over.
+    virtual bool requestExclusiveMouseControl(IViewportClient& /*client*/) { return false; }
+    /// Takes the mouse back from `client`, if it holds it.
+    virtual void releaseExclusiveMouseControl(IViewportClient& /*client*/) { }
+};
+
+/// A viewport with nothing in it: no size, no image, no mouse to give.
+class MARLIXLIBQT_EXPORT DefaultViewportHost : public IViewportHost
+{
+public:
+    Vector2 getViewportSize() const override { return { 0.0, 0.0 }; }
+};
+
+/// The tone of a pixel in one ColorCurveChannel (the master channel reads luminance, Rec. 709 weights), 0 to 1.
+MARLIXLIBQT_EXPORT float getCurveChannelTone(const RgbaBytes& pixel, int channel);
+
+} // namespace Marlix::Widgets
