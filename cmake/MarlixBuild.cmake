@@ -51,3 +51,13 @@ function(marlix_precompile_qt target)
             <functional> <memory> <string> <vector>)
     endif()
 endfunction()
+
+# AUTOMOC in an existing Ninja build folder does not run again when a CONFIGURE_DEPENDS glob brings new headers (a
+# merge adds a Q_OBJECT class): the library then links without their meta-objects. A file listing the sources, written
+# only when the list changes, is made a dependency of the target's moc step so that it runs again then.
+function(marlix_automoc_follows_sources target)
+    list(JOIN ARGN "\n" listed)
+    set(file "${CMAKE_CURRENT_BINARY_DIR}/${target}_sources.txt")
+    file(CONFIGURE OUTPUT "${file}" CONTENT "${listed}\n" @ONLY)
+    set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS "${file}")
+endfunction()
