@@ -132,12 +132,7 @@ GraphPage::~GraphPage()
 
 void GraphPage::refreshAppearances()
 {
-    Array<EntityHolder<Entity>> changed;
-    for (const auto& entity : scene->getEntities())
-        if (appearances->update(entity->getId(), Appearance::of(*entity)))
-            changed.push_back(entity);
-    if (!changed.empty())
-        thumbnails->invalidateEntities(changed);
+    Studio::refreshAppearances(*scene, *appearances, *thumbnails);
 }
 
 /// The view arranges once it has its size, and then looks at one node at zoom 1.

@@ -182,12 +182,7 @@ void PropertiesPage::observeScene()
 
 void PropertiesPage::refreshAppearances()
 {
-    Array<EntityHolder<Entity>> changed;
-    for (const auto& entity : scene->getEntities())
-        if (appearances->update(entity->getId(), Appearance::of(*entity)))
-            changed.push_back(entity);
-    if (!changed.empty())
-        thumbnails->invalidateEntities(changed);
+    Studio::refreshAppearances(*scene, *appearances, *thumbnails);
 }
 
 void PropertiesPage::showSelection()

@@ -1,5 +1,7 @@
 #include "SceneThumbnails.h"
 
+#include <MarlixLib/data/EntityGraphTracker.h>
+#include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 #include <MarlixTestScene/TestScene.h>
 
 #include <algorithm>
@@ -209,6 +211,16 @@ Optional<Appearance> AppearanceTable::find(std::uint64_t id) const
     const std::lock_guard lock(mutex);
     const auto entry = appearances.find(id);
     return entry == appearances.end() ? Optional<Appearance>() : Optional<Appearance>(entry->second);
+}
+
+void refreshAppearances(const EntityGraphTracker& scene, AppearanceTable& table, ThumbnailManager& thumbnails)
+{
+    Array<EntityHolder<Entity>> changed;
+    for (const auto& entity : scene.getEntities())
+        if (table.update(entity->getId(), Appearance::of(*entity)))
+            changed.push_back(entity);
+    if (!changed.empty())
+        thumbnails.invalidateEntities(changed);
 }
 
 SceneThumbnailProvider::SceneThumbnailProvider(SharedPtr<const AppearanceTable> table)

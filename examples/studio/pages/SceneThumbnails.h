@@ -4,6 +4,11 @@
 #include <MarlixLib/data/Entity.h>
 #include <MarlixLib/image/IThumbnailProvider.h>
 
+namespace Marlix {
+class EntityGraphTracker;
+class ThumbnailManager;
+}
+
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -48,6 +53,10 @@ private:
     mutable std::mutex mutex;
     std::map<std::uint64_t, Appearance> appearances;
 };
+
+/// Copies the appearance of every entity of `scene` into `table` for the render thread, and has the thumbnails of those
+/// whose appearance changed drawn again.
+void refreshAppearances(const Marlix::EntityGraphTracker& scene, AppearanceTable& table, Marlix::ThumbnailManager& thumbnails);
 
 /// Draws the studio's thumbnails: a shaded sphere in a material's colour, with a highlight as sharp as the material
 /// is smooth; a shaded cube for meshes and their instances; three small cubes for a group.
