@@ -97,6 +97,9 @@ PopupWrapper::PopupWrapper(QWidget* content, const QWidget* anchor, Qt::Edge edg
         dialog->setSizeGripEnabled(false);
         connect(dialog, &QDialog::finished, this, &QDialog::done);
     }
+    // A content without a layout has no size hint; it keeps its own size rather than shrinking to nothing.
+    if (!content->sizeHint().isValid())
+        content->setMinimumSize(content->size());
     auto* layout = new QVBoxLayout(this);
     layout->setSpacing(0);
     layout->addWidget(content);
