@@ -1,6 +1,5 @@
-#include <MarlixLibQt/widgets/frame/OverlayWrapper.h>
-
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/widgets/frame/OverlayWrapper.h>
 
 #include <QEvent>
 #include <QLoggingCategory>

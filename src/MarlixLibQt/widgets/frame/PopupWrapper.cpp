@@ -1,7 +1,6 @@
-#include <MarlixLibQt/widgets/frame/PopupWrapper.h>
-
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/frame/PopupWrapper.h>
 
 #include <QFrame>
 #include <QLoggingCategory>
@@ -62,8 +61,8 @@ QRect pinnedContents(const QSize& size, Qt::Edge edge)
 
 } // namespace
 
-PopupWrapper* PopupWrapper::popupWidget(QWidget* content, const QWidget* anchor, Qt::Edge edge,
-                                        Qt::AlignmentFlag alignment, Flags<Flag> flags)
+PopupWrapper* PopupWrapper::popupWidget(
+    QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment, Flags<Flag> flags)
 {
     if (!content)
         throw Exception("A pop-up needs a content widget.");
@@ -78,8 +77,8 @@ PopupWrapper* PopupWrapper::popupWidget(QWidget* content, const QWidget* anchor,
     return wrapper;
 }
 
-PopupWrapper::PopupWrapper(QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment,
-                           Flags<Flag> flags)
+PopupWrapper::PopupWrapper(
+    QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment, Flags<Flag> flags)
     : QDialog(anchor->window(), Qt::Popup)
     , contentWidget(content)
     , anchorWidget(anchor)
@@ -138,11 +137,11 @@ int PopupWrapper::getPinPositionFor(Qt::Edge edge, Qt::AlignmentFlag alignment) 
     return computePinPosition(size(), edge, alignment);
 }
 
-QRect PopupWrapper::computePopupGeometry(const QRect& anchor, const QRect& available, const QSize& size,
-                                         Qt::Edge& edge, Qt::AlignmentFlag alignment)
+QRect PopupWrapper::computePopupGeometry(
+    const QRect& anchor, const QRect& available, const QSize& size, Qt::Edge& edge, Qt::AlignmentFlag alignment)
 {
-    const QRect area = available.adjusted(SCREEN_MARGIN_START, SCREEN_MARGIN_START, -SCREEN_MARGIN_END,
-                                          -SCREEN_MARGIN_END);
+    const QRect area
+        = available.adjusted(SCREEN_MARGIN_START, SCREEN_MARGIN_START, -SCREEN_MARGIN_END, -SCREEN_MARGIN_END);
     const int width = size.width();
     const int height = size.height();
     const QRect extended = anchor.adjusted(-(width - 1), -(height - 1), width, height);
@@ -274,7 +273,7 @@ void PopupWrapper::paintEvent(QPaintEvent*)
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(QPen(palette().color(QPalette::Mid),
-                            getDeviceIndependentPixels(OUTLINE_WIDTH, this, DipValueHandling::KeepNonZero)));
+            getDeviceIndependentPixels(OUTLINE_WIDTH, this, DipValueHandling::KeepNonZero)));
         painter.setBrush(palette().color(backgroundRole()));
         painter.drawPath(body.united(pinPath).simplified());
     } catch (const std::exception& error) {

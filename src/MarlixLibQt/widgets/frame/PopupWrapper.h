@@ -29,13 +29,13 @@ public:
     static constexpr int SCREEN_MARGIN_END = 9;
 
     /// Wraps `content`, shows it beside `anchor` with its pin on `edge`, and deletes the wrapper once it finishes.
-    static PopupWrapper* popupWidget(QWidget* content, const QWidget* anchor, Qt::Edge edge,
-                                     Qt::AlignmentFlag alignment, Flags<Flag> flags = {});
+    static PopupWrapper* popupWidget(
+        QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment, Flags<Flag> flags = {});
 
     /// The placement of a bubble of `size` beside `anchor` inside `available` (global pixels); flips `edge` to
     /// the opposite side when there is no room and writes the edge used back.
-    static QRect computePopupGeometry(const QRect& anchor, const QRect& available, const QSize& size, Qt::Edge& edge,
-                                      Qt::AlignmentFlag alignment);
+    static QRect computePopupGeometry(
+        const QRect& anchor, const QRect& available, const QSize& size, Qt::Edge& edge, Qt::AlignmentFlag alignment);
     /// Where the pin sits along `edge` of a bubble of `size`: x for top and bottom edges, y for left and right.
     static int computePinPosition(const QSize& size, Qt::Edge edge, Qt::AlignmentFlag alignment);
     static QMargins getContentsMarginsFor(Qt::Edge edge);
@@ -57,8 +57,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    PopupWrapper(QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment,
-                 Flags<Flag> flags);
+    PopupWrapper(
+        QWidget* content, const QWidget* anchor, Qt::Edge edge, Qt::AlignmentFlag alignment, Flags<Flag> flags);
     QRect availableArea() const;
 
     QPointer<QWidget> contentWidget;

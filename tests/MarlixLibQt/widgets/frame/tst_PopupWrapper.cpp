@@ -39,7 +39,7 @@ void sendWheel(QWidget& window, QPoint position)
     target = target ? target : &window;
     const QPointF local = target->mapFrom(&window, position);
     QWheelEvent event(local, target->mapToGlobal(local), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
-                      Qt::NoScrollPhase, false);
+        Qt::NoScrollPhase, false);
     QApplication::sendEvent(target, &event);
 }
 
@@ -100,10 +100,10 @@ void tst_PopupWrapper::geometry_data()
     // Clamped 10 pixels inside the left/top and 9 inside the right/bottom; the pin leaves the anchor's centre.
     QTest::newRow("clamp left") << SCREEN << QRect(0, 500, 40, 20) << Qt::TopEdge << Qt::AlignHCenter << Qt::TopEdge
                                 << QPoint(10, 519);
-    QTest::newRow("clamp right") << SCREEN << QRect(1880, 500, 40, 20) << Qt::TopEdge << Qt::AlignHCenter
-                                 << Qt::TopEdge << QPoint(1710, 519);
-    QTest::newRow("clamp top") << SCREEN << QRect(500, 0, 100, 20) << Qt::LeftEdge << Qt::AlignVCenter
-                               << Qt::LeftEdge << QPoint(599, 10);
+    QTest::newRow("clamp right") << SCREEN << QRect(1880, 500, 40, 20) << Qt::TopEdge << Qt::AlignHCenter << Qt::TopEdge
+                                 << QPoint(1710, 519);
+    QTest::newRow("clamp top") << SCREEN << QRect(500, 0, 100, 20) << Qt::LeftEdge << Qt::AlignVCenter << Qt::LeftEdge
+                               << QPoint(599, 10);
     QTest::newRow("clamp bottom") << SCREEN << QRect(500, 1060, 100, 20) << Qt::LeftEdge << Qt::AlignVCenter
                                   << Qt::LeftEdge << QPoint(599, 970);
     QTest::newRow("bottom-right corner") << SCREEN << QRect(1880, 1040, 40, 40) << Qt::TopEdge << Qt::AlignHCenter
@@ -190,8 +190,8 @@ void tst_PopupWrapper::confinedToWindowFlips()
 
     auto* content = new QLabel(QStringLiteral("Confined"));
     content->setFixedSize(120, 60);
-    QPointer<PopupWrapper> popup = PopupWrapper::popupWidget(content, anchor, Qt::TopEdge, Qt::AlignHCenter,
-                                                             PopupWrapper::Flag::ConfineToAnchorWindow);
+    QPointer<PopupWrapper> popup = PopupWrapper::popupWidget(
+        content, anchor, Qt::TopEdge, Qt::AlignHCenter, PopupWrapper::Flag::ConfineToAnchorWindow);
     QVERIFY(QTest::qWaitForWindowExposed(popup));
     // No room below the anchor inside the window, so the bubble sits above it, pinned on its bottom edge.
     QCOMPARE(popup->edge(), Qt::BottomEdge);
@@ -251,8 +251,8 @@ void tst_PopupWrapper::overlayFollowsParent()
     const QSize hint = overlay->sizeHint();
     const bool horizontal = edge == Qt::TopEdge || edge == Qt::BottomEdge;
     const QSize size = horizontal ? QSize(360, hint.height()) : QSize(hint.width(), 260);
-    const QPoint position(edge == Qt::RightEdge ? 360 - size.width() : 0,
-                          edge == Qt::BottomEdge ? 260 - size.height() : 0);
+    const QPoint position(
+        edge == Qt::RightEdge ? 360 - size.width() : 0, edge == Qt::BottomEdge ? 260 - size.height() : 0);
     QCOMPARE(overlay->geometry(), QRect(position, size));
 }
 
