@@ -1,6 +1,7 @@
 #include <MarlixLibQt/widgets/frame/OverlayWrapper.h>
 #include <MarlixLibQt/widgets/frame/PopupWrapper.h>
 
+#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPointer>
@@ -8,6 +9,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
+#include <QtTest/qtestspontaneevent.h>
 
 using Marlix::Widgets::OverlayWrapper;
 using Marlix::Widgets::PopupWrapper;
@@ -33,6 +35,7 @@ protected:
     }
 };
 
+/// A wheel turn at `position` of `window`, delivered to the widget under it.
 void sendWheel(QWidget& window, QPoint position)
 {
     QWidget* target = window.childAt(position);
@@ -40,7 +43,9 @@ void sendWheel(QWidget& window, QPoint position)
     const QPointF local = target->mapFrom(&window, position);
     QWheelEvent event(local, target->mapToGlobal(local), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
         Qt::NoScrollPhase, false);
-    QApplication::sendEvent(target, &event);
+    // Spontaneous as from the window system, so an ignored wheel goes on to the parents.
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(target, &event);
 }
 
 } // namespace
