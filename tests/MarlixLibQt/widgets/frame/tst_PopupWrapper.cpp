@@ -57,8 +57,6 @@ class tst_PopupWrapper : public QObject
 private Q_SLOTS:
     void geometry_data();
     void geometry();
-    void pinPosition_data();
-    void pinPosition();
     void popupFollowsItsGeometry();
     void confinedToWindowFlips();
     void rejectedDialogContentFinishesAndDeletes();
@@ -134,28 +132,6 @@ void tst_PopupWrapper::geometry()
     const QRect placement = PopupWrapper::computePopupGeometry(anchor, available, BUBBLE, edge, alignment);
     QCOMPARE(edge, expectedEdge);
     QCOMPARE(placement, QRect(expectedPosition, BUBBLE));
-}
-
-void tst_PopupWrapper::pinPosition_data()
-{
-    QTest::addColumn<Qt::Edge>("edge");
-    QTest::addColumn<Qt::AlignmentFlag>("alignment");
-    QTest::addColumn<int>("expected");
-
-    QTest::newRow("top, left") << Qt::TopEdge << Qt::AlignLeft << 20;
-    QTest::newRow("top, right") << Qt::TopEdge << Qt::AlignRight << 180;
-    QTest::newRow("bottom, centre") << Qt::BottomEdge << Qt::AlignHCenter << 100;
-    QTest::newRow("left, top") << Qt::LeftEdge << Qt::AlignTop << 20;
-    QTest::newRow("right, bottom") << Qt::RightEdge << Qt::AlignBottom << 80;
-    QTest::newRow("left, centre") << Qt::LeftEdge << Qt::AlignVCenter << 50;
-}
-
-void tst_PopupWrapper::pinPosition()
-{
-    QFETCH(Qt::Edge, edge);
-    QFETCH(Qt::AlignmentFlag, alignment);
-    QFETCH(int, expected);
-    QCOMPARE(PopupWrapper::computePinPosition(BUBBLE, edge, alignment), expected);
 }
 
 void tst_PopupWrapper::popupFollowsItsGeometry()
