@@ -53,11 +53,18 @@ function(marlix_precompile_qt target)
 endfunction()
 
 # AUTOMOC in an existing Ninja build folder does not run again when a CONFIGURE_DEPENDS glob brings new headers (a
-# merge adds a Q_OBJECT class): the library then links without their meta-objects. A file listing the sources, written
-# only when the list changes, is made a dependency of the target's moc step so that it runs again then.
+# merge adds a Q_OBJECT class): its step only watches the files it already knew, and the library then links without
+# the new meta-objects. The globbed list is kept beside the target; when a configure finds it changed, the moc step's
+# stamp is removed, so the next build runs that step and reads the new headers.
 function(marlix_automoc_follows_sources target)
     list(JOIN ARGN "\n" listed)
     set(file "${CMAKE_CURRENT_BINARY_DIR}/${target}_sources.txt")
-    file(CONFIGURE OUTPUT "${file}" CONTENT "${listed}\n" @ONLY)
-    set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS "${file}")
+    set(previous "")
+    if(EXISTS "${file}")
+        file(READ "${file}" previous)
+    endif()
+    if(NOT previous STREQUAL listed)
+        file(WRITE "${file}" "${listed}")
+        file(REMOVE "${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp")
+    endif()
 endfunction()
