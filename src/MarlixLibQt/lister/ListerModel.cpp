@@ -1,7 +1,6 @@
-#include <MarlixLibQt/lister/ListerModel.h>
-
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/lister/ListerModel.h>
 
 #include <QFont>
 
@@ -81,7 +80,8 @@ struct ListerModel::Impl
     Mutex changesMutex;
     Array<Change> pendingChanges;
     bool flushPosted = false;
-    std::unordered_map<const Detail::ObjectLayout*, std::pair<SharedPtr<const Detail::ObjectLayout>, Array<std::int64_t>>>
+    std::unordered_map<const Detail::ObjectLayout*,
+        std::pair<SharedPtr<const Detail::ObjectLayout>, Array<std::int64_t>>>
         rootIndexes;
 
     Array<SharedPtr<TopLevelStruct>> topLevels;
@@ -345,7 +345,8 @@ struct ListerModel::Impl
         pendingChanges.push_back({ key, rootIndex });
         if (std::exchange(flushPosted, true))
             return;
-        QMetaObject::invokeMethod(model, [this] { flushChanges(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            model, [this] { flushChanges(); }, Qt::QueuedConnection);
     }
 
     const Array<std::int64_t>& getRootIndexes(const Entity& entity)
@@ -356,7 +357,8 @@ struct ListerModel::Impl
             Array<std::int64_t> indexes;
             for (const auto& column : columns) {
                 const bool shown = column.presentation != ListerValuePresentation::Actions;
-                const GenericPropertyHandle handle = shown ? entity.resolveHandle(column.propertyPath) : GenericPropertyHandle();
+                const GenericPropertyHandle handle
+                    = shown ? entity.resolveHandle(column.propertyPath) : GenericPropertyHandle();
                 indexes.push_back(handle.isResolved() ? std::int64_t(handle.getRootIndex()) : -1);
             }
             found = rootIndexes.emplace(layout.get(), std::pair(layout, std::move(indexes))).first;
