@@ -88,6 +88,7 @@ struct ListerModel::Impl
     Array<UniquePtr<ListerNode>> buckets = Array<UniquePtr<ListerNode>>(INITIAL_BUCKETS);
     std::size_t nodeCount = 0;
     std::uint64_t extraKeys = 0;
+    std::unordered_multimap<std::uint64_t, std::uint64_t> extraKeysById; // of the rows that show an entity again
 
     ~Impl()
     {
@@ -118,7 +119,11 @@ struct ListerModel::Impl
             rehash(buckets.size() * 2);
         auto node = std::make_unique<ListerNode>();
         const std::uint64_t id = entity->getId();
-        node->key = find(id) ? (EXTRA_ROW_KEY | ++extraKeys) : id;
+        node->key = id;
+        if (find(id)) {
+            node->key = EXTRA_ROW_KEY | ++extraKeys;
+            extraKeysById.emplace(id, node->key);
+        }
         node->entity = std::move(entity);
         node->topLevel = topLevel;
         auto& bucket = buckets[hashKey(node->key) & (buckets.size() - 1)];
@@ -138,6 +143,14 @@ struct ListerModel::Impl
         UniquePtr<ListerNode> erased = std::move(*link);
         *link = std::move(erased->next);
         --nodeCount;
+        if (key & EXTRA_ROW_KEY) {
+            auto [first, last] = extraKeysById.equal_range(erased->entity->getId());
+            for (; first != last; ++first)
+                if (first->second == key) {
+                    extraKeysById.erase(first);
+                    break;
+                }
+        }
     }
 
     void rehash(std::size_t size)
@@ -155,15 +168,12 @@ struct ListerModel::Impl
 
     TopLevelStruct* findTopLevel(const Entity& entity) const
     {
-        const ListerNode* node = find(entity.getId());
-        if (!node)
-            return nullptr; // the entity is nowhere in the model
-        if (node->topLevel)
+        if (const ListerNode* node = find(entity.getId()); node && node->topLevel)
             return node->record.get();
-        // Shown as a sub-entity first: a top-level row of it, if any, has an extra key.
-        for (const auto& record : topLevels)
-            if (record->node->entity.get() == &entity)
-                return record.get();
+        auto [first, last] = extraKeysById.equal_range(entity.getId());
+        for (; first != last; ++first)
+            if (const ListerNode* node = find(first->second); node->topLevel)
+                return node->record.get();
         return nullptr;
     }
 

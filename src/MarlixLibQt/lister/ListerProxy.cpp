@@ -107,6 +107,13 @@ bool ListerProxy::lessThan(const QModelIndex& left, const QModelIndex& right) co
     const ListerModel* model = getListerModel();
     if (!model)
         return false;
+    // The master row leads in either order: its controls apply to the rows below it.
+    if (const EntityHolder<Entity> master = model->getMasterEntity(); master && !left.parent().isValid()) {
+        if (model->getEntity(left) == master)
+            return sortOrder() == Qt::AscendingOrder;
+        if (model->getEntity(right) == master)
+            return sortOrder() == Qt::DescendingOrder;
+    }
     const SortKey a = sortKeyOf(*model, left);
     const SortKey b = sortKeyOf(*model, right);
     if (a.kind != b.kind)
