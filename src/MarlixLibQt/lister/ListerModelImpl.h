@@ -12,6 +12,8 @@ namespace Marlix::Widgets {
 
 struct ListerModel::Impl
 {
+    static constexpr int MOVES_BEFORE_LAYOUT_CHANGE = 16;
+
     ListerModel* model;
     Stack<ListerColumnDefinition> columns;
     Stack<ListerActionMenuItem> actionMenuItems;
@@ -174,6 +176,7 @@ struct ListerModel::Impl
         for (std::size_t row = 0; row < marked.size(); ++row)
             removing |= marked[row] = !kept.contains(entityAt(parent, static_cast<int>(row)));
         removeMarkedRows(parent, marked);
+        reorderIfManyMove(parent, entities);
         for (std::size_t i = 0; i < entities.size();) {
             const int row = static_cast<int>(i);
             if (row < rowCount(parent) && entityAt(parent, row) == entities[i].get()) {
@@ -192,6 +195,45 @@ struct ListerModel::Impl
         }
         if (removing)
             Q_EMIT model->rowsRemovingFinished(parentIndex(parent));
+    }
+
+    // One move per displaced row tells a view most precisely what happened, but a reordered scene can displace every
+    // row, and n moves cost a view (and a proxy, which turns each into a layout change) n times the rows: past a few
+    // displaced rows, the new order is one layout change.
+    void reorderIfManyMove(TopLevelStruct* parent, const Array<EntityHolder<Entity>>& entities)
+    {
+        Array<int> order; // the current row of each row in its new place
+        for (const auto& entity : entities)
+            if (const int row = findRow(parent, *entity); row >= 0)
+                order.push_back(row);
+        int displaced = 0;
+        for (std::size_t i = 0; i < order.size(); ++i)
+            displaced += order[i] != static_cast<int>(i);
+        if (displaced <= MOVES_BEFORE_LAYOUT_CHANGE)
+            return;
+        const QList<QPersistentModelIndex> parents
+            = parent ? QList { QPersistentModelIndex(parentIndex(parent)) } : QList<QPersistentModelIndex>();
+        Q_EMIT model->layoutAboutToBeChanged(parents, QAbstractItemModel::VerticalSortHint);
+        const auto permute = [&](auto& rows) {
+            auto reordered = rows;
+            for (std::size_t i = 0; i < order.size(); ++i)
+                reordered[i] = rows[static_cast<std::size_t>(order[i])];
+            rows = std::move(reordered);
+        };
+        if (parent)
+            permute(parent->children);
+        else
+            permute(topLevels);
+        renumber(parent, 0, rowCount(parent) - 1);
+        const QModelIndexList before = model->persistentIndexList();
+        QModelIndexList after;
+        after.reserve(before.size());
+        for (const QModelIndex& index : before) {
+            const ListerNode* node = find(index);
+            after.push_back(node ? indexOf(*node, index.column()) : QModelIndex());
+        }
+        model->changePersistentIndexList(before, after);
+        Q_EMIT model->layoutChanged(parents, QAbstractItemModel::VerticalSortHint);
     }
 
     // Cells are observed once they were read: a lister of many rows pays only for the rows somebody looked at.

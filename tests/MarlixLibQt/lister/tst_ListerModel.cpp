@@ -88,6 +88,8 @@ private Q_SLOTS:
     void cellsFollowThePresentation_data();
     void cellsFollowThePresentation();
     void rowsResolveThroughTheirKeys();
+    void reorderKeepsIndexes_data();
+    void reorderKeepsIndexes();
     void bindingFollowsTheScene();
     void editShowsInExactlyItsCell_data();
     void editShowsInExactlyItsCell();
@@ -203,6 +205,48 @@ void TestListerModel::rowsResolveThroughTheirKeys()
     QCOMPARE(describe(model), QStringLiteral("All|Other(Shared)|New|Shared"));
     model.setMasterEntity(nullptr);
     QCOMPARE(describe(model), QStringLiteral("Other(Shared)|New|Shared"));
+}
+
+void TestListerModel::reorderKeepsIndexes_data()
+{
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<bool>("asLayoutChange");
+
+    QTest::newRow("a few rows move one by one") << 6 << false;
+    QTest::newRow("many rows in one layout change") << 60 << true;
+}
+
+void TestListerModel::reorderKeepsIndexes()
+{
+    QFETCH(int, rows);
+    QFETCH(bool, asLayoutChange);
+
+    ListerModel model(makeColumns(), {});
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    Array<EntityHolder<Entity>> entities;
+    for (int i = 0; i < rows; ++i)
+        entities.push_back(make(materialClass(), "M" + std::to_string(i)));
+    model.setTopLevelEntities(entities);
+    const EntityHolder<Entity> subs[] = { make(materialClass(), "S1"), make(materialClass(), "S2") };
+    model.addSubEntities(subs, entities[1]);
+    const QPersistentModelIndex second = model.index(1, LAYERS);
+    const QPersistentModelIndex sub = model.index(1, NAME, second.sibling(1, 0));
+    QSignalSpy moved(&model, &QAbstractItemModel::rowsMoved);
+    QSignalSpy layout(&model, &QAbstractItemModel::layoutChanged);
+
+    std::reverse(entities.begin(), entities.end());
+    model.setTopLevelEntities(entities);
+    QCOMPARE(model.getTopLevelEntities(), entities);
+    QCOMPARE(layout.count(), asLayoutChange ? 1 : 0);
+    QCOMPARE(moved.isEmpty(), asLayoutChange);
+    QCOMPARE(second.row(), rows - 2);
+    QCOMPARE(second.column(), int(LAYERS));
+    QCOMPARE(model.getEntity(sub), subs[1]);
+    QCOMPARE(sub.parent(), model.index(rows - 2, 0));
+
+    const EntityHolder<Entity> reversedSubs[] = { subs[1], subs[0] };
+    model.setSubEntities(reversedSubs, entities[rows - 2]);
+    QCOMPARE(sub.row(), 0);
 }
 
 void TestListerModel::bindingFollowsTheScene()
