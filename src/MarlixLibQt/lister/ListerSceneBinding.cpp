@@ -32,6 +32,11 @@ ListerSceneBinding::ListerSceneBinding(
 
 ListerSceneBinding::~ListerSceneBinding() = default;
 
+ListerModel* ListerSceneBinding::getModel() const
+{
+    return model;
+}
+
 void ListerSceneBinding::setSubEntitiesFunction(SubEntitiesFunction function)
 {
     subEntitiesFunction = std::move(function);
