@@ -68,10 +68,20 @@ public:
         QObject* parent = nullptr);
     ~ListerModel() override;
 
+    /// Appends a top-level row; an empty holder or an entity that has a top-level row already changes nothing.
     void addTopLevelEntity(EntityHolder<Entity> entity);
+    /// Inserts a top-level row before `row` (clamped to the row count), so that a row can come back where it was.
+    void insertTopLevelEntity(EntityHolder<Entity> entity, int row);
     void addSubEntities(ArrayView<const EntityHolder<Entity>> entities, EntityHolder<Entity> parent);
     void removeTopLevelEntity(EntityHolder<Entity> entity);
     void removeSubEntities(ArrayView<const EntityHolder<Entity>> entities, EntityHolder<Entity> parent);
+    /// Moves a top-level row so that it ends at `row`; false (and nothing moved) for an unknown entity or row.
+    bool moveTopLevelEntity(const Entity& entity, int row);
+    /// Brings the top-level rows to exactly `entities`, in that order, with the fewest removals, insertions and moves;
+    /// rows that stay keep their sub-entities.
+    void setTopLevelEntities(ArrayView<const EntityHolder<Entity>> entities);
+    /// The same for the sub-rows of `parent`'s top-level row.
+    void setSubEntities(ArrayView<const EntityHolder<Entity>> entities, EntityHolder<Entity> parent);
     /// The entity whose edits the lister's master controls apply to all rows; it is shown as a row too.
     void setMasterEntity(EntityHolder<Entity> entity);
     EntityHolder<Entity> getMasterEntity() const;
@@ -84,6 +94,12 @@ public:
     const Stack<ListerActionMenuItem>& getActionMenuItems() const;
     int getChildrenCount(const Entity& entity) const;
     bool isTopLevel(const Entity& entity) const;
+    /// The index of the top-level row of `entity`, invalid when it has none.
+    QModelIndex getTopLevelIndex(const Entity& entity, int column = 0) const;
+    /// The entities of the top-level rows, in row order.
+    Array<EntityHolder<Entity>> getTopLevelEntities() const;
+    /// The sub-entities of `entity`'s top-level row, in row order.
+    Array<EntityHolder<Entity>> getSubEntities(const Entity& entity) const;
 
     int columnCount(const QModelIndex& parent = {}) const override;
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -94,7 +110,7 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-signals:
+Q_SIGNALS:
     /// The scene's units changed: cells that show units reformat.
     void sceneUnitsChanged();
     void rowsRemovingFinished(const QModelIndex& parent);
