@@ -9,6 +9,8 @@
 
 #include <QAbstractProxyModel>
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -105,6 +107,10 @@ void ListerView::setModel(QAbstractItemModel* shown)
         updateTopLevelRowVisibility();
         scheduleEditorsPass();
     }));
+    // Columns start at the widths their definitions ask for; proxies keep the lister's columns.
+    for (int column = 0, columns = std::min(shown->columnCount(), listerModel->columnCount()); column < columns; ++column)
+        if (const int width = listerModel->getColumnDefinition(column).initialWidth; width > 0)
+            header()->resizeSection(column, getDeviceIndependentPixels(width, this));
     updateTopLevelRowVisibility();
     scheduleEditorsPass();
 }
@@ -144,6 +150,12 @@ void ListerView::updateAllEditorsState(EditorState state)
         rowsWithEditors.clear();
 }
 
+void ListerView::refreshEditors()
+{
+    updateAllEditorsState(EditorState::Close);
+    scheduleEditorsPass();
+}
+
 void ListerView::updateEditorsState(const QModelIndex& parent, int first, int last, EditorState state)
 {
     QAbstractItemModel* shown = model();
@@ -172,8 +184,16 @@ void ListerView::updateEditorsState(const QModelIndex& parent, int first, int la
             }
             if (alwaysResetEditor(cell))
                 closePersistentEditor(cell);
+            const bool fresh = !isPersistentEditorOpen(cell);
             openPersistentEditor(cell);
             opened = true;
+            // Opening selects the editor's text as for typing, which a page of idle editors must not show.
+            if (QWidget* editor = fresh ? indexWidget(cell) : nullptr) {
+                if (auto* field = qobject_cast<QLineEdit*>(editor))
+                    field->deselect();
+                for (QLineEdit* field : editor->findChildren<QLineEdit*>())
+                    field->deselect();
+            }
         }
         if (opened)
             rowsWithEditors.push_back(QPersistentModelIndex(shown->index(row, 0, parent)));
@@ -195,6 +215,11 @@ void ListerView::syncEditors()
     inPass = true;
     // Geometry must be current: rows inserted or expanded a moment ago are laid out only on demand.
     executeDelayedItemsLayout();
+    // A page of real editors takes longer to build than a frame lasts: rows are opened from the top for at most
+    // OPEN_BUDGET_MS, and the next pass, one event-loop turn later, goes on. Meanwhile the cells paint their values.
+    QElapsedTimer clock;
+    clock.start();
+    bool unfinished = false;
     std::unordered_set<QPersistentModelIndex, PersistentIndexHash> inView;
     const int c0 = firstShownColumn(*header());
     if (!displayRect.isEmpty()) {
@@ -205,8 +230,11 @@ void ListerView::syncEditors()
             const QRect rect = visualRect(first.siblingAtColumn(c0));
             if (rect.top() > displayRect.bottom())
                 break;
-            updateEditorsState(first.parent(), first.row(), first.row(), EditorState::Open);
             inView.insert(QPersistentModelIndex(first));
+            if (unfinished)
+                continue;
+            updateEditorsState(first.parent(), first.row(), first.row(), EditorState::Open);
+            unfinished = clock.elapsed() >= OPEN_BUDGET_MS;
         }
     }
     Array<QPersistentModelIndex> kept;
@@ -221,6 +249,8 @@ void ListerView::syncEditors()
     }
     rowsWithEditors = std::move(kept);
     inPass = false;
+    if (unfinished)
+        scheduleEditorsPass();
 }
 
 void ListerView::scheduleEditorsPass()

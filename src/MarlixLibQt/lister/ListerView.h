@@ -40,6 +40,9 @@ public:
         Close = 1,
     };
 
+    /// The longest an editors pass spends opening editors before it lets a frame be painted and goes on later.
+    static constexpr int OPEN_BUDGET_MS = 8;
+
     /// User data key of a bool property definition (stored as `bool` true) whose value switches its entity's row:
     /// the row is hidden while the property is false. Entities without such a property are always listed.
     static constexpr StringView ROW_SWITCH_ATTRIBUTE = "Zorva.Ui.ListerRowSwitch";
@@ -62,8 +65,12 @@ public:
     /// The part of the viewport the user sees. With `update`, editors open on the rows in it and close elsewhere.
     void displayRectChanged(QRect rect, bool update);
     QRect getDisplayRect() const { return displayRect; }
+    /// Whether an editors pass waits for the event loop: the editors of the rows in view are then not all open yet.
+    bool isEditorsPassPending() const { return passScheduled; }
 
     void updateAllEditorsState(EditorState state);
+    /// Rebuilds every open editor, for when what the editors address changed (the rows a master row edits).
+    void refreshEditors();
     /// Opens (refreshing those that ask for it) or closes the editors of rows `first` to `last` under `parent`, an
     /// index of the shown model; with Open, rows that are hidden or outside the display rectangle are skipped.
     void updateEditorsState(const QModelIndex& parent, int first, int last, EditorState state);

@@ -46,6 +46,7 @@ ListerViewDelegate::ListerViewDelegate(ListerModel* model, ListerView* view, Sha
     : QItemDelegate(view)
     , model(model)
     , view(view)
+    , targets(view)
     , host(std::move(host))
 {
     if (!this->model || !this->view || !this->host)
@@ -112,11 +113,12 @@ Optional<GenericPropertyAccessor> ListerViewDelegate::getEditorAccessor(const QM
         return own;
     const String& path = model->getColumnDefinition(index.column()).propertyPath;
     Array<EntityHolder<Entity>> objects { master };
-    const QAbstractItemModel* shown = view->model();
-    for (int row = 0, rows = shown->rowCount(); row < rows; ++row) {
-        if (view->isRowHidden(row, {}))
+    const QAbstractItemModel* shown = targets->model();
+    for (int row = 0, rows = shown ? shown->rowCount() : 0; row < rows; ++row) {
+        if (targets->isRowHidden(row, {}))
             continue;
-        EntityHolder<Entity> entity = model->getEntity(view->toListerIndex(shown->index(row, 0)));
+        const QModelIndex listed = targets->toListerIndex(shown->index(row, 0));
+        EntityHolder<Entity> entity = targets->getListerModel()->getEntity(listed);
         if (entity && entity != master && entity->checkPropertyPath(path) <= PropertyPathStatus::NestedProperty)
             objects.push_back(std::move(entity));
     }
@@ -137,6 +139,9 @@ QWidget* ListerViewDelegate::createEditor(
     const QString name = tr("%1 of %2").arg(toQt(column.headerText), EntityWidget::getEntityText(entity));
     if (column.presentation == ListerValuePresentation::Actions)
         return createActionsWidget(entity, name, parent);
+    // One name for every listed object would lose them all: the master row names itself and edits no names.
+    if (column.presentation == ListerValuePresentation::Name && entity == model->getMasterEntity())
+        return nullptr;
     const Optional<GenericPropertyAccessor> accessor = getEditorAccessor(listerIndex);
     if (!accessor)
         return nullptr;
@@ -157,14 +162,36 @@ void ListerViewDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     try {
         QStyleOptionViewItem cell(option);
         const QModelIndex listerIndex = view->toListerIndex(index);
+        const ListerValuePresentation presentation = listerIndex.isValid()
+            ? model->getColumnDefinition(listerIndex.column()).presentation
+            : ListerValuePresentation::Text;
         // Names of generated objects differ at their end ("Lamp 0412"): keep both ends when the column is narrow.
-        if (listerIndex.isValid()
-            && model->getColumnDefinition(listerIndex.column()).presentation == ListerValuePresentation::Name)
+        if (presentation == ListerValuePresentation::Name)
             cell.textElideMode = Qt::ElideMiddle;
+        underEditor = view->isPersistentEditorOpen(index);
         QItemDelegate::paint(painter, cell, index);
+        underEditor = false;
+        // A cell whose editor is still to be built (it opens a frame or two after scrolling) shows its value.
+        if (!view->isPersistentEditorOpen(index) && presentation != ListerValuePresentation::Text
+            && presentation != ListerValuePresentation::Actions && !index.data(Qt::DisplayRole).isValid()) {
+            if (const Optional<GenericPropertyAccessor> accessor = model->getPropertyAccessor(listerIndex)) {
+                cell.displayAlignment = Qt::Alignment(index.data(Qt::TextAlignmentRole).toInt());
+                drawDisplay(painter, cell, cell.rect.adjusted(getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0,
+                                                  -getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0),
+                    toQt(accessor->toString()));
+            }
+        }
     } catch (const std::exception&) {
         // A cell that cannot be painted stays blank rather than taking the paint event down.
+        underEditor = false;
     }
+}
+
+void ListerViewDelegate::drawDisplay(
+    QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const
+{
+    if (!underEditor)
+        QItemDelegate::drawDisplay(painter, option, rect, text);
 }
 
 QSize ListerViewDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const

@@ -34,6 +34,10 @@ public:
     /// the master entity and every entity the view lists that has the property.
     Optional<GenericPropertyAccessor> getEditorAccessor(const QModelIndex& index) const;
 
+    /// The view whose listed rows the master row edits: by default this delegate's own view; a dialog that shows
+    /// its master row in a strip of its own points it at the main table.
+    void setMasterTargets(ListerView* rowsOf) { targets = rowsOf; }
+
     /// Where an editor goes in `cell`: sized by its hint and size policies, centred, and placed vertically by
     /// `alignment`. The margins are in device pixels.
     static QRect editorGeometry(QSize hint, QSizePolicy policy, const QRect& cell, Qt::Alignment alignment,
@@ -49,12 +53,19 @@ public:
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
+protected:
+    void drawDisplay(
+        QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const override;
+
 private:
     QWidget* createActionsWidget(const EntityHolder<Entity>& entity, const QString& accessibleName, QWidget* parent) const;
 
     ListerModel* model;
     ListerView* view;
+    ListerView* targets;
     SharedPtr<IPropertySheetHost> host;
+    /// Set while a cell that holds an editor paints: its text would show around a narrower editor.
+    mutable bool underEditor = false;
 };
 
 } // namespace Marlix::Widgets

@@ -19,6 +19,8 @@
 #include <QStringList>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Marlix;
 using namespace Marlix::Widgets;
 
@@ -122,7 +124,16 @@ private Q_SLOTS:
 
 private:
     ListerView* makeView(QWidget* parent = nullptr);
-    void settle() { QCoreApplication::processEvents(); }
+    /// Until every editors pass has run: a pass opens editors for a limited time and lets the next one go on.
+    void settle()
+    {
+        do
+            QCoreApplication::processEvents();
+        while (std::ranges::any_of(QApplication::allWidgets(), [](QWidget* widget) {
+            const auto* view = qobject_cast<ListerView*>(widget);
+            return view && view->isEditorsPassPending();
+        }));
+    }
     /// Every editor cell of every row is open exactly when its row is in view.
     void checkEditorsExact(ListerView& view, int* openCells = nullptr);
     void hideColumnFromMenu(ListerView& view, int section);
