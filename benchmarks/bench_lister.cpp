@@ -117,13 +117,21 @@ struct Baseline
     QTreeView& widget() { return *view; }
 };
 
-/// Shown, every posted layout and editors pass done, and painted once.
+/// Until the lister's editors passes are all done (each opens editors for a frame's budget); the baseline has none.
+void finishPasses(QTreeView& view)
+{
+    const auto* lister = qobject_cast<const ListerView*>(&view);
+    do
+        QCoreApplication::processEvents();
+    while (lister && lister->isEditorsPassPending());
+}
+
+/// Shown, with every editor of the rows in view open, and painted once.
 void showAndPaint(QTreeView& view, QImage& image)
 {
     view.resize(WINDOW_SIZE);
     view.show();
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
+    finishPasses(view);
     view.render(&image);
 }
 
@@ -143,27 +151,37 @@ template <class Side> void open(benchmark::State& state)
     state.counters["widgets"] = widgets;
 }
 
-// One page down per step, and back to the top at the end; the step's own editors pass and paint are measured.
-template <class Side> void scroll(benchmark::State& state)
+// One page down per step, and back to the top at the end. `complete`: the step lasts until every editor of the new
+// page is open and painted; otherwise it is the frame the user sees first: the scroll, the first editors pass and
+// one paint (the remaining editors open in the following frames, each within the pass's budget, and are counted).
+template <class Side> void scroll(benchmark::State& state, bool complete)
 {
     QImage image(WINDOW_SIZE, QImage::Format_ARGB32_Premultiplied);
     Side side;
     showAndPaint(side.widget(), image);
     QScrollBar* bar = side.widget().verticalScrollBar();
     qint64 slowest = 0;
+    qint64 laterFrames = 0;
     QElapsedTimer clock;
+    const auto* lister = qobject_cast<const ListerView*>(&side.widget());
     for (auto _ : state) {
         clock.start();
         bar->setValue(bar->value() >= bar->maximum() ? 0 : bar->value() + bar->pageStep());
-        QCoreApplication::processEvents();
+        if (complete)
+            finishPasses(side.widget());
         side.widget().render(&image);
         benchmark::DoNotOptimize(image.constBits());
         slowest = std::max(slowest, clock.nsecsElapsed());
         state.PauseTiming();
+        while (lister && lister->isEditorsPassPending()) {
+            QCoreApplication::processEvents();
+            ++laterFrames;
+        }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         state.ResumeTiming();
     }
     state.counters["slowestMs"] = double(slowest) / 1e6;
+    state.counters["laterFrames"] = benchmark::Counter(double(laterFrames), benchmark::Counter::kAvgIterations);
 }
 
 void BM_OpenLister(benchmark::State& state)
@@ -181,13 +199,19 @@ BENCHMARK(BM_OpenEditorTree)->Unit(benchmark::kMillisecond)->UseRealTime()->Iter
 
 void BM_ScrollLister(benchmark::State& state)
 {
-    scroll<Lister>(state);
+    scroll<Lister>(state, false);
 }
 BENCHMARK(BM_ScrollLister)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(200);
 
+void BM_ScrollListerComplete(benchmark::State& state)
+{
+    scroll<Lister>(state, true);
+}
+BENCHMARK(BM_ScrollListerComplete)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+
 void BM_ScrollEditorTree(benchmark::State& state)
 {
-    scroll<Baseline>(state);
+    scroll<Baseline>(state, true);
 }
 BENCHMARK(BM_ScrollEditorTree)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
@@ -269,15 +293,24 @@ int main(int argc, char** argv)
                         "editors",
                         "at most 0.05" },
                     { "BM_ScrollLister/iterations:200/real_time", "BM_ScrollEditorTree/iterations:5/real_time",
-                        "one page scroll step, lister / QTreeView with persistent editors" },
+                        "one page scroll step, first frame, lister / QTreeView with persistent editors" },
+                    { "BM_ScrollListerComplete/iterations:100/real_time", "BM_ScrollEditorTree/iterations:5/real_time",
+                        "one page scroll step until every editor is open, lister / QTreeView with persistent editors" },
                 },
                 [argv](const Benchmarks::RatioReporter& figures) {
                     if (const auto* run = figures.find("BM_ScrollLister/iterations:200/real_time"))
-                        std::printf("lister scroll step: %.2f ms mean, %.2f ms slowest (goal under 16.7 ms)\n",
-                            run->nanoseconds / 1e6, run->counter("slowestMs"));
-                    if (const auto* run = figures.find("BM_OpenEditorTree/iterations:1/real_time"))
+                        std::printf("lister scroll step, first frame: %.2f ms mean (CPU %.2f ms), %.2f ms slowest "
+                                    "(goal under 16.7 ms); the page's editors complete %.1f frames later\n",
+                            run->nanoseconds / 1e6, run->cpuNanoseconds / 1e6, run->counter("slowestMs"),
+                            run->counter("laterFrames"));
+                    if (const auto* run = figures.find("BM_ScrollListerComplete/iterations:100/real_time"))
+                        std::printf("lister scroll step until every editor is open: %.2f ms mean (CPU %.2f ms)\n",
+                            run->nanoseconds / 1e6, run->cpuNanoseconds / 1e6);
+                    // The memory of both sides only with the whole set: the baseline's child takes minutes.
+                    if (const auto* run = figures.find("BM_OpenEditorTree/iterations:1/real_time")) {
                         std::printf("baseline open: %.1f s for one iteration\n", run->nanoseconds / 1e9);
-                    printMemory(argv[0]);
+                        printMemory(argv[0]);
+                    }
                 });
             benchmark::RunSpecifiedBenchmarks(&reporter);
         }

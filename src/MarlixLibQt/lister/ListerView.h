@@ -41,7 +41,7 @@ public:
     };
 
     /// The longest an editors pass spends opening editors before it lets a frame be painted and goes on later.
-    static constexpr int OPEN_BUDGET_MS = 8;
+    static constexpr int OPEN_BUDGET_MS = 5;
 
     /// User data key of a bool property definition (stored as `bool` true) whose value switches its entity's row:
     /// the row is hidden while the property is false. Entities without such a property are always listed.

@@ -3,6 +3,7 @@
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/lister/ListerDialog.h>
 #include <MarlixLibQt/lister/ListerHeader.h>
 #include <MarlixLibQt/lister/ListerModel.h>
 #include <MarlixLibQt/lister/ListerView.h>
@@ -13,6 +14,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
@@ -121,17 +123,26 @@ private Q_SLOTS:
     void editorGeometry();
     void hiddenColumnsSharedAcrossViews();
     void emptyDisplayRectOpensNothingAndRefreshRebuildsOnlyFlagged();
+    void masterRowEditsTheListedObjects();
 
 private:
     ListerView* makeView(QWidget* parent = nullptr);
+    static QList<ListerView*> allViews()
+    {
+        QList<ListerView*> views;
+        for (QWidget* widget : QApplication::allWidgets())
+            if (auto* view = qobject_cast<ListerView*>(widget))
+                views.push_back(view);
+        return views;
+    }
     /// Until every editors pass has run: a pass opens editors for a limited time and lets the next one go on.
     void settle()
     {
+        const QList<ListerView*> views = allViews();
         do
             QCoreApplication::processEvents();
-        while (std::ranges::any_of(QApplication::allWidgets(), [](QWidget* widget) {
-            const auto* view = qobject_cast<ListerView*>(widget);
-            return view && view->isEditorsPassPending();
+        while (std::any_of(views.begin(), views.end(), [](const ListerView* view) {
+            return view->isEditorsPassPending();
         }));
     }
     /// Every editor cell of every row is open exactly when its row is in view.
@@ -202,6 +213,9 @@ void TestListerView::checkEditorsExact(ListerView& view, int* openCells)
             checkRow(parent, sub);
     }
     QVERIFY2(wrong.isEmpty(), qPrintable(QStringLiteral("cells (parent.row/column): ") + wrong.mid(0, 8).join(u' ')));
+    // Idle editors show their values, not a selection as if about to be typed over (the focused one may).
+    for (const QLineEdit* field : view.viewport()->findChildren<QLineEdit*>())
+        QVERIFY(!field->isVisible() || field->hasFocus() || !field->hasSelectedText());
     if (openCells)
         *openCells = open;
 }
@@ -417,6 +431,36 @@ void TestListerView::emptyDisplayRectOpensNothingAndRefreshRebuildsOnlyFlagged()
     view.displayRectChanged(QRect(0, 0, 700, 50), true);
     QCOMPARE(view.indexWidget(model->index(1, SIZE)), reused);
     QVERIFY(view.indexWidget(model->index(1, REBUILT)) != rebuilt);
+}
+
+void TestListerView::masterRowEditsTheListedObjects()
+{
+    const auto scene = makeSharedPtr<EntityGraphTracker>();
+    for (int i = 0; i < 6; ++i) {
+        auto item = itemClass().create();
+        item->setPropertyValue("name", String(i % 2 ? "odd " : "even ") + std::to_string(i));
+        scene->addEntity(item);
+    }
+    ListerPanel panel(scene, itemClass(), host);
+    panel.resize(900, 400);
+    panel.show();
+    panel.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&panel));
+    QCOMPARE(panel.getCountLabel()->text(), QStringLiteral("6 objects"));
+    QTest::keyClicks(panel.getFilterEdit(), QStringLiteral("odd"));
+    settle();
+    QCOMPARE(panel.getCountLabel()->text(), QStringLiteral("3 objects"));
+
+    const Stack<ListerColumnDefinition> columns = ListerPanel::makeColumns(itemClass());
+    const auto size = std::find_if(columns.begin(), columns.end(), [](const auto& c) { return c.propertyPath == "size"; });
+    QVERIFY(columns.front().propertyPath == "name" && size != columns.end());
+    ListerView* master = panel.getMasterView();
+    QLineEdit* field = fieldOf(master->indexWidget(master->model()->index(0, int(size - columns.begin()))));
+    QVERIFY(field);
+    typeInto(field, QStringLiteral("7"));
+    QCOMPARE(undo->getUndoCount(), std::size_t(1));
+    for (const EntityHolder<Entity>& item : scene->getEntities())
+        QCOMPARE(item->getPropertyValue<double>("size"), item->getPropertyValue<String>("name")[0] == 'o' ? 7.0 : 1.0);
 }
 
 QTEST_MAIN(TestListerView)
