@@ -4,6 +4,7 @@
 #include <MarlixLib/undo/UndoManager.h>
 #include <MarlixLibQt/lister/ListerDialog.h>
 #include <MarlixLibQt/lister/ListerSceneBinding.h>
+#include <MarlixLibQt/lister/ListerView.h>
 #include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/UndoStackBridge.h>
 #include <MarlixTestScene/TestScene.h>
@@ -24,11 +25,11 @@ Stack<ListerColumnDefinition> instanceColumns()
 {
     using P = ListerValuePresentation;
     return {
-        { "Name", "The instance's name", P::Name, "name", 160 },
+        { "Name", "The instance's name", P::Name, "name", 140 },
         { "Visible", "Shown in renders", P::Centered, "visible", 60 },
-        { "Position", "Where the instance stands", P::Editor, "transform.position", 300 },
-        { "Mesh", "The mesh drawn", P::Editor, "mesh", 140 },
-        { "Material override", "Replaces the mesh's material", P::Editor, "materialOverride", 140 },
+        { "Position", "Where the instance stands", P::Editor, "transform.position", 330 },
+        { "Mesh", "The mesh drawn", P::Editor, "mesh", 130 },
+        { "Material override", "Replaces the mesh's material", P::Editor, "materialOverride", 130 },
         { "Pivot", "The point the instance turns about", P::Editor, "pivot", 260 },
     };
 }
@@ -57,6 +58,10 @@ public:
             scene, TestScene::instanceClass(), makeSharedPtr<DefaultPropertySheetHost>(scene, nullptr, undoManager),
             instanceColumns(), this);
         panel->getBinding()->setSubEntitiesPropertyPath("children");
+        // The editors of a page open over a few frames; the screenshot waits for the last of them.
+        setProperty(PAGE_SETTLED_PROPERTY, false);
+        connect(panel->getView(), &ListerView::editorsComplete, this,
+            [this, view = panel->getView()] { setProperty(PAGE_SETTLED_PROPERTY, view->isVisible()); });
 
         auto* layout = new QVBoxLayout(this);
         layout->addWidget(caption);

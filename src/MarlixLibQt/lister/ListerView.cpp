@@ -251,6 +251,8 @@ void ListerView::syncEditors()
     inPass = false;
     if (unfinished)
         scheduleEditorsPass();
+    else
+        Q_EMIT editorsComplete();
 }
 
 void ListerView::scheduleEditorsPass()

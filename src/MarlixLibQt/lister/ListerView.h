@@ -92,6 +92,8 @@ public Q_SLOTS:
     void updateTopLevelRowVisibility();
 
 Q_SIGNALS:
+    /// An editors pass ended with every editor of the rows in view open.
+    void editorsComplete();
     /// The entity menu is about to open on `menu`; owners add their own entries.
     void entityMenuAboutToShow(QMenu* menu, const QModelIndex& index);
 
