@@ -124,6 +124,7 @@ private Q_SLOTS:
     void hiddenColumnsSharedAcrossViews();
     void emptyDisplayRectOpensNothingAndRefreshRebuildsOnlyFlagged();
     void masterRowEditsTheListedObjects();
+    void rightClickOpensTheEntityMenu();
 
 private:
     ListerView* makeView(QWidget* parent = nullptr);
@@ -162,7 +163,10 @@ void TestListerView::init()
     undo = makeSharedPtr<UndoManager>();
     host = makeSharedPtr<DefaultPropertySheetHost>(makeSharedPtr<EntityGraphTracker>(), nullptr, undo);
     visibility = makeSharedPtr<VariableModel<Stack<bool>>>();
-    model = new ListerModel(columns(), {});
+    Stack<ListerActionMenuItem> actions;
+    actions.push_back({ "Switch on", {}, [](const EntityHolder<Entity>& item) { item->setPropertyValue("on", true); },
+        [](const Entity& item) { return !item.getPropertyValue<bool>("on"); } });
+    model = new ListerModel(columns(), std::move(actions));
     items.clear();
     for (int i = 0; i < 80; ++i) {
         items.push_back(itemClass().create());
@@ -461,6 +465,23 @@ void TestListerView::masterRowEditsTheListedObjects()
     QCOMPARE(undo->getUndoCount(), std::size_t(1));
     for (const EntityHolder<Entity>& item : scene->getEntities())
         QCOMPARE(item->getPropertyValue<double>("size"), item->getPropertyValue<String>("name")[0] == 'o' ? 7.0 : 1.0);
+}
+
+void TestListerView::rightClickOpensTheEntityMenu()
+{
+    const std::unique_ptr<ListerView> view(makeView());
+    // The text column has no editor: the press reaches the view.
+    const QPoint at = view->visualRect(model->index(2, NOTE)).center();
+    QTest::mouseClick(view->viewport(), Qt::RightButton, {}, at);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    QVERIFY(menu);
+    QStringList texts;
+    for (const QAction* action : menu->actions())
+        texts << action->text();
+    QCOMPARE(texts, QStringList({ "Item 2", "Switch on" }));
+    menu->actions().back()->trigger();
+    menu->close();
+    QVERIFY(items[2]->getPropertyValue<bool>("on"));
 }
 
 QTEST_MAIN(TestListerView)
