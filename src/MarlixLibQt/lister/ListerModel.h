@@ -58,7 +58,8 @@ namespace Widgets {
 
 /// A table of entities and their sub-entities, one column per property path. Cells hold no values: each is the
 /// property of the row's entity at the column's path, read and written through a `GenericPropertyAccessor`, so an
-/// edit in a cell is the same undoable action as in a property sheet.
+/// edit in a cell is the same undoable action as in a property sheet. A row whose cells were read (data or accessor)
+/// watches its entity from then on and reports changed cells by `dataChanged`, once per pass of the event loop.
 class MARLIXLIBQT_EXPORT ListerModel : public QAbstractItemModel
 {
     Q_OBJECT

@@ -2,7 +2,10 @@
 #include <MarlixLibQt/lister/ListerModel.h>
 #include <MarlixLibQt/lister/ListerProxy.h>
 
+#include <QCollator>
+
 #include <cmath>
+#include <unordered_map>
 
 namespace Marlix::Widgets {
 
@@ -18,49 +21,98 @@ struct SortKey
     };
     Kind kind = Kind::None;
     double number = 0.0;
-    QString text;
+    Optional<QCollatorSortKey> text;
 };
-
-SortKey sortKeyOf(const ListerModel& model, const QModelIndex& index)
-{
-    SortKey key;
-    try {
-        const Optional<GenericPropertyAccessor> accessor = model.getPropertyAccessor(index);
-        if (!accessor)
-            return key;
-        const GenericProperty property = accessor->getProperty();
-        if (property.getTypeDefinition().isNumber()) {
-            key.kind = SortKey::Kind::Number;
-            key.number = property.read<double>();
-        } else {
-            key.kind = SortKey::Kind::Text;
-            key.text = toQt(accessor->toString());
-        }
-    } catch (const std::exception&) {
-        key.kind = SortKey::Kind::None; // a value that cannot be read sorts with the cells that have none
-    }
-    return key;
-}
 } // namespace
+
+/// The sort keys of the cells of one column, made once per cell: a sort compares each cell many times, and reading a
+/// property and collating its text is the costly part. A key goes when its cell reports a change.
+struct ListerProxy::SortKeys
+{
+    QCollator collator;
+    int column = -1;
+    std::unordered_map<quintptr, SortKey> keys;
+
+    SortKeys()
+    {
+        // "Object 9" before "Object 10", as people number things.
+        collator.setNumericMode(true);
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
+    }
+
+    const SortKey& get(const ListerModel& model, const QModelIndex& index)
+    {
+        if (index.column() != column) {
+            keys.clear();
+            column = index.column();
+        }
+        auto [found, added] = keys.try_emplace(index.internalId());
+        if (added)
+            found->second = make(model, index);
+        return found->second;
+    }
+
+    SortKey make(const ListerModel& model, const QModelIndex& index) const
+    {
+        SortKey key;
+        try {
+            const Optional<GenericPropertyAccessor> accessor = model.getPropertyAccessor(index);
+            if (!accessor)
+                return key;
+            const GenericProperty property = accessor->getProperty();
+            if (property.getTypeDefinition().isNumber()) {
+                key.number = property.read<double>();
+                key.kind = SortKey::Kind::Number;
+            } else {
+                key.text = collator.sortKey(toQt(accessor->toString()));
+                key.kind = SortKey::Kind::Text;
+            }
+        } catch (const std::exception&) {
+            key.kind = SortKey::Kind::None; // a value that cannot be read sorts with the cells that have none
+        }
+        return key;
+    }
+};
 
 ListerProxy::ListerProxy(QObject* parent)
     : QSortFilterProxyModel(parent)
+    , sortKeys(std::make_unique<SortKeys>())
 {
-    // A changed name can bring back the top-level row of a sub-entity that was filtered out with its row.
-    connect(this, &QSortFilterProxyModel::sourceModelChanged, this, [this] {
-        if (!sourceModel())
-            return;
-        connect(sourceModel(), &QAbstractItemModel::dataChanged, this,
+}
+
+ListerProxy::~ListerProxy() = default;
+
+void ListerProxy::setSourceModel(QAbstractItemModel* model)
+{
+    for (const auto& connection : std::as_const(sourceConnections))
+        disconnect(connection);
+    sourceConnections.clear();
+    sortKeys->keys.clear();
+    // Connected before the base class connects its own handlers, so that a changed cell has lost its sort key, and a
+    // changed name its filter result, by the time the base class sorts and filters the row again.
+    if (model) {
+        sourceConnections << connect(model, &QAbstractItemModel::dataChanged, this,
             [this](const QModelIndex& topLeft, const QModelIndex& bottomRight) {
+                for (int row = topLeft.row(); row <= bottomRight.row(); ++row)
+                    sortKeys->keys.erase(topLeft.siblingAtRow(row).internalId());
+                // A changed sub-entity name can bring back the top-level row that was filtered out with its sub-rows.
                 const int column = nameColumn();
                 if (!nameFilter.isEmpty() && topLeft.parent().isValid() && topLeft.column() <= column
                     && column <= bottomRight.column())
                     invalidateRowsFilter();
             });
-    });
+        const auto forget = [this] { sortKeys->keys.clear(); };
+        sourceConnections << connect(model, &QAbstractItemModel::rowsRemoved, this, forget);
+        sourceConnections << connect(model, &QAbstractItemModel::modelReset, this, forget);
+    }
+    QSortFilterProxyModel::setSourceModel(model);
 }
 
-ListerProxy::~ListerProxy() = default;
+void ListerProxy::sort(int column, Qt::SortOrder order)
+{
+    sortKeys->keys.clear();
+    QSortFilterProxyModel::sort(column, order);
+}
 
 void ListerProxy::setListerModel(ListerModel* model)
 {
@@ -107,8 +159,15 @@ bool ListerProxy::lessThan(const QModelIndex& left, const QModelIndex& right) co
     const ListerModel* model = getListerModel();
     if (!model)
         return false;
-    const SortKey a = sortKeyOf(*model, left);
-    const SortKey b = sortKeyOf(*model, right);
+    // The master row leads in either order: its controls apply to the rows below it.
+    if (const EntityHolder<Entity> master = model->getMasterEntity(); master && !left.parent().isValid()) {
+        if (model->getEntity(left) == master)
+            return sortOrder() == Qt::AscendingOrder;
+        if (model->getEntity(right) == master)
+            return sortOrder() == Qt::DescendingOrder;
+    }
+    const SortKey& a = sortKeys->get(*model, left);
+    const SortKey& b = sortKeys->get(*model, right);
     if (a.kind != b.kind)
         return a.kind < b.kind;
     switch (a.kind) {
@@ -118,7 +177,7 @@ bool ListerProxy::lessThan(const QModelIndex& left, const QModelIndex& right) co
             return !std::isnan(a.number) && std::isnan(b.number);
         return a.number < b.number;
     case SortKey::Kind::Text:
-        return QString::localeAwareCompare(a.text, b.text) < 0;
+        return a.text->compare(*b.text) < 0;
     case SortKey::Kind::None:
         return false;
     }

@@ -35,15 +35,22 @@ public:
     QModelIndex mapToLister(const QModelIndex& index) const;
     QModelIndex mapFromLister(const QModelIndex& index) const;
 
+    void setSourceModel(QAbstractItemModel* model) override;
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
 protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
 
 private:
+    struct SortKeys;
+
     bool nameMatches(const QModelIndex& sourceIndex) const;
     int nameColumn() const;
 
     QString nameFilter;
+    UniquePtr<SortKeys> sortKeys;
+    QList<QMetaObject::Connection> sourceConnections;
 };
 
 } // namespace Marlix::Widgets

@@ -4,9 +4,15 @@
 #include <MarlixLibQt/lister/ListerModel.h>
 #include <MarlixLibQt/lister/ListerSceneBinding.h>
 
+#include <QLoggingCategory>
+
 #include <unordered_set>
 
 namespace Marlix::Widgets {
+
+namespace {
+Q_LOGGING_CATEGORY(listerLog, "marlix.libqt.lister")
+} // namespace
 
 ListerSceneBinding::ListerSceneBinding(
     ListerModel& model, SharedPtr<EntityGraphTracker> scene, const EntityClassInfo& entityClass, QObject* parent)
@@ -25,6 +31,11 @@ ListerSceneBinding::ListerSceneBinding(
 }
 
 ListerSceneBinding::~ListerSceneBinding() = default;
+
+ListerModel* ListerSceneBinding::getModel() const
+{
+    return model;
+}
 
 void ListerSceneBinding::setSubEntitiesFunction(SubEntitiesFunction function)
 {
@@ -49,7 +60,15 @@ void ListerSceneBinding::refreshSubEntities(const Entity& entity)
     const auto found = tracked.find(entity.getId());
     if (!model || found == tracked.end() || (!subEntitiesFunction && subEntitiesPath.empty()))
         return;
-    model->setSubEntities(readSubEntities(entity), found->second.entity);
+    Array<EntityHolder<Entity>> subEntities;
+    try {
+        subEntities = readSubEntities(entity);
+    } catch (const std::exception& error) {
+        // This runs inside the scene's notifications, which must reach every observer: the rows stay as they were.
+        qCWarning(listerLog, "The sub-entities of a lister row could not be read: %s", error.what());
+        return;
+    }
+    model->setSubEntities(subEntities, found->second.entity);
 }
 
 void ListerSceneBinding::refreshAll()

@@ -39,7 +39,7 @@ public:
     void refreshSubEntities(const Entity& entity);
     void refreshAll();
 
-    ListerModel* getModel() const { return model; }
+    ListerModel* getModel() const;
     const SharedPtr<EntityGraphTracker>& getScene() const { return scene; }
     const EntityClassInfo& getEntityClass() const { return entityClass; }
 
