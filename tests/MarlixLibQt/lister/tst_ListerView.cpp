@@ -430,11 +430,12 @@ void TestListerView::emptyDisplayRectOpensNothingAndRefreshRebuildsOnlyFlagged()
     view.displayRectChanged(QRect(0, 0, 700, 50), true);
     QVERIFY(view.isPersistentEditorOpen(model->index(0, SIZE)));
     QVERIFY(!view.isPersistentEditorOpen(model->index(40, SIZE)));
-    const QWidget* reused = view.indexWidget(model->index(1, SIZE));
-    const QWidget* rebuilt = view.indexWidget(model->index(1, REBUILT));
+    // The first row in view is refreshed by every pass, however short its time.
+    const QWidget* reused = view.indexWidget(model->index(0, SIZE));
+    const QWidget* rebuilt = view.indexWidget(model->index(0, REBUILT));
     view.displayRectChanged(QRect(0, 0, 700, 50), true);
-    QCOMPARE(view.indexWidget(model->index(1, SIZE)), reused);
-    QVERIFY(view.indexWidget(model->index(1, REBUILT)) != rebuilt);
+    QCOMPARE(view.indexWidget(model->index(0, SIZE)), reused);
+    QVERIFY(rebuilt && view.indexWidget(model->index(0, REBUILT)) != rebuilt);
 }
 
 void TestListerView::masterRowEditsTheListedObjects()
