@@ -54,9 +54,8 @@ public:
                                        .arg(sample)
                                        .arg(GENERATED));
         caption->setWordWrap(true);
-        auto* panel = new ListerPanel(
-            scene, TestScene::instanceClass(), makeSharedPtr<DefaultPropertySheetHost>(scene, nullptr, undoManager),
-            instanceColumns(), this);
+        auto* panel = new ListerPanel(scene, TestScene::instanceClass(),
+            makeSharedPtr<DefaultPropertySheetHost>(scene, nullptr, undoManager), instanceColumns(), this);
         panel->getBinding()->setSubEntitiesPropertyPath("children");
         // The editors of a page open over a few frames; the screenshot waits for the last of them.
         setProperty(PAGE_SETTLED_PROPERTY, false);

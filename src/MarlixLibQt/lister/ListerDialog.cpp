@@ -26,7 +26,8 @@ constexpr const char* UNIT = "lister/ListerDialog";
 ListerValuePresentation presentationOf(const PropertyDefinition& definition)
 {
     const TypeDefinition& type = definition.getTypeDefinition();
-    if (definition.getFlags().has(PropertyFlag::ReadOnly) || UiFlags::of(definition.getUserData()).has(UiFlag::ReadOnly))
+    if (definition.getFlags().has(PropertyFlag::ReadOnly)
+        || UiFlags::of(definition.getUserData()).has(UiFlag::ReadOnly))
         return ListerValuePresentation::ReadOnly;
     if (definition.getName() == "name" && type.isNative<String>())
         return ListerValuePresentation::Name;
@@ -61,7 +62,8 @@ Stack<ListerColumnDefinition> ListerPanel::makeColumns(const EntityClassInfo& en
             // The name goes first: it is what the rows are told apart by.
             auto at = presentation == ListerValuePresentation::Name ? columns.begin() : columns.end();
             columns.insert(at,
-                { headerOf(definition), definition.getDescription(), presentation, definition.getName(), options.width });
+                { headerOf(definition), definition.getDescription(), presentation, definition.getName(),
+                    options.width });
         }
     }
     return columns;
@@ -100,7 +102,8 @@ ListerPanel::ListerPanel(SharedPtr<EntityGraphTracker> scene, const EntityClassI
     countLabel = new QLabel(this);
     countLabel->setAccessibleName(tr("Objects listed"));
 
-    view = new ListerView(model, columnVisibility, host, {}, [this](int rows) { showCount(rows); }, this);
+    view = new ListerView(
+        model, columnVisibility, host, {}, [this](int rows) { showCount(rows); }, this);
     view->setModel(proxy);
     view->setSortingEnabled(true);
     view->sortByColumn(0, Qt::AscendingOrder);
@@ -168,8 +171,7 @@ void ListerPanel::followMainHeader()
         strip->resizeSection(section, main->sectionSize(section));
     connect(main, &QHeaderView::sectionResized, strip,
         [strip](int section, int, int size) { strip->resizeSection(section, size); });
-    connect(main, &QHeaderView::sectionMoved, strip,
-        [strip](int, int from, int to) { strip->moveSection(from, to); });
+    connect(main, &QHeaderView::sectionMoved, strip, [strip](int, int from, int to) { strip->moveSection(from, to); });
     connect(view->horizontalScrollBar(), &QScrollBar::valueChanged, masterView->horizontalScrollBar(),
         &QScrollBar::setValue);
     // One row high: the strip is a row of the table that stays in place.

@@ -40,8 +40,8 @@ public:
     ~ListerPanel() override;
 
     /// One column per property of the class's groups that the property sheet shows and the lister does not leave
-    /// to the user to add, lists excepted (a list editor does not fit a row): the name as a name column, numbers right aligned, flags centred, read-only properties as
-    /// values, the rest as editors.
+    /// to the user to add, lists excepted (a list editor does not fit a row): the name as a name column, numbers right
+    /// aligned, flags centred, read-only properties as values, the rest as editors.
     static Stack<ListerColumnDefinition> makeColumns(const EntityClassInfo& entityClass);
 
     ListerModel* getModel() const { return model; }

@@ -92,8 +92,8 @@ void ListerView::setModel(QAbstractItemModel* shown)
         closeMasterRowEditors();
         scheduleEditorsPass();
     };
-    modelConnections.push_back(connect(shown, &QAbstractItemModel::rowsRemoved, this,
-        [this, rowsChanged](const QModelIndex& parent) {
+    modelConnections.push_back(
+        connect(shown, &QAbstractItemModel::rowsRemoved, this, [this, rowsChanged](const QModelIndex& parent) {
             if (parent.isValid())
                 updateSubRowVisibility(parent);
             else
@@ -108,7 +108,8 @@ void ListerView::setModel(QAbstractItemModel* shown)
         scheduleEditorsPass();
     }));
     // Columns start at the widths their definitions ask for; proxies keep the lister's columns.
-    for (int column = 0, columns = std::min(shown->columnCount(), listerModel->columnCount()); column < columns; ++column)
+    for (int column = 0, columns = std::min(shown->columnCount(), listerModel->columnCount()); column < columns;
+         ++column)
         if (const int width = listerModel->getColumnDefinition(column).initialWidth; width > 0)
             header()->resizeSection(column, getDeviceIndependentPixels(width, this));
     updateTopLevelRowVisibility();

@@ -176,8 +176,9 @@ void ListerViewDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
             && presentation != ListerValuePresentation::Actions && !index.data(Qt::DisplayRole).isValid()) {
             if (const Optional<GenericPropertyAccessor> accessor = model->getPropertyAccessor(listerIndex)) {
                 cell.displayAlignment = Qt::Alignment(index.data(Qt::TextAlignmentRole).toInt());
-                drawDisplay(painter, cell, cell.rect.adjusted(getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0,
-                                                  -getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0),
+                drawDisplay(painter, cell,
+                    cell.rect.adjusted(getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0,
+                        -getDeviceIndependentPixels(HORIZONTAL_MARGIN / 2, view), 0),
                     toQt(accessor->toString()));
             }
         }
@@ -198,7 +199,8 @@ QSize ListerViewDelegate::sizeHint(const QStyleOptionViewItem& option, const QMo
 {
     QSize size = QItemDelegate::sizeHint(option, index);
     const QStyle* style = view->style();
-    const int rowHeight = style->pixelMetric(static_cast<QStyle::PixelMetric>(MarlixStyle::PM_PropertySheetRowHeight), &option, view);
+    const int rowHeight
+        = style->pixelMetric(static_cast<QStyle::PixelMetric>(MarlixStyle::PM_PropertySheetRowHeight), &option, view);
     if (rowHeight > 0)
         size.setHeight(rowHeight);
     return size;

@@ -43,22 +43,23 @@ public:
     static QRect editorGeometry(QSize hint, QSizePolicy policy, const QRect& cell, Qt::Alignment alignment,
         int horizontalMargin, int verticalMargin);
 
-    QWidget* createEditor(
-        QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     void destroyEditor(QWidget* editor, const QModelIndex& index) const override;
     // Editors are bound to their properties: there is nothing to copy between them and the model.
     void setEditorData(QWidget*, const QModelIndex&) const override { }
     void setModelData(QWidget*, QAbstractItemModel*, const QModelIndex&) const override { }
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    void updateEditorGeometry(
+        QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
     void drawDisplay(
         QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const override;
 
 private:
-    QWidget* createActionsWidget(const EntityHolder<Entity>& entity, const QString& accessibleName, QWidget* parent) const;
+    QWidget* createActionsWidget(
+        const EntityHolder<Entity>& entity, const QString& accessibleName, QWidget* parent) const;
 
     ListerModel* model;
     ListerView* view;

@@ -142,9 +142,8 @@ private:
         const QList<ListerView*> views = allViews();
         do
             QCoreApplication::processEvents();
-        while (std::any_of(views.begin(), views.end(), [](const ListerView* view) {
-            return view->isEditorsPassPending();
-        }));
+        while (std::any_of(
+            views.begin(), views.end(), [](const ListerView* view) { return view->isEditorsPassPending(); }));
     }
     /// Every editor cell of every row is open exactly when its row is in view.
     void checkEditorsExact(ListerView& view, int* openCells = nullptr);
@@ -186,7 +185,8 @@ void TestListerView::cleanup()
 
 ListerView* TestListerView::makeView(QWidget* parent)
 {
-    auto* view = new ListerView(model, visibility, host, {}, [this](int rows) { reportedRows = rows; }, parent);
+    auto* view = new ListerView(
+        model, visibility, host, {}, [this](int rows) { reportedRows = rows; }, parent);
     view->resize(700, 300);
     view->expandAll();
     view->show();
@@ -267,8 +267,9 @@ void TestListerView::editorsExactlyOnRowsInView()
         case Action::WheelDown:
         case Action::WheelBackUp: {
             const QPoint at = view->viewport()->rect().center();
-            QWheelEvent wheel(at, view->viewport()->mapToGlobal(at), {}, { 0, action == Action::WheelDown ? -120 : 120 },
-                Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+            QWheelEvent wheel(at, view->viewport()->mapToGlobal(at), {},
+                { 0, action == Action::WheelDown ? -120 : 120 }, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                false);
             QApplication::sendEvent(view->viewport(), &wheel);
             QVERIFY(bar->value() != before);
             break;
@@ -314,8 +315,10 @@ void TestListerView::cellEditIsOneUndoStepSharedWithTheSheet_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("typedInSheet");
-    QTest::newRow("number") << int(SIZE) << "2.5" << "4";
-    QTest::newRow("text") << int(LABEL) << "typed" << "from sheet";
+    QTest::newRow("number") << int(SIZE) << "2.5"
+                            << "4";
+    QTest::newRow("text") << int(LABEL) << "typed"
+                          << "from sheet";
 }
 
 void TestListerView::cellEditIsOneUndoStepSharedWithTheSheet()
@@ -356,8 +359,8 @@ void TestListerView::rowVisibility()
     QCOMPARE(reportedRows, 80);
     // Two sub-entities show as sub-rows; with one left, the row reads as a plain row.
     QVERIFY(!view->isRowHidden(0, model->index(0, 0)) && !view->isRowHidden(1, model->index(0, 0)));
-    model->removeSubEntities(Array<EntityHolder<Entity>> { model->getEntity(model->index(1, 0, model->index(0, 0))) },
-        items[0]);
+    model->removeSubEntities(
+        Array<EntityHolder<Entity>> { model->getEntity(model->index(1, 0, model->index(0, 0))) }, items[0]);
     settle();
     QCOMPARE(model->rowCount(model->index(0, 0)), 1);
     QVERIFY(view->isRowHidden(0, model->index(0, 0)));
@@ -389,8 +392,7 @@ void TestListerView::editorGeometry_data()
     QTest::newRow("minimum keeps hint") << P::Minimum << P::Minimum << QSize(120, 30) << int(Qt::AlignVCenter)
                                         << QRect(79, 17, 120, 30);
     QTest::newRow("top") << P::Fixed << P::Fixed << QSize(40, 16) << int(Qt::AlignTop) << QRect(119, 20, 40, 16);
-    QTest::newRow("bottom") << P::Fixed << P::Fixed << QSize(40, 16) << int(Qt::AlignBottom)
-                            << QRect(119, 28, 40, 16);
+    QTest::newRow("bottom") << P::Fixed << P::Fixed << QSize(40, 16) << int(Qt::AlignBottom) << QRect(119, 28, 40, 16);
 }
 
 void TestListerView::editorGeometry()
@@ -399,8 +401,8 @@ void TestListerView::editorGeometry()
     QFETCH(QSizePolicy::Policy, vertical);
     QFETCH(QSize, hint);
     QFETCH(int, alignment);
-    QTEST(ListerViewDelegate::editorGeometry(hint, QSizePolicy(horizontal, vertical), QRect(100, 20, 80, 24),
-              Qt::Alignment(alignment), 10, 4),
+    QTEST(ListerViewDelegate::editorGeometry(
+              hint, QSizePolicy(horizontal, vertical), QRect(100, 20, 80, 24), Qt::Alignment(alignment), 10, 4),
         "expected");
 }
 
@@ -457,7 +459,8 @@ void TestListerView::masterRowEditsTheListedObjects()
     QCOMPARE(panel.getCountLabel()->text(), QStringLiteral("3 objects"));
 
     const Stack<ListerColumnDefinition> columns = ListerPanel::makeColumns(itemClass());
-    const auto size = std::find_if(columns.begin(), columns.end(), [](const auto& c) { return c.propertyPath == "size"; });
+    const auto size
+        = std::find_if(columns.begin(), columns.end(), [](const auto& c) { return c.propertyPath == "size"; });
     QVERIFY(columns.front().propertyPath == "name" && size != columns.end());
     ListerView* master = panel.getMasterView();
     QLineEdit* field = fieldOf(master->indexWidget(master->model()->index(0, int(size - columns.begin()))));
