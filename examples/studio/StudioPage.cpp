@@ -14,6 +14,7 @@ std::vector<Page> allPages()
         { QStringLiteral("Graph"), QStringLiteral("graph"), createGraphPage,
             { { QStringLiteral("graph-overview"), showGraphOverview } } },
         { QStringLiteral("Curves"), QStringLiteral("curves"), createCurvesPage },
+        { QStringLiteral("Lister"), QStringLiteral("lister"), createListerPage },
     };
 }
 

@@ -43,5 +43,6 @@ QWidget* createGraphPage(QWidget* parent);
 /// Frames the graph page's view at a zoom where nodes are drawn at their lowest detail.
 void showGraphOverview(QWidget* page);
 QWidget* createCurvesPage(QWidget* parent);
+QWidget* createListerPage(QWidget* parent);
 
 } // namespace Studio

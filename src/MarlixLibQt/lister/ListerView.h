@@ -1,0 +1,138 @@
+#pragma once
+
+#include <MarlixLib/base/Aliases.h>
+#include <MarlixLib/base/Callbacks.h>
+#include <MarlixLib/base/Function.h>
+#include <MarlixLib/data/Entity.h>
+#include <MarlixLibQt/MarlixLibQtExport.h>
+#include <MarlixLibQt/widgets/Model.h>
+
+#include <QPersistentModelIndex>
+#include <QTreeView>
+
+class QMenu;
+
+namespace Marlix::Widgets {
+
+class IPropertySheetHost;
+class ListerHeader;
+class ListerModel;
+class ListerViewDelegate;
+
+/// A table of entities whose cells are real property editors, open only on the rows the user can see.
+///
+/// The view keeps persistent editors exactly on the editor cells of the visible rows inside its display rectangle:
+/// it follows its own viewport (scrolling, resizing, expanding, hiding rows or columns) and closes the editors of
+/// rows that left it, so a lister of ten thousand rows holds a page of editors. The view may show the
+/// `ListerModel` directly or through proxies over it (sorting, filtering): indexes are mapped to the model's.
+///
+/// Rows: a top-level row is hidden while one of its entity's bool properties flagged with ROW_SWITCH_ATTRIBUTE is
+/// false; a top-level row with exactly one sub-entity shows no sub-row (it reads as a plain row).
+class MARLIXLIBQT_EXPORT ListerView : public QTreeView
+{
+    Q_OBJECT
+
+public:
+    /// Open (or refresh) the editors of the rows in view, or close them.
+    enum class EditorState : int
+    {
+        Open = 0,
+        Close = 1,
+    };
+
+    /// The longest an editors pass spends opening editors before it lets a frame be painted and goes on later.
+    static constexpr int OPEN_BUDGET_MS = 5;
+
+    /// User data key of a bool property definition (stored as `bool` true) whose value switches its entity's row:
+    /// the row is hidden while the property is false. Entities without such a property are always listed.
+    static constexpr StringView ROW_SWITCH_ATTRIBUTE = "Zorva.Ui.ListerRowSwitch";
+
+    /// `selectionChanged` is told whether any row is selected, `visibleRowsChanged` the number of visible top-level
+    /// rows; either may be empty. A null model or host is a programming error.
+    ListerView(ListerModel* model, SharedPtr<Model<Stack<bool>>> columnVisibility, SharedPtr<IPropertySheetHost> host,
+        Function<void(bool)> selectionChanged, Function<void(int)> visibleRowsChanged, QWidget* parent = nullptr);
+    ~ListerView() override;
+
+    /// Shows `model`, which must be the lister's model or a chain of proxies over it.
+    void setModel(QAbstractItemModel* model) override;
+
+    ListerModel* getListerModel() const { return listerModel; }
+    ListerHeader* getHeader() const { return listerHeader; }
+    ListerViewDelegate* getDelegate() const { return delegate; }
+    const SharedPtr<Model<Stack<bool>>>& getColumnVisibility() const { return columnVisibility; }
+    const SharedPtr<IPropertySheetHost>& getPropertySheetHost() const { return host; }
+
+    /// The part of the viewport the user sees. With `update`, editors open on the rows in it and close elsewhere.
+    void displayRectChanged(QRect rect, bool update);
+    QRect getDisplayRect() const { return displayRect; }
+    /// Whether an editors pass waits for the event loop: the editors of the rows in view are then not all open yet.
+    bool isEditorsPassPending() const { return passScheduled; }
+
+    void updateAllEditorsState(EditorState state);
+    /// Rebuilds every open editor, for when what the editors address changed (the rows a master row edits).
+    void refreshEditors();
+    /// Opens (refreshing those that ask for it) or closes the editors of rows `first` to `last` under `parent`, an
+    /// index of the shown model; with Open, rows that are hidden or outside the display rectangle are skipped.
+    void updateEditorsState(const QModelIndex& parent, int first, int last, EditorState state);
+
+    /// An index of the shown model mapped through the proxies to the lister's model.
+    QModelIndex toListerIndex(const QModelIndex& index) const;
+    /// Whether `index` (of the shown model) has its editor rebuilt whenever editors are refreshed.
+    bool alwaysResetEditor(const QModelIndex& index) const;
+
+    void updateIthTopLevelRowVisiblity(int row);
+    void updateSubRowVisibility(const QModelIndex& parent);
+    int countVisibleTopLevelRows() const;
+    /// Whether the entity passes the row-visibility test (see ROW_SWITCH_ATTRIBUTE).
+    static bool isEntityListed(const Entity& entity);
+
+    QSize minimumSizeHint() const override;
+
+public Q_SLOTS:
+    void updateTopLevelRowVisibility();
+
+Q_SIGNALS:
+    /// An editors pass ended with every editor of the rows in view open.
+    void editorsComplete();
+    /// The entity menu is about to open on `menu`; owners add their own entries.
+    void entityMenuAboutToShow(QMenu* menu, const QModelIndex& index);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+    void rowsInserted(const QModelIndex& parent, int start, int end) override;
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void updateGeometries() override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+private:
+    /// Runs the editors pass once control returns to the event loop; calls before that are merged.
+    void scheduleEditorsPass();
+    /// Takes the display rectangle from what the viewport shows and brings the editors in line with it.
+    void followViewport();
+    /// Opens the editors of the rows in view and closes those of every other row that has some.
+    void syncEditors();
+    void closeMasterRowEditors();
+    void reportVisibleRows();
+    void openEntityMenu(const QModelIndex& index, const QPoint& globalPosition);
+
+    ListerModel* listerModel = nullptr;
+    SharedPtr<Model<Stack<bool>>> columnVisibility;
+    SharedPtr<IPropertySheetHost> host;
+    Function<void(bool)> onSelectionChanged;
+    Function<void(int)> onVisibleRowsChanged;
+    QRect displayRect;
+
+    ListerHeader* listerHeader = nullptr;
+    ListerViewDelegate* delegate = nullptr;
+    /// Rows (column 0 of the shown model) that may hold open editors: what the closing pass walks.
+    Array<QPersistentModelIndex> rowsWithEditors;
+    Array<QMetaObject::Connection> modelConnections;
+    bool passScheduled = false;
+    bool inPass = false;
+    int lastReportedRows = -1;
+};
+
+} // namespace Marlix::Widgets
