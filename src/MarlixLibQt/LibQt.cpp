@@ -3,6 +3,7 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/frame/WheelScrollPhaseSynthesizer.h>
 #include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
@@ -229,6 +230,8 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
             s.wheelPhases = std::make_unique<WheelScrollPhaseSynthesizer>();
             QCoreApplication::instance()->installEventFilter(s.wheelPhases.get());
         }
+        if (qobject_cast<QApplication*>(QCoreApplication::instance()))
+            Widgets::Dock::connectOnFocusChangedSignal();
         qRegisterMetaType<String>("String");
         Widgets::PropertyControllerHandler::registerMetaType();
     } catch (...) {

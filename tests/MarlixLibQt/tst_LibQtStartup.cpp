@@ -1,5 +1,6 @@
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/docking/Dock.h>
 
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/data/TypeDatabase.h>
@@ -7,6 +8,7 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPointer>
 #include <QStyle>
 #include <QTest>
@@ -103,6 +105,15 @@ void tst_LibQtStartup::firstStartCreatesTheApplication()
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Control, Qt::NoModifier);
     QApplication::sendEvent(&target, &press);
     QCOMPARE(seen, QList<Qt::KeyboardModifiers> { Qt::ControlModifier });
+
+    // The dock that holds the focus is tracked.
+    Widgets::Dock dock(QStringLiteral("Focus"));
+    auto* edit = new QLineEdit;
+    dock.setWidget(edit);
+    dock.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dock));
+    edit->setFocus();
+    QCOMPARE(Widgets::Dock::getDockWithFocus(), &dock);
 }
 
 void tst_LibQtStartup::lastShutdownDeletesTheApplication()
