@@ -135,12 +135,14 @@ QString windowGeometryProblem(const QByteArray& bytes)
     if (bytes.size() < expected)
         return Dock::tr("the window geometry is cut short (%1 of %2 bytes)").arg(bytes.size()).arg(expected);
     if (!isWindowGeometry(bytes))
-        return Dock::tr("the window geometry is damaged (%1 bytes, rectangles beyond any screen)").arg(bytes.size());
+        return Dock::tr("the window geometry is damaged (%1 bytes)").arg(bytes.size());
     return {};
 }
 
 QString splitterSizesProblem(const QByteArray& bytes)
 {
+    if (hasGeometryMark(bytes))
+        return Dock::tr("the record holds window geometry where splitter sizes belong");
     if (bytes.size() % 4 != 0)
         return Dock::tr("the splitter sizes are cut short (%1 bytes)").arg(bytes.size());
     const qsizetype count = bytes.size() / 4;
