@@ -118,11 +118,16 @@ QString nameProblem(StringView name)
     return {};
 }
 
-// The top-level records (a window alone) and the main window's own level hold window geometry; the others hold the
-// sizes of the splitter their path reaches.
+// A window's record is its name alone and holds its geometry; deeper records hold splitter sizes or a current tab.
 bool isWindowLevel(const Array<StringView>& tokens)
 {
-    return tokens.size() == 1 || tokens.back().ends_with("MainWindow");
+    return tokens.size() == 1;
+}
+
+// The record of a window's or a container's own level ends with the window's name, which ends with this.
+bool isLevelRecord(const Array<StringView>& tokens)
+{
+    return tokens.back().ends_with("MainWindow");
 }
 
 QString windowGeometryProblem(const QByteArray& bytes)
@@ -188,8 +193,13 @@ Stack<QString> recordProblems(const Dock::Data& record)
             add(Dock::tr("%1 is not a level (H, V or T followed by an index)").arg(quotedText(token)));
         else
             add(indexProblem(token));
+        // The layout never holds a splitter right inside one of the same orientation, nor tabs inside tabs.
+        if (i > 1 && token.front() == tokens[i - 1].front())
+            add(Dock::tr("the level %1 nests a container in one of its own kind").arg(quotedText(token)));
     }
-    if (tokens.size() > 1)
+    if (tokens.size() > 1 && isLevelToken(tokens.back()))
+        add(Dock::tr("the path ends with the level %1 instead of a name").arg(quotedText(tokens.back())));
+    else if (tokens.size() > 1)
         add(nameProblem(tokens.back()));
     if (!record.geometry.isEmpty())
         add(isWindowLevel(tokens) ? windowGeometryProblem(record.geometry) : splitterSizesProblem(record.geometry));
@@ -252,9 +262,7 @@ Array<Stack<String>> checkEachWorkspaceRecord(ArrayView<const Dock::Data> record
             continue;
         }
         const StringView name = tokens.back();
-        if (isWindowLevel(tokens) && name.ends_with("MainWindow"))
-            continue;
-        if (tokens.size() > 1 && isLevelToken(name))
+        if (isLevelRecord(tokens))
             continue;
         if (const auto [first, added] = docks.emplace(String(name), i); !added)
             messages[i].push_back(recordMessage(i, records[i],

@@ -341,10 +341,15 @@ void tst_DockWorkspaceFile::checkRecord_data()
     QTest::newRow("signed") << QByteArray("MainWindow/T+1/Scene") << QByteArray() << "not a decimal";
     QTest::newRow("overflow") << QByteArray("MainWindow/V99999999999/Scene") << QByteArray() << "beyond 1000";
     QTest::newRow("above bound") << QByteArray("MainWindow/V1001/Scene") << QByteArray() << "beyond 1000";
+    QTest::newRow("level record") << QByteArray("MainWindow/H0/V1/MainWindow") << sizes({ 300, 200 }) << "";
+    QTest::newRow("tab level record") << QByteArray("MainWindow/H0/T1/MainWindow") << sizes({ 2 }) << "";
+    QTest::newRow("ends with a level") << QByteArray("MainWindow/H0/V1") << QByteArray() << "instead of a name";
+    QTest::newRow("splitter in its kind") << QByteArray("MainWindow/H0/H1/Scene") << QByteArray() << "its own kind";
+    QTest::newRow("tabs in tabs") << QByteArray("MainWindow/T0/T0/Scene") << QByteArray() << "its own kind";
     QTest::newRow("starts with a level") << QByteArray("H0/Scene") << QByteArray() << "instead of the name";
     QTest::newRow("control character") << QByteArray("MainWindow/H0/Sc\tene") << QByteArray() << "control";
     QTest::newRow("long name") << "MainWindow/H0/" + QByteArray(300, 'a') << QByteArray() << "longer than 256";
-    QTest::newRow("too deep") << "MainWindow" + QByteArray("/H0").repeated(70) + "/Scene" << QByteArray() << "levels";
+    QTest::newRow("too deep") << "MainWindow" + QByteArray("/H0/V0").repeated(35) + "/Scene" << QByteArray() << "levels";
     QTest::newRow("not UTF-8") << QByteArray("MainWindow/H0/\xff") << QByteArray() << "UTF-8";
     QTest::newRow("window garbage") << QByteArray("MainWindow") << QByteArray("garbage") << "not window geometry";
     QTest::newRow("window cut short") << QByteArray("MainWindow") << window.left(40) << "cut short";
@@ -380,7 +385,8 @@ void tst_DockWorkspaceFile::checkSet_data()
                                               << QList<int> { 1 };
     QTest::newRow("dock twice") << QStringList { "MainWindow/H0/Scene", "MainWindow/V0/T1/Scene" } << QList<int> { 1 };
     QTest::newRow("floating and docked") << QStringList { "Scene", "MainWindow/H0/Scene" } << QList<int> { 1 };
-    QTest::newRow("levels of two windows") << QStringList { "MainWindow/H0", "Float/H0" } << QList<int> {};
+    QTest::newRow("levels of two windows") << QStringList { "MainWindow/H0/MainWindow", "Group.MainWindow/H0/Group.MainWindow",
+        "MainWindow", "Group.MainWindow" } << QList<int> {};
 }
 
 void tst_DockWorkspaceFile::checkSet()
