@@ -130,9 +130,25 @@ private:
     bool dock(const QList<QString>& path);
     void finishDocking();
 
+    /// Shows or hides the dock where it sits (its tab in a tab widget) and keeps its containers and action in step.
+    void applyVisibility(bool visible);
+    void updateDrag(const QPoint& globalPosition);
+    void endDrag(bool cancelled);
+
     DockHeader* dockHeader = nullptr;
     QPointer<QWidget> content;
     QAction* toggleAction = nullptr;
+
+    // A drag starts on a press on the header and becomes one once the pointer passed the start-drag distance.
+    bool pressed = false;
+    bool dragging = false;
+    QPoint pressPosition;
+    QPoint lastPosition;
+    // Where the pointer holds the dock, from its top-left corner, and where a floating dock was when the drag began.
+    QPoint grabOffset;
+    QPoint windowStart;
+    QPointer<QWidget> dropTarget;
+    Area dropArea = Area::None;
 };
 
 /// The title row of a `Dock`: its title and the undock button. Dragging it moves the dock.

@@ -1,0 +1,302 @@
+#include <MarlixLibQt/widgets/docking/DockPrivate.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QDataStream>
+#include <QIODevice>
+#include <QLoggingCategory>
+#include <QMainWindow>
+#include <QSplitter>
+#include <QTabWidget>
+
+#include <algorithm>
+
+namespace Marlix::Widgets {
+
+using namespace DockDetail;
+
+namespace {
+
+Q_LOGGING_CATEGORY(workspaceLog, "marlix.libqt.workspace")
+
+constexpr int MAX_LEVEL_INDEX = 1000;
+
+String toString(const QString& text)
+{
+    return text.toStdString();
+}
+
+QStringList splitPath(const String& path)
+{
+    return QString::fromStdString(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+}
+
+bool isLevelRecord(const QStringList& tokens)
+{
+    return !tokens.isEmpty() && tokens.back().endsWith(MAIN_WINDOW_TOKEN);
+}
+
+QByteArray writeInts(const QList<int>& values)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    for (int value : values)
+        stream << qint32(value);
+    return bytes;
+}
+
+/// The integers of splitter sizes or a tab index; false for bytes that are not whole 32-bit integers.
+bool readInts(const QByteArray& bytes, QList<int>* values)
+{
+    if (bytes.size() % 4 != 0)
+        return false;
+    QDataStream stream(bytes);
+    while (!stream.atEnd()) {
+        qint32 value = 0;
+        stream >> value;
+        if (stream.status() != QDataStream::Ok)
+            return false;
+        values->append(value);
+    }
+    return true;
+}
+
+/// The records of one top-level: its docks in the order of the tree, so that reading them in that order rebuilds
+/// the containers at the same indices; then the record of every container's own level and of the window.
+void saveTree(QWidget& frame, Stack<Dock::Data>& docks, Stack<Dock::Data>& levels)
+{
+    const QString suffix = QLatin1Char('/') + frameToken(frame);
+    auto visit = [&](auto& self, QWidget* widget) -> void {
+        if (!widget || isPlaceholder(widget))
+            return;
+        if (auto* dock = qobject_cast<Dock*>(widget)) {
+            docks.push_back({ toString(pathOf(*dock).join(QLatin1Char('/'))), !isShown(*dock), {} });
+            return;
+        }
+        if (!isSplitterOrTabs(widget))
+            return;
+        for (int i = 0, count = childCount(widget); i < count; ++i)
+            self(self, DockDetail::childAt(widget, i));
+        QByteArray bytes;
+        if (auto* splitter = qobject_cast<QSplitter*>(widget))
+            bytes = writeInts(splitter->sizes());
+        else
+            bytes = writeInts({ static_cast<QTabWidget*>(widget)->currentIndex() });
+        levels.push_back({ toString(pathOf(*widget).join(QLatin1Char('/')) + suffix), false, bytes });
+    };
+    visit(visit, DockDetail::childAt(&frame, 0));
+    levels.push_back({ toString(frameToken(frame)), frame.isHidden(), frame.saveGeometry() });
+}
+
+/// What makes a record impossible to apply, before anything is touched.
+QString recordProblem(const Dock::Data& record, const QStringList& tokens)
+{
+    if (tokens.isEmpty())
+        return Dock::tr("the path is empty");
+    for (qsizetype i = 1; i + 1 < tokens.size(); ++i) {
+        QChar kind;
+        int index = 0;
+        if (!parseLevelToken(tokens[i], &kind, &index))
+            return Dock::tr("\"%1\" is not a level token").arg(tokens[i]);
+        if (index > MAX_LEVEL_INDEX)
+            return Dock::tr("the index of \"%1\" is out of range").arg(tokens[i]);
+        if (i > 1 && tokens[i - 1].front() == kind)
+            return Dock::tr("\"%1\" nests a container in one of its own kind").arg(tokens[i]);
+    }
+    QChar kind;
+    int index = 0;
+    if (tokens.size() > 1 && parseLevelToken(tokens.back(), &kind, &index))
+        return Dock::tr("the path ends with a level token instead of a name");
+    if (!record.geometry.isEmpty() && (tokens.size() > 1 || !isLevelRecord(tokens))) {
+        QList<int> values;
+        // A floating dock's record carries window geometry; a container's level, sizes or a tab index.
+        if (tokens.size() > 1
+            && (!readInts(record.geometry, &values)
+                || std::any_of(values.begin(), values.end(), [](int v) { return v < 0; })))
+            return Dock::tr("the sizes are not whole non-negative 32-bit numbers");
+    }
+    return {};
+}
+
+void refuse(const Dock::Data& record, const QString& reason, Stack<String>* problems)
+{
+    const QString message
+        = Dock::tr("Workspace record \"%1\" refused: %2.").arg(QString::fromStdString(record.path), reason);
+    qCWarning(workspaceLog).noquote() << message;
+    if (problems)
+        problems->push_back(toString(message));
+}
+
+/// Applies the saved bytes of a level: window geometry, splitter sizes or the current tab.
+QString applyGeometry(QWidget& widget, const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return {};
+    if (widget.isWindow())
+        return widget.restoreGeometry(bytes) ? QString() : Dock::tr("the window geometry cannot be read");
+    QList<int> values;
+    if (!readInts(bytes, &values))
+        return Dock::tr("the sizes cannot be read");
+    if (auto* splitter = qobject_cast<QSplitter*>(&widget)) {
+        if (values.size() != splitter->count())
+            return Dock::tr("%1 sizes for a splitter of %2").arg(values.size()).arg(splitter->count());
+        splitter->setSizes(values);
+    } else if (auto* tabs = qobject_cast<QTabWidget*>(&widget)) {
+        if (values.size() != 1 || values.front() < 0 || values.front() >= tabs->count())
+            return Dock::tr("the current tab is out of range");
+        if (tabs->isTabVisible(values.front()))
+            tabs->setCurrentIndex(values.front());
+    }
+    return {};
+}
+
+/// Every dock where the user can get at it: in a window's tree, floating, or hidden with its action unchecked.
+void rescue(Dock& dock)
+{
+    QWidget* top = &dock;
+    while (QWidget* container = containerOf(top))
+        top = container;
+    if (top != &dock && top->isWindow() && !isFrame(top)) {
+        // A container that lost its window: its docks float one by one and the husk goes.
+        for (Dock* inner : top->findChildren<Dock*>()) {
+            takeOut(*inner);
+            Dock::reparent(inner, nullptr);
+        }
+        top->deleteLater();
+    }
+    const bool shown = isShown(dock);
+    const QSignalBlocker blocker(dock.toggleViewAction());
+    dock.toggleViewAction()->setChecked(shown);
+}
+
+} // namespace
+
+Stack<Dock::Data> Dock::saveWorkspace()
+{
+    Stack<Data> docks;
+    Stack<Data> levels;
+    QList<QWidget*> frames;
+    if (QMainWindow* mainWindow = findMainWindow())
+        frames.append(mainWindow);
+    QList<Dock*> floating;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (qobject_cast<DockWindow*>(widget))
+            frames.append(widget);
+        else if (auto* dock = qobject_cast<Dock*>(widget))
+            floating.append(dock);
+    }
+    auto byName = [](const QWidget* a, const QWidget* b) { return a->objectName() < b->objectName(); };
+    std::sort(frames.begin() + (frames.isEmpty() || !qobject_cast<QMainWindow*>(frames.front()) ? 0 : 1), frames.end(),
+        byName);
+    std::sort(floating.begin(), floating.end(), byName);
+    for (QWidget* frame : frames)
+        saveTree(*frame, docks, levels);
+    for (Dock* dock : floating)
+        docks.push_back({ toString(dock->objectName()), !isShown(*dock), dock->saveGeometry() });
+    // Docks the host placed somewhere of its own are written with the path that leads to them.
+    for (Dock* dock : allDocks()) {
+        const QWidget* top = dock;
+        while (containerOf(top))
+            top = containerOf(top);
+        if (!top->isWindow() && !isFrame(top))
+            docks.push_back({ toString(pathOf(*dock).join(QLatin1Char('/'))), !isShown(*dock), {} });
+    }
+    docks.insert(docks.end(), levels.begin(), levels.end());
+    return docks;
+}
+
+FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<String>* problems)
+{
+    FlatSet<String> missing;
+    struct Entry
+    {
+        const Data* record;
+        QStringList tokens;
+        Dock* dock = nullptr;
+        bool refused = false;
+    };
+    Array<Entry> entries;
+    entries.reserve(records.size());
+    FlatSet<Dock*> placed;
+    FlatSet<String> seen;
+    for (const Data& record : records) {
+        Entry entry { &record, splitPath(record.path) };
+        QString reason = recordProblem(record, entry.tokens);
+        if (reason.isEmpty() && !seen.insert(record.path).second)
+            reason = tr("the path is given twice");
+        if (reason.isEmpty() && !isLevelRecord(entry.tokens)) {
+            entry.dock = findDock(entry.tokens.back());
+            if (entry.dock && !placed.insert(entry.dock).second)
+                reason = tr("the dock \"%1\" is placed by an earlier record").arg(entry.tokens.back());
+            else if (!entry.dock)
+                missing.insert(record.path);
+        }
+        if (!reason.isEmpty()) {
+            refuse(record, reason, problems);
+            entry.refused = true;
+            entry.dock = nullptr;
+        }
+        entries.push_back(std::move(entry));
+    }
+
+    // Every dock the workspace places leaves its place first, so that the containers are rebuilt from the records
+    // alone; a missing dock holds its place with a placeholder so that the indices of its neighbours still match.
+    for (const Entry& entry : entries) {
+        if (entry.dock) {
+            detach(*entry.dock);
+            entry.dock->hide();
+            if (!entry.dock->isWindow())
+                reparent(entry.dock, nullptr);
+        }
+    }
+    QList<QPointer<QWidget>> placeholders;
+    for (Entry& entry : entries) {
+        if (entry.refused || isLevelRecord(entry.tokens))
+            continue;
+        if (entry.dock) {
+            if (!entry.dock->dock(entry.tokens)) {
+                refuse(*entry.record, tr("its path does not lead to a place for a dock"), problems);
+                entry.refused = true;
+            }
+            continue;
+        }
+        QWidget* top = findTopLevelWidget(entry.tokens.front());
+        if (entry.tokens.size() > 1 && isFrame(top)) {
+            QWidget* container
+                = traverse(top, entry.tokens.mid(1, entry.tokens.size() - 2), TraverseFlag::Create).first;
+            if (isSplitterOrTabs(container)) {
+                QWidget* placeholder = makePlaceholder();
+                placeholder->hide();
+                insertToParent(container, childCount(container), placeholder);
+                placeholders.append(placeholder);
+            }
+        }
+    }
+
+    for (const Entry& entry : entries) {
+        if (entry.refused)
+            continue;
+        const bool level = isLevelRecord(entry.tokens);
+        QWidget* target
+            = level ? findWidget(entry.tokens.mid(0, std::max<qsizetype>(entry.tokens.size() - 1, 1))) : entry.dock;
+        if (!target)
+            continue;
+        if (level && entry.tokens.size() == 1 && qobject_cast<DockWindow*>(target))
+            target->setVisible(!entry.record->hidden);
+        if (const QString reason = applyGeometry(*target, entry.record->geometry); !reason.isEmpty())
+            refuse(*entry.record, reason, problems);
+        if (entry.dock)
+            entry.dock->applyVisibility(!entry.record->hidden);
+    }
+
+    for (const QPointer<QWidget>& placeholder : placeholders) {
+        if (placeholder)
+            detach(*placeholder);
+        delete placeholder.data();
+    }
+    for (Dock* dock : allDocks())
+        rescue(*dock);
+    return missing;
+}
+
+} // namespace Marlix::Widgets
