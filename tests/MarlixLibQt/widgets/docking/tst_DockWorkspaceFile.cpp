@@ -26,13 +26,14 @@ using Marlix::Widgets::Dock;
 
 namespace {
 
-// Window geometry as Qt 6 writes it (version 3.0): the frame, normal and client rectangles, screen and state.
+// Window geometry as Qt 6 writes it (version 3.0): the frame, normal and client rectangles, screen and state. Qt
+// declines geometry saved on a screen of another width, so it is the width of the offscreen platform's screen.
 QByteArray windowGeometry(QRect frame, quint16 major = 3)
 {
     QByteArray bytes;
     QDataStream out(&bytes, QIODevice::WriteOnly);
     out << quint32(0x01D9D0CB) << major << quint16(0) << frame << frame << qint32(0) << quint8(0) << quint8(0)
-        << qint32(1920) << frame.adjusted(1, 20, -1, -1);
+        << qint32(800) << frame.adjusted(1, 20, -1, -1);
     return bytes;
 }
 
@@ -50,13 +51,15 @@ Dock::Data record(const char* path, QByteArray geometry = {}, bool hidden = fals
     return { path, hidden, std::move(geometry) };
 }
 
-// Two docks beside a tab group in the main window, one floating, one hidden in the tabs.
+// Two docks beside a tab group in the main window, one floating, one hidden in the tabs; then the levels of the
+// containers (a path that ends with the window's name): splitter sizes and the current tab.
 Stack<Dock::Data> goodWorkspace()
 {
-    return { record("MainWindow", windowGeometry({ 40, 30, 1000, 700 })),
-        record("MainWindow/H0/V0/Scene", sizes({ 300, 200 })), record("MainWindow/H0/V0/T1/Lister"),
-        record("MainWindow/H0/V0/T1/Properties"), record("MainWindow/H0/V0/T1/Log", {}, true),
-        record("MainWindow/H0/Curves", sizes({ 600, 400 })), record("History", windowGeometry({ 200, 200, 300, 400 })) };
+    return { record("MainWindow", windowGeometry({ 20, 20, 700, 500 })), record("MainWindow/H0/V0/Scene"),
+        record("MainWindow/H0/V0/T1/Lister"), record("MainWindow/H0/V0/T1/Properties"),
+        record("MainWindow/H0/V0/T1/Log", {}, true), record("MainWindow/H0/Curves"),
+        record("History", windowGeometry({ 100, 100, 300, 250 })), record("MainWindow/H0/MainWindow", sizes({ 500, 200 })),
+        record("MainWindow/H0/V0/MainWindow", sizes({ 300, 150 })), record("MainWindow/H0/V0/T1/MainWindow", sizes({ 1 })) };
 }
 
 const QStringList DOCK_NAMES { "Scene", "Lister", "Properties", "Log", "Curves", "History" };
@@ -101,8 +104,8 @@ Array<CorpusFile> corpus()
 {
     const QByteArray good = workspace(goodWorkspace());
     QByteArray hugeClaim = good;
-    // The records' array header follows its key "@"; claim four billion records in front of the seven.
-    hugeClaim.replace(hugeClaim.indexOf("\xa1\x61\x40\x87"), 4, QByteArray("\xa1\x61\x40\x9a\xff\xff\xff\xff", 8));
+    // The records' array header follows its key "@"; claim four billion records in front of the ten.
+    hugeClaim.replace(hugeClaim.indexOf("\xa1\x61\x40\x8a"), 4, QByteArray("\xa1\x61\x40\x9a\xff\xff\xff\xff", 8));
     const auto typedRecord = [](auto writePath) {
         return stream(1, "MarlixWorkspace", [&](CborSerializer& out) {
             out.beginArray("docks", 1);
@@ -132,7 +135,7 @@ Array<CorpusFile> corpus()
                 out.writeString("path", "MainWindow/H0/Scene");
                 out.writeBool("hidden", false);
             }) },
-        { "huge_size_claim.workspace", "an array claiming 4294967295 records", -1, hugeClaim },
+        { "huge_size_claim.workspace", "an array that claims 4294967295 records", -1, hugeClaim },
         { "unknown_tokens.workspace", "levels that are not H, V or T with an index", 2,
             workspace(with(goodWorkspace(), [](auto& r) {
                 r[2].path = "MainWindow/H0/X0/T1/Lister";
@@ -149,9 +152,9 @@ Array<CorpusFile> corpus()
             workspace(with(goodWorkspace(), [](auto& r) {
                 r[0].geometry = "garbage!";
                 r[6].geometry.truncate(30);
-                r[1].geometry = QByteArray("\x00\x00\x01\x2c\x00", 5);
-                r[5].geometry = sizes({ -5, 300 });
-                r[2].geometry = sizes({ 2000000000 });
+                r[7].geometry = QByteArray("\x00\x00\x01\x2c\x00", 5);
+                r[8].geometry = sizes({ -5, 300 });
+                r[9].geometry = sizes({ 2000000000 });
             })) },
         { "duplicate_records.workspace", "the record of Scene twice", 1,
             workspace(with(goodWorkspace(), [](auto& r) { r.push_back(r[1]); })) },
@@ -459,8 +462,11 @@ void tst_DockWorkspaceFile::corpus()
 
 int main(int argc, char** argv)
 {
+    const bool writing = argc == 3 && QByteArrayView(argv[1]) == "--write-corpus";
+    if (writing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
-    if (argc == 3 && QByteArrayView(argv[1]) == "--write-corpus") {
+    if (writing) {
         LibQt::startup("tst_DockWorkspaceFile");
         const int result = writeCorpus(QString::fromLocal8Bit(argv[2]));
         LibQt::shutdown();
