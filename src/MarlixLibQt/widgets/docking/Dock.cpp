@@ -286,6 +286,9 @@ bool Dock::event(QEvent* event)
 void Dock::changeEvent(QEvent* event)
 {
     QFrame::changeEvent(event);
+    // The constructor titles the dock before its header and action exist.
+    if (!toggleAction)
+        return;
     if (event->type() == QEvent::WindowTitleChange) {
         toggleAction->setText(windowTitle());
         setAccessibleName(windowTitle());
@@ -312,12 +315,10 @@ void Dock::moveEvent(QMoveEvent* event)
 
 bool Dock::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == qApp) {
-        if (dragging && event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-            endDrag(true);
-            return true;
-        }
-        return false;
+    // While a drag runs this filter sits on the application, so Esc cancels it whichever widget has the focus.
+    if (dragging && event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        endDrag(true);
+        return true;
     }
     if (watched != dockHeader)
         return false;
