@@ -98,6 +98,8 @@ QMainWindow* Dock::findMainWindow()
 
 QWidget* Dock::findTopLevelWidget(const QString& name)
 {
+    if (name.isEmpty())
+        return nullptr;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (widget->isWindow() && widget->objectName() == name && widget != currentOverlay())
             return widget;
@@ -224,8 +226,12 @@ void Dock::reparent(QWidget* widget, QWidget* parent)
         widget->setParent(parent);
         return;
     }
+    // Floating windows belong to the main window, so they stay above it and go with it.
     QMainWindow* mainWindow = findMainWindow();
-    widget->setParent(mainWindow == widget ? nullptr : mainWindow, floatingFlags());
+    QWidget* owner = mainWindow == widget ? nullptr : mainWindow;
+    if (widget->isWindow() && widget->parentWidget() == owner)
+        return;
+    widget->setParent(owner, floatingFlags());
 }
 
 QSplitter* Dock::split(QWidget& widget, Qt::Orientation orientation)
@@ -382,8 +388,7 @@ bool Dock::dock(const QList<QString>& path)
         return false;
     if (path.size() == 1) {
         detach(*this);
-        if (!isWindow())
-            reparent(this, nullptr);
+        reparent(this, nullptr);
         return true;
     }
     QWidget* top = findTopLevelWidget(path.front());
