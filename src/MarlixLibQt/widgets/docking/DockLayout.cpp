@@ -350,6 +350,7 @@ bool Dock::dock(QWidget* target, Area area)
         QTabWidget* tabs = tabify(*targetDock);
         const int index = tabs->addTab(this, compositeTitle(this));
         tabs->setCurrentIndex(index);
+        updateTitles(this);
         applyVisibility(true);
         return true;
     }
@@ -362,6 +363,7 @@ bool Dock::dock(QWidget* target, Area area)
         // Beside the whole central area, in the splitter that already lies that way rather than one nested in it.
         const bool first = area == Area::Left || area == Area::Top;
         splitter->insertWidget(first ? 0 : splitter->count(), this);
+        updateTitles(this);
         applyVisibility(true);
         return true;
     }
@@ -376,8 +378,7 @@ bool Dock::dock(QWidget* target, Area area)
         sizes.insert(before, extent / 2);
         splitter->setSizes(sizes);
     }
-    if (auto* tabs = qobject_cast<QTabWidget*>(containerOf(splitter)))
-        tabs->setTabText(tabs->indexOf(splitter), compositeTitle(splitter));
+    updateTitles(this);
     applyVisibility(true);
     return true;
 }
@@ -400,9 +401,12 @@ bool Dock::dock(const QList<QString>& path)
     QWidget* container = traverse(top, path.mid(1, path.size() - 2), TraverseFlag::Create).first;
     if (!container || !(isFrame(container) || isSplitterOrTabs(container))) {
         reparent(this, nullptr);
+        // A dock window made for this path and left empty goes again.
+        tidy(top);
         return false;
     }
     insertToParent(container, childCount(container), this);
+    updateTitles(this);
     return true;
 }
 

@@ -344,6 +344,17 @@ bool isShown(const Dock& dock)
     return qobject_cast<const QMainWindow*>(child) || !child->isHidden();
 }
 
+void updateTitles(QWidget* widget)
+{
+    QWidget* child = widget;
+    for (QWidget* container = containerOf(child); container; child = container, container = containerOf(container)) {
+        if (auto* tabs = qobject_cast<QTabWidget*>(container))
+            tabs->setTabText(tabs->indexOf(child), Dock::compositeTitle(child));
+        else if (auto* window = qobject_cast<DockWindow*>(container))
+            window->setWindowTitle(Dock::compositeTitle(child));
+    }
+}
+
 void updateContainerVisibility(QWidget* widget)
 {
     QWidget* child = widget;
