@@ -293,12 +293,7 @@ void Dock::changeEvent(QEvent* event)
         toggleAction->setText(windowTitle());
         setAccessibleName(windowTitle());
         dockHeader->label()->setText(windowTitle());
-        QWidget* child = this;
-        for (QWidget* container = containerOf(child); container;
-             child = container, container = containerOf(container)) {
-            if (auto* tabs = qobject_cast<QTabWidget*>(container))
-                tabs->setTabText(tabs->indexOf(child), compositeTitle(child));
-        }
+        updateTitles(this);
     } else if (event->type() == QEvent::ParentChange) {
         // A floating dock has nothing to undock from.
         dockHeader->button()->setVisible(!isWindow());

@@ -98,6 +98,8 @@ QMainWindow* Dock::findMainWindow()
 
 QWidget* Dock::findTopLevelWidget(const QString& name)
 {
+    if (name.isEmpty())
+        return nullptr;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (widget->isWindow() && widget->objectName() == name && widget != currentOverlay())
             return widget;
@@ -224,8 +226,12 @@ void Dock::reparent(QWidget* widget, QWidget* parent)
         widget->setParent(parent);
         return;
     }
+    // Floating windows belong to the main window, so they stay above it and go with it.
     QMainWindow* mainWindow = findMainWindow();
-    widget->setParent(mainWindow == widget ? nullptr : mainWindow, floatingFlags());
+    QWidget* owner = mainWindow == widget ? nullptr : mainWindow;
+    if (widget->isWindow() && widget->parentWidget() == owner)
+        return;
+    widget->setParent(owner, floatingFlags());
 }
 
 QSplitter* Dock::split(QWidget& widget, Qt::Orientation orientation)
@@ -344,6 +350,7 @@ bool Dock::dock(QWidget* target, Area area)
         QTabWidget* tabs = tabify(*targetDock);
         const int index = tabs->addTab(this, compositeTitle(this));
         tabs->setCurrentIndex(index);
+        updateTitles(this);
         applyVisibility(true);
         return true;
     }
@@ -356,6 +363,7 @@ bool Dock::dock(QWidget* target, Area area)
         // Beside the whole central area, in the splitter that already lies that way rather than one nested in it.
         const bool first = area == Area::Left || area == Area::Top;
         splitter->insertWidget(first ? 0 : splitter->count(), this);
+        updateTitles(this);
         applyVisibility(true);
         return true;
     }
@@ -370,8 +378,7 @@ bool Dock::dock(QWidget* target, Area area)
         sizes.insert(before, extent / 2);
         splitter->setSizes(sizes);
     }
-    if (auto* tabs = qobject_cast<QTabWidget*>(containerOf(splitter)))
-        tabs->setTabText(tabs->indexOf(splitter), compositeTitle(splitter));
+    updateTitles(this);
     applyVisibility(true);
     return true;
 }
@@ -382,8 +389,7 @@ bool Dock::dock(const QList<QString>& path)
         return false;
     if (path.size() == 1) {
         detach(*this);
-        if (!isWindow())
-            reparent(this, nullptr);
+        reparent(this, nullptr);
         return true;
     }
     QWidget* top = findTopLevelWidget(path.front());
@@ -395,9 +401,12 @@ bool Dock::dock(const QList<QString>& path)
     QWidget* container = traverse(top, path.mid(1, path.size() - 2), TraverseFlag::Create).first;
     if (!container || !(isFrame(container) || isSplitterOrTabs(container))) {
         reparent(this, nullptr);
+        // A dock window made for this path and left empty goes again.
+        tidy(top);
         return false;
     }
     insertToParent(container, childCount(container), this);
+    updateTitles(this);
     return true;
 }
 

@@ -73,6 +73,8 @@ QString frameToken(const QWidget& frame);
 DockWindow* makeDockWindow(const QString& name, const QRect& geometry);
 QString nextDockWindowName();
 
+/// Retitles the tabs and the dock window that show `widget`'s title, from it up to its window.
+void updateTitles(QWidget* widget);
 /// The drop overlay when it exists, without making it.
 QWidget* currentOverlay();
 /// Whether `dock` shows where it sits: not hidden, its tab visible, its window not closed.

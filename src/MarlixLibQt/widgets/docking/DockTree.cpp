@@ -253,6 +253,8 @@ void tidy(QWidget* container)
             root = nullptr;
         }
         if (!root) {
+            // Deleted later, as a button inside may still be at work; unnamed, no path can find it meanwhile.
+            window->setObjectName(QString());
             window->hide();
             window->deleteLater();
         }
@@ -289,9 +291,14 @@ QString frameToken(const QWidget& frame)
 
 QStringList pathOf(const QWidget& widget)
 {
-    QStringList tokens { widget.objectName() };
+    QStringList tokens;
     const QWidget* child = &widget;
     QWidget* container = containerOf(child);
+    // A container is named by its level, a dock by its name.
+    if (isSplitterOrTabs(&widget))
+        tokens.append(kindToken(&widget) + QString::number(container ? indexIn(container, &widget) : 0));
+    else
+        tokens.append(widget.objectName());
     while (isSplitterOrTabs(container)) {
         QWidget* parent = containerOf(container);
         tokens.prepend(kindToken(container) + QString::number(parent ? indexIn(parent, container) : 0));
@@ -335,6 +342,17 @@ bool isShown(const Dock& dock)
     }
     // The main window may not be shown yet while the host restores its workspace at start-up.
     return qobject_cast<const QMainWindow*>(child) || !child->isHidden();
+}
+
+void updateTitles(QWidget* widget)
+{
+    QWidget* child = widget;
+    for (QWidget* container = containerOf(child); container; child = container, container = containerOf(container)) {
+        if (auto* tabs = qobject_cast<QTabWidget*>(container))
+            tabs->setTabText(tabs->indexOf(child), Dock::compositeTitle(child));
+        else if (auto* window = qobject_cast<DockWindow*>(container))
+            window->setWindowTitle(Dock::compositeTitle(child));
+    }
 }
 
 void updateContainerVisibility(QWidget* widget)

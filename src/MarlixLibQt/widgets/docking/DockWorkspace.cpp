@@ -164,6 +164,9 @@ void rescue(Dock& dock)
         }
         top->deleteLater();
     }
+    // A dock without a parent would outlive the main window that should take it along.
+    if (!dock.parentWidget())
+        Dock::reparent(&dock, nullptr);
     const bool shown = isShown(dock);
     const QSignalBlocker blocker(dock.toggleViewAction());
     dock.toggleViewAction()->setChecked(shown);
@@ -180,7 +183,8 @@ Stack<Dock::Data> Dock::saveWorkspace()
         frames.append(mainWindow);
     QList<Dock*> floating;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (qobject_cast<DockWindow*>(widget))
+        // A dock window without a name is on its way out.
+        if (qobject_cast<DockWindow*>(widget) && !widget->objectName().isEmpty())
             frames.append(widget);
         else if (auto* dock = qobject_cast<Dock*>(widget))
             floating.append(dock);
@@ -245,8 +249,7 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
         if (entry.dock) {
             detach(*entry.dock);
             entry.dock->hide();
-            if (!entry.dock->isWindow())
-                reparent(entry.dock, nullptr);
+            reparent(entry.dock, nullptr);
         }
     }
     QList<QPointer<QWidget>> placeholders;
@@ -273,6 +276,12 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
         }
     }
 
+    // The neighbours of missing docks are in place: the stand-ins go before sizes are counted against children.
+    for (const QPointer<QWidget>& placeholder : placeholders) {
+        if (placeholder)
+            detach(*placeholder);
+        delete placeholder.data();
+    }
     for (const Entry& entry : entries) {
         if (entry.refused)
             continue;
@@ -289,11 +298,6 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
             entry.dock->applyVisibility(!entry.record->hidden);
     }
 
-    for (const QPointer<QWidget>& placeholder : placeholders) {
-        if (placeholder)
-            detach(*placeholder);
-        delete placeholder.data();
-    }
     for (Dock* dock : allDocks())
         rescue(*dock);
     return missing;

@@ -36,20 +36,23 @@ void tst_Dock::dragOntoTarget_data()
     QTest::addColumn<QString>("target");
     QTest::addColumn<double>("fx");
     QTest::addColumn<double>("fy");
+    QTest::addColumn<QString>("dragged");
     QTest::addColumn<QStringList>("paths");
 
-    const QStringList besideA { "MainWindow/H0/B", "MainWindow/H0/A" };
-    QTest::newRow("left edge") << "A" << 0.05 << 0.5 << besideA;
-    QTest::newRow("right edge") << "A" << 0.95 << 0.5 << QStringList { "MainWindow/H0/A", "MainWindow/H0/B" };
-    QTest::newRow("top edge") << "A" << 0.5 << 0.05 << QStringList { "MainWindow/V0/B", "MainWindow/V0/A" };
-    QTest::newRow("bottom edge") << "A" << 0.5 << 0.95 << QStringList { "MainWindow/V0/A", "MainWindow/V0/B" };
-    QTest::newRow("middle") << "A" << 0.5 << 0.5 << QStringList { "MainWindow/T0/A", "MainWindow/T0/B" };
-    QTest::newRow("empty main window") << "MainWindow" << 0.5 << 0.5 << QStringList { "MainWindow/B", "A" };
-    QTest::newRow("nothing") << "" << 0.0 << 0.0 << QStringList { "MainWindow/A", "B" };
+    QTest::newRow("left edge") << "A" << 0.05 << 0.5 << "B" << QStringList { "MainWindow/H0/B", "MainWindow/H0/A" };
+    QTest::newRow("right edge") << "A" << 0.95 << 0.5 << "B" << QStringList { "MainWindow/H0/A", "MainWindow/H0/B" };
+    QTest::newRow("top edge") << "A" << 0.5 << 0.05 << "B" << QStringList { "MainWindow/V0/B", "MainWindow/V0/A" };
+    QTest::newRow("bottom edge") << "A" << 0.5 << 0.95 << "B" << QStringList { "MainWindow/V0/A", "MainWindow/V0/B" };
+    QTest::newRow("middle") << "A" << 0.5 << 0.5 << "B" << QStringList { "MainWindow/T0/A", "MainWindow/T0/B" };
+    QTest::newRow("empty main window") << "MainWindow" << 0.5 << 0.5 << "B" << QStringList { "MainWindow/B", "A" };
+    QTest::newRow("nothing") << "" << 0.0 << 0.0 << "B" << QStringList { "MainWindow/A", "B" };
+    // A docked dock released where nothing takes it floats there.
+    QTest::newRow("docked onto nothing") << "" << 0.0 << 0.0 << "A" << QStringList { "A", "B" };
 }
 
 void tst_Dock::dragOntoTarget()
 {
+    QFETCH(QString, dragged);
     QFETCH(QString, target);
     QFETCH(double, fx);
     QFETCH(double, fy);
@@ -68,14 +71,17 @@ void tst_Dock::dragOntoTarget()
         to = at(*scene[target], fx, fy);
     }
 
-    dragHeader(b, to, false);
+    Dock& moving = *scene[dragged];
+    dragHeader(moving, to, false);
     QCOMPARE(Dock::overlay()->isVisible(), !target.isEmpty());
     if (!target.isEmpty())
         QVERIFY(Dock::globalGeometry(scene.window).contains(Dock::overlay()->geometry()));
-    QTest::mouseRelease(b.header(), Qt::LeftButton, {}, b.header()->mapFromGlobal(to));
+    QTest::mouseRelease(moving.header(), Qt::LeftButton, {}, moving.header()->mapFromGlobal(to));
     QVERIFY(!Dock::overlay()->isVisible());
     QCOMPARE(DockScene::dockPaths(), paths);
-    QCOMPARE(b.isWindow(), target.isEmpty());
+    QCOMPARE(moving.isWindow(), target.isEmpty());
+    if (moving.isWindow())
+        QVERIFY(moving.frameGeometry().contains(to));
     if (auto* tabs = qobject_cast<QTabWidget*>(b.parentWidget()->parentWidget()))
         QCOMPARE(tabs->currentWidget(), &b);
 }
