@@ -102,7 +102,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     window->resize(1200, 800);
     window->show();
     Stack<Dock::Data> layout;
-    const char* const places[] = { "MainWindow/H0/V0/", "MainWindow/H0/V0/T1/", "MainWindow/H0/V2/T0/" };
+    const char* const places[] = { "MainWindow/H0/V0/", "MainWindow/H0/V0/T1/", "MainWindow/H0/V1/T0/" };
     for (std::size_t i = 0; i < std::size(DOCK_NAMES); ++i) {
         new Dock(QString::fromLatin1(DOCK_NAMES[i]));
         layout.push_back({ String(places[i % 3]) + DOCK_NAMES[i], i == 3, {} });
