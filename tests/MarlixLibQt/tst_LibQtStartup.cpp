@@ -54,6 +54,19 @@ Qt::ScrollPhase wheelPhaseSeen()
     return widget.seen;
 }
 
+/// Whether the dock that holds the focus is tracked.
+bool dockFocusTracked()
+{
+    Widgets::Dock dock(QStringLiteral("Focus"));
+    auto* edit = new QLineEdit;
+    dock.setWidget(edit);
+    dock.show();
+    if (!QTest::qWaitForWindowActive(&dock))
+        return false;
+    edit->setFocus();
+    return Widgets::Dock::getDockWithFocus() == &dock;
+}
+
 } // namespace
 
 /// Start-up in a process without a Qt application: the library makes it, and the last shutdown takes it away.
@@ -105,15 +118,7 @@ void tst_LibQtStartup::firstStartCreatesTheApplication()
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Control, Qt::NoModifier);
     QApplication::sendEvent(&target, &press);
     QCOMPARE(seen, QList<Qt::KeyboardModifiers> { Qt::ControlModifier });
-
-    // The dock that holds the focus is tracked.
-    Widgets::Dock dock(QStringLiteral("Focus"));
-    auto* edit = new QLineEdit;
-    dock.setWidget(edit);
-    dock.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dock));
-    edit->setFocus();
-    QCOMPARE(Widgets::Dock::getDockWithFocus(), &dock);
+    QVERIFY(dockFocusTracked());
 }
 
 void tst_LibQtStartup::lastShutdownDeletesTheApplication()
@@ -204,6 +209,7 @@ void tst_LibQtStartup::startsAgainAfterAFullStop()
     QWidget window;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(dockFocusTracked()); // in the new application too
 }
 
 void tst_LibQtStartup::wheelPhasesEndWithTheLastStop()

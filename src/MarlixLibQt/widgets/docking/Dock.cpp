@@ -228,11 +228,13 @@ QWidget* Dock::overlay()
 
 void Dock::connectOnFocusChangedSignal()
 {
-    static bool connected = false;
-    if (connected || !qApp)
+    // Once per application: a library started again after a full stop has a new one to connect to.
+    static QPointer<QApplication> connectedTo;
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application || connectedTo == application)
         return;
-    connected = true;
-    QObject::connect(qApp, &QApplication::focusChanged, &Dock::onFocusChanged);
+    connectedTo = application;
+    QObject::connect(application, &QApplication::focusChanged, &Dock::onFocusChanged);
 }
 
 Dock* Dock::getDockWithFocus()
