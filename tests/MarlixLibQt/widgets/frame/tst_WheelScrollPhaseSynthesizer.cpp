@@ -1,6 +1,8 @@
 #include <MarlixLibQt/widgets/frame/WheelScrollPhaseSynthesizer.h>
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -63,6 +65,7 @@ class tst_WheelScrollPhaseSynthesizer : public QObject
 private Q_SLOTS:
     void gestures_data();
     void gestures();
+    void openPopupTakesTheGesture();
 };
 
 void tst_WheelScrollPhaseSynthesizer::gestures_data()
@@ -153,6 +156,38 @@ void tst_WheelScrollPhaseSynthesizer::gestures()
         QVERIFY(timer->isSingleShot());
         QCOMPARE(timer->interval(), WheelScrollPhaseSynthesizer::GESTURE_END_DELAY_MS);
     }
+}
+
+void tst_WheelScrollPhaseSynthesizer::openPopupTakesTheGesture()
+{
+    QWidget window;
+    auto* combo = new QComboBox(&window);
+    for (int i = 0; i < 50; ++i)
+        combo->addItem(QString::number(i));
+    combo->setMaxVisibleItems(5);
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    combo->showPopup();
+    QVERIFY(QApplication::activePopupWidget());
+    QWidget* list = combo->view()->viewport();
+    PhaseLog log;
+    log.watch(list, QStringLiteral("list"));
+    WheelScrollPhaseSynthesizer synthesizer;
+    qApp->installEventFilter(&synthesizer);
+
+    // Handed to the window below the popup, the wheel goes to the popup's list under the pointer.
+    const QPoint global = list->mapToGlobal(list->rect().center());
+    QWheelEvent event(window.mapFromGlobal(global), global, QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+        Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(window.windowHandle(), &event);
+    qApp->removeEventFilter(&synthesizer);
+
+    QCOMPARE(log.entries, QStringList { "list:begin" });
+    QCOMPARE(synthesizer.gestureWidget(), list);
+    QVERIFY(combo->view()->verticalScrollBar()->value() > 0);
+    combo->hidePopup();
 }
 
 QTEST_MAIN(tst_WheelScrollPhaseSynthesizer)
