@@ -1,5 +1,6 @@
 #include "StudioWindow.h"
 
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QAction>
@@ -122,7 +123,9 @@ void StudioWindow::buildDefaultLayout()
     Dock::insertToParent(row, 0, pagesDock);
     Dock::insertToParent(row, row->count(), undoDock);
     row->setStretchFactor(row->indexOf(tabs), 1);
-    row->setSizes({ PAGE_LIST_WIDTH, PAGES_WIDTH, UNDO_HISTORY_WIDTH });
+    row->setSizes({ Marlix::getDeviceIndependentPixels(PAGE_LIST_WIDTH, this),
+        Marlix::getDeviceIndependentPixels(PAGES_WIDTH, this),
+        Marlix::getDeviceIndependentPixels(UNDO_HISTORY_WIDTH, this) });
     // Kept as records, so that a reset moves the docks back from wherever the user put them, floating ones too.
     for (Dock::Data& record : Dock::saveWorkspace()) {
         // The window's own size and place are the user's, not the layout's.

@@ -2,6 +2,7 @@
 #include "StudioWindow.h"
 
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QApplication>
@@ -193,7 +194,7 @@ int main(int argc, char** argv)
     {
         const bool shooting = !screenshots.isEmpty();
         Studio::StudioWindow window;
-        window.resize(WINDOW_SIZE);
+        window.resize(Marlix::scaleByDpi(WINDOW_SIZE, &window));
         // Screenshots show the default layout unless a workspace is named, and leave every saved one alone.
         Marlix::Optional<Marlix::Io::Path> file;
         if (!workspace.isEmpty())
