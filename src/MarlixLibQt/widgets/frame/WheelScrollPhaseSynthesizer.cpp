@@ -59,7 +59,11 @@ WheelScrollPhaseSynthesizer::WheelScrollPhaseSynthesizer(QObject* parent)
 {
 }
 
-WheelScrollPhaseSynthesizer::~WheelScrollPhaseSynthesizer() = default;
+WheelScrollPhaseSynthesizer::~WheelScrollPhaseSynthesizer()
+{
+    // A widget that opened an edit on "begin" (one undo step per gesture) closes it on "end".
+    endGesture();
+}
 
 bool WheelScrollPhaseSynthesizer::eventFilter(QObject* watched, QEvent* event)
 {
@@ -142,7 +146,7 @@ void WheelScrollPhaseSynthesizer::endGesture()
     if (endTimer)
         endTimer->stop();
     QWidget* widget = std::exchange(target, nullptr);
-    if (!widget)
+    if (!widget || !QCoreApplication::instance())
         return;
     const QPointingDevice* device = last.device ? last.device.data() : QPointingDevice::primaryPointingDevice();
     QWheelEvent end(widget->mapFromGlobal(last.globalPosition), last.globalPosition, QPoint(), QPoint(), last.buttons,

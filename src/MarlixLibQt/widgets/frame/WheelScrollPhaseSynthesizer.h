@@ -24,6 +24,7 @@ public:
     static constexpr int GESTURE_END_DELAY_MS = 1000;
 
     explicit WheelScrollPhaseSynthesizer(QObject* parent = nullptr);
+    /// Ends the running gesture, so that its widget hears "end".
     ~WheelScrollPhaseSynthesizer() override;
 
     /// Watches the wheel events that the window system hands to widget windows; install on the application.

@@ -12,6 +12,8 @@
 #include <QWindow>
 #include <QtTest/qtestspontaneevent.h>
 
+#include <memory>
+
 using Marlix::WheelScrollPhaseSynthesizer;
 
 namespace {
@@ -122,13 +124,13 @@ void tst_WheelScrollPhaseSynthesizer::gestures()
     log.watch(outer->viewport(), QStringLiteral("outer"));
     log.watch(inner->viewport(), QStringLiteral("inner"));
     log.watch(plain, QStringLiteral("plain"));
-    WheelScrollPhaseSynthesizer synthesizer;
-    qApp->installEventFilter(&synthesizer);
+    auto synthesizer = std::make_unique<WheelScrollPhaseSynthesizer>();
+    qApp->installEventFilter(synthesizer.get());
 
     for (const QString& step : std::as_const(steps)) {
         if (step == u"timeout") {
-            QVERIFY(synthesizer.gestureEndTimer());
-            QVERIFY(QMetaObject::invokeMethod(synthesizer.gestureEndTimer(), "timeout"));
+            QVERIFY(synthesizer->gestureEndTimer());
+            QVERIFY(QMetaObject::invokeMethod(synthesizer->gestureEndTimer(), "timeout"));
             continue;
         }
         const QString place = step.section(u':', 0, 0);
@@ -144,18 +146,25 @@ void tst_WheelScrollPhaseSynthesizer::gestures()
         QSpontaneKeyEvent::setSpontaneous(&event);
         qApp->notify(window.windowHandle(), &event);
     }
-    qApp->removeEventFilter(&synthesizer);
+    qApp->removeEventFilter(synthesizer.get());
 
     QCOMPARE(log.entries, expected);
     QCOMPARE(outer->verticalScrollBar()->value() > 0, outerScrolled);
     QCOMPARE(inner->verticalScrollBar()->value() > 0, innerScrolled);
-    QCOMPARE(synthesizer.gestureWidget() != nullptr, running);
-    QTimer* timer = synthesizer.gestureEndTimer();
+    QCOMPARE(synthesizer->gestureWidget() != nullptr, running);
+    QTimer* timer = synthesizer->gestureEndTimer();
     QCOMPARE(timer && timer->isActive(), running);
     if (timer) {
         QVERIFY(timer->isSingleShot());
         QCOMPARE(timer->interval(), WheelScrollPhaseSynthesizer::GESTURE_END_DELAY_MS);
     }
+
+    // A gesture still running when the filter goes away is ended, so its widget closes what "begin" opened.
+    const QString lastWidget = log.entries.last().section(u':', 0, 0);
+    synthesizer.reset();
+    QCOMPARE(log.entries.size(), expected.size() + (running ? 1 : 0));
+    if (running)
+        QCOMPARE(log.entries.last(), lastWidget + QStringLiteral(":end"));
 }
 
 void tst_WheelScrollPhaseSynthesizer::openPopupTakesTheGesture()
