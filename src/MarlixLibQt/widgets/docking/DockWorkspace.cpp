@@ -197,14 +197,6 @@ Stack<Dock::Data> Dock::saveWorkspace()
         saveTree(*frame, docks, levels);
     for (Dock* dock : floating)
         docks.push_back({ toString(dock->objectName()), !isShown(*dock), dock->saveGeometry() });
-    // Docks the host placed somewhere of its own are written with the path that leads to them.
-    for (Dock* dock : allDocks()) {
-        const QWidget* top = dock;
-        while (containerOf(top))
-            top = containerOf(top);
-        if (!top->isWindow() && !isFrame(top))
-            docks.push_back({ toString(pathOf(*dock).join(QLatin1Char('/'))), !isShown(*dock), {} });
-    }
     docks.insert(docks.end(), levels.begin(), levels.end());
     return docks;
 }
