@@ -7,6 +7,8 @@
 #include <QMainWindow>
 #include <QSplitter>
 
+#include <algorithm>
+
 namespace Marlix::Widgets {
 
 using namespace DockDetail;
