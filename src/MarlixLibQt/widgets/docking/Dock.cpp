@@ -230,11 +230,13 @@ QWidget* Dock::overlay()
 
 void Dock::connectOnFocusChangedSignal()
 {
-    static bool connected = false;
-    if (connected || !qApp)
+    // Once per application object: a host that shuts the library down and starts it again gets a new one.
+    static QPointer<QApplication> connectedTo;
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application || connectedTo == application)
         return;
-    connected = true;
-    QObject::connect(qApp, &QApplication::focusChanged, &Dock::onFocusChanged);
+    connectedTo = application;
+    QObject::connect(application, &QApplication::focusChanged, &Dock::onFocusChanged);
 }
 
 Dock* Dock::getDockWithFocus()
