@@ -209,7 +209,7 @@ bool isOnScreen(QWidget* widget)
     for (QWidget* w = widget; w; w = w->parentWidget()) {
         if (w->isWindow())
             return w->isVisible();
-        auto* tabs = w->parentWidget() && qobject_cast<QStackedWidget*>(w->parentWidget())
+        auto* tabs = qobject_cast<QStackedWidget*>(w->parentWidget())
             ? qobject_cast<QTabWidget*>(w->parentWidget()->parentWidget())
             : nullptr;
         if (tabs && tabs->indexOf(w) >= 0 ? !tabs->isTabVisible(tabs->indexOf(w)) : w->isHidden())
@@ -445,8 +445,12 @@ void tst_DockWorkspaceFile::corpus()
         return;
     }
     QVERIFY2(records, records.error().c_str());
-    QCOMPARE(int(std::ranges::count_if(Widgets::checkEachWorkspaceRecord(*records), [](auto& m) { return !m.empty(); })),
-        refused);
+    const Array<Stack<String>> messages = Widgets::checkEachWorkspaceRecord(*records);
+    QCOMPARE(int(std::ranges::count_if(messages, [](auto& m) { return !m.empty(); })), refused);
+    // Every dock starts hidden, so the records that are applied show theirs.
+    for (Dock* dock : docks)
+        if (dock->toggleViewAction()->isChecked())
+            dock->toggleViewAction()->trigger();
     Stack<String> problems;
     FlatSet<String> returned = Dock::restoreWorkspace(*records, &problems);
     QVERIFY(problems.size() >= std::size_t(refused));
@@ -458,6 +462,11 @@ void tst_DockWorkspaceFile::corpus()
     QCOMPARE(returnedPaths, missing);
     for (Dock* dock : docks)
         QVERIFY2(isReachable(dock), qPrintable(dock->objectName()));
+    for (std::size_t i = 0; i < records->size(); ++i) {
+        const QString name = QString::fromStdString((*records)[i].path).section(QLatin1Char('/'), -1);
+        if (Dock* dock = Dock::findDock(name); dock && messages[i].empty())
+            QVERIFY2(isOnScreen(dock) != (*records)[i].hidden, qPrintable(name));
+    }
 }
 
 int main(int argc, char** argv)
