@@ -4,6 +4,7 @@
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QMainWindow>
@@ -113,7 +114,13 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     // Every refused record is logged; at thousands of inputs a second the log would be most of the work.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-    LibQt::startup("fuzz_workspace", LibQt::ApplicationType::Gui, LibQt::Attribute::StandaloneApplication);
+    // The application is never deleted: libFuzzer leaves through exit(), after Qt's own statics are gone, and the
+    // library would delete an application it made itself.
+    static int applicationArgc = 1;
+    static char name[] = "fuzz_workspace";
+    static char* applicationArgv[] = { name, nullptr };
+    new QApplication(applicationArgc, applicationArgv);
+    LibQt::startup("fuzz_workspace");
     QCoreApplication::instance()->installEventFilter(new NoPainting);
     window = new QMainWindow;
     window->setObjectName(QStringLiteral("MainWindow"));
@@ -127,13 +134,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     }
     Dock::restoreWorkspace(layout);
     baseline = Dock::saveWorkspace();
-    // libFuzzer leaves through exit(): the windows go before the library's application does.
-    std::atexit([] {
-        for (Dock* dock : Stack<Dock*>(Dock::allDocks().begin(), Dock::allDocks().end()))
-            delete dock;
-        delete window;
-        LibQt::shutdown();
-    });
     return 0;
 }
 
