@@ -10,7 +10,6 @@
 #include <QMainWindow>
 
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <memory>
 
@@ -60,8 +59,9 @@ struct DockWindow
             docks.emplace_back(dock);
             const int column = i / (GROUPS_PER_COLUMN * TABS_PER_GROUP);
             const int group = i / TABS_PER_GROUP % GROUPS_PER_COLUMN;
-            nested.push_back({ QStringLiteral("MainWindow/H0/V%1/T%2/%3").arg(column).arg(group).arg(dockName(i)).toStdString(),
-                false, {} });
+            nested.push_back(
+                { QStringLiteral("MainWindow/H0/V%1/T%2/%3").arg(column).arg(group).arg(dockName(i)).toStdString(),
+                    false, {} });
             stacked.push_back({ QStringLiteral("MainWindow/T0/%1").arg(dockName(i)).toStdString(), false, {} });
         }
         // The records a session would have saved: the sizes and geometry the window has in that arrangement.

@@ -30,8 +30,8 @@ using Marlix::Widgets::Dock;
 
 namespace {
 
-const char* const DOCK_NAMES[] = { "Scene", "Lister", "Properties", "Log", "Curves", "History", "Timeline", "Browser",
-    "Viewport", "Console" };
+const char* const DOCK_NAMES[]
+    = { "Scene", "Lister", "Properties", "Log", "Curves", "History", "Timeline", "Browser", "Viewport", "Console" };
 
 QMainWindow* window = nullptr;
 Stack<Dock::Data> baseline;

@@ -17,6 +17,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace Marlix::Widgets {
 
 namespace {
@@ -228,11 +230,13 @@ QWidget* Dock::overlay()
 
 void Dock::connectOnFocusChangedSignal()
 {
-    static bool connected = false;
-    if (connected || !qApp)
+    // Once per application object: a host that shuts the library down and starts it again gets a new one.
+    static QPointer<QApplication> connectedTo;
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application || connectedTo == application)
         return;
-    connected = true;
-    QObject::connect(qApp, &QApplication::focusChanged, &Dock::onFocusChanged);
+    connectedTo = application;
+    QObject::connect(application, &QApplication::focusChanged, &Dock::onFocusChanged);
 }
 
 Dock* Dock::getDockWithFocus()
@@ -275,10 +279,12 @@ void Dock::applyVisibility(bool visible)
 
 bool Dock::event(QEvent* event)
 {
-    // Closing a floating dock with its window's button hides it; the action must say so, or it could not come back.
-    if (event->type() == QEvent::Close && isWindow()) {
+    // A floating dock that the host shows, or that the user closes with its window's button: the action follows.
+    // Hiding alone is no sign, since taking a window into a container hides it on the way.
+    const QEvent::Type type = event->type();
+    if (isWindow() && toggleAction && (type == QEvent::ShowToParent || type == QEvent::Close)) {
         const QSignalBlocker blocker(toggleAction);
-        toggleAction->setChecked(false);
+        toggleAction->setChecked(type == QEvent::ShowToParent);
     }
     return QFrame::event(event);
 }

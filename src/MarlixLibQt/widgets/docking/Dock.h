@@ -75,7 +75,10 @@ public:
     /// Shows and hides the dock; titled with the dock's window title.
     QAction* toggleViewAction() const { return toggleAction; }
 
-    /// One record per dock: where it sits, whether it is hidden, and the geometry of its window or splitter.
+    /// One record per dock of the layout, in the order of the trees ("MainWindow/H0/T1/Scene", or "Scene" alone with
+    /// its window geometry when it floats), then one per level whose path ends with its window's name: a splitter
+    /// with its sizes ("MainWindow/H0/MainWindow"), a tab widget with its current index, a window with its geometry
+    /// ("MainWindow", "Floating#1.MainWindow"). Docks a host put into widgets of its own are not part of the layout.
     static Stack<Data> saveWorkspace();
     /// Puts every dock a record names where the record says. Returns the paths whose docks do not exist, so the host
     /// can create them and restore again. Malformed records are refused, each with a message added to `problems`;

@@ -7,6 +7,8 @@
 #include <QMainWindow>
 #include <QSplitter>
 
+#include <algorithm>
+
 namespace Marlix::Widgets {
 
 using namespace DockDetail;
@@ -159,8 +161,9 @@ QWidget* Dock::widgetAt(const QPoint& globalPosition, QWidget* exclude)
             continue;
         if (!window->frameGeometry().contains(globalPosition))
             continue;
-        // Floating windows are children of the main window and stay above it; the active window is above the rest.
-        if (!best || qobject_cast<QMainWindow*>(best) || window->isActiveWindow())
+        // Floating windows are children of the main window and stay above it; the active one is above the rest.
+        const bool isMain = qobject_cast<QMainWindow*>(window);
+        if (!best || (!isMain && (qobject_cast<QMainWindow*>(best) || window->isActiveWindow())))
             best = window;
     }
     if (!best)
@@ -196,9 +199,14 @@ void Dock::insertToParent(QWidget* parent, int index, QWidget* widget)
     if (!widget || parent == widget)
         return;
     if (!parent) {
-        reparent(widget, nullptr);
+        undock(*widget);
         return;
     }
+    // A widget that sits elsewhere leaves its place first; that place is tidied once the widget has landed, so a
+    // tidy that folds containers away cannot take the new parent with them.
+    const QPointer<QWidget> previous = containerOf(widget);
+    if (previous)
+        takeOut(*widget);
     if (auto* splitter = qobject_cast<QSplitter*>(parent)) {
         splitter->insertWidget(std::clamp(index, 0, splitter->count()), widget);
         showIfWanted(*widget);
@@ -216,6 +224,8 @@ void Dock::insertToParent(QWidget* parent, int index, QWidget* widget)
             parent->layout()->addWidget(widget);
         showIfWanted(*widget);
     }
+    if (previous && previous != parent)
+        tidy(previous);
 }
 
 void Dock::reparent(QWidget* widget, QWidget* parent)

@@ -1,4 +1,5 @@
 #include <MarlixLibQt/widgets/docking/DockPrivate.h>
+#include <MarlixLibQt/widgets/docking/DockWorkspaceCheck.h>
 
 #include <QAction>
 #include <QApplication>
@@ -18,8 +19,6 @@ using namespace DockDetail;
 namespace {
 
 Q_LOGGING_CATEGORY(workspaceLog, "marlix.libqt.workspace")
-
-constexpr int MAX_LEVEL_INDEX = 1000;
 
 String toString(const QString& text)
 {
@@ -88,43 +87,17 @@ void saveTree(QWidget& frame, Stack<Dock::Data>& docks, Stack<Dock::Data>& level
     levels.push_back({ toString(frameToken(frame)), frame.isHidden(), frame.saveGeometry() });
 }
 
-/// What makes a record impossible to apply, before anything is touched.
-QString recordProblem(const Dock::Data& record, const QStringList& tokens)
+void report(const String& message, Stack<String>* problems)
 {
-    if (tokens.isEmpty())
-        return Dock::tr("the path is empty");
-    for (qsizetype i = 1; i + 1 < tokens.size(); ++i) {
-        QChar kind;
-        int index = 0;
-        if (!parseLevelToken(tokens[i], &kind, &index))
-            return Dock::tr("\"%1\" is not a level token").arg(tokens[i]);
-        if (index > MAX_LEVEL_INDEX)
-            return Dock::tr("the index of \"%1\" is out of range").arg(tokens[i]);
-        if (i > 1 && tokens[i - 1].front() == kind)
-            return Dock::tr("\"%1\" nests a container in one of its own kind").arg(tokens[i]);
-    }
-    QChar kind;
-    int index = 0;
-    if (tokens.size() > 1 && parseLevelToken(tokens.back(), &kind, &index))
-        return Dock::tr("the path ends with a level token instead of a name");
-    if (!record.geometry.isEmpty() && (tokens.size() > 1 || !isLevelRecord(tokens))) {
-        QList<int> values;
-        // A floating dock's record carries window geometry; a container's level, sizes or a tab index.
-        if (tokens.size() > 1
-            && (!readInts(record.geometry, &values)
-                || std::any_of(values.begin(), values.end(), [](int v) { return v < 0; })))
-            return Dock::tr("the sizes are not whole non-negative 32-bit numbers");
-    }
-    return {};
+    qCWarning(workspaceLog).noquote() << QString::fromStdString(message);
+    if (problems)
+        problems->push_back(message);
 }
 
 void refuse(const Dock::Data& record, const QString& reason, Stack<String>* problems)
 {
-    const QString message
-        = Dock::tr("Workspace record \"%1\" refused: %2.").arg(QString::fromStdString(record.path), reason);
-    qCWarning(workspaceLog).noquote() << message;
-    if (problems)
-        problems->push_back(toString(message));
+    report(toString(Dock::tr("Workspace record \"%1\" refused: %2.").arg(QString::fromStdString(record.path), reason)),
+        problems);
 }
 
 /// Applies the saved bytes of a level: window geometry, splitter sizes or the current tab.
@@ -197,14 +170,6 @@ Stack<Dock::Data> Dock::saveWorkspace()
         saveTree(*frame, docks, levels);
     for (Dock* dock : floating)
         docks.push_back({ toString(dock->objectName()), !isShown(*dock), dock->saveGeometry() });
-    // Docks the host placed somewhere of its own are written with the path that leads to them.
-    for (Dock* dock : allDocks()) {
-        const QWidget* top = dock;
-        while (containerOf(top))
-            top = containerOf(top);
-        if (!top->isWindow() && !isFrame(top))
-            docks.push_back({ toString(pathOf(*dock).join(QLatin1Char('/'))), !isShown(*dock), {} });
-    }
     docks.insert(docks.end(), levels.begin(), levels.end());
     return docks;
 }
@@ -221,24 +186,25 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
     };
     Array<Entry> entries;
     entries.reserve(records.size());
+    // Records are checked before anything moves: a refused record changes nothing, the others still apply.
+    const Array<Stack<String>> checks = checkEachWorkspaceRecord(records);
     FlatSet<Dock*> placed;
-    FlatSet<String> seen;
-    for (const Data& record : records) {
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const Data& record = records[i];
         Entry entry { &record, splitPath(record.path) };
-        QString reason = recordProblem(record, entry.tokens);
-        if (reason.isEmpty() && !seen.insert(record.path).second)
-            reason = tr("the path is given twice");
-        if (reason.isEmpty() && !isLevelRecord(entry.tokens)) {
+        for (const String& message : checks[i])
+            report(message, problems);
+        entry.refused = !checks[i].empty() || entry.tokens.isEmpty();
+        if (!entry.refused && !isLevelRecord(entry.tokens)) {
             entry.dock = findDock(entry.tokens.back());
-            if (entry.dock && !placed.insert(entry.dock).second)
-                reason = tr("the dock \"%1\" is placed by an earlier record").arg(entry.tokens.back());
-            else if (!entry.dock)
+            // The check refuses a dock placed twice already; placing it twice would break the rebuild, so again.
+            if (entry.dock && !placed.insert(entry.dock).second) {
+                refuse(record, tr("the dock is placed by an earlier record"), problems);
+                entry.refused = true;
+                entry.dock = nullptr;
+            } else if (!entry.dock) {
                 missing.insert(record.path);
-        }
-        if (!reason.isEmpty()) {
-            refuse(record, reason, problems);
-            entry.refused = true;
-            entry.dock = nullptr;
+            }
         }
         entries.push_back(std::move(entry));
     }

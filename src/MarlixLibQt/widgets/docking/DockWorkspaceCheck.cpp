@@ -180,12 +180,15 @@ Stack<QString> recordProblems(const Dock::Data& record)
     if (decoder.hasError())
         add(Dock::tr("the path is not UTF-8 text"));
     if (tokens.size() > Limits::MAX_DEPTH + 2) {
-        add(Dock::tr("the path has %1 levels; a workspace nests at most %2").arg(tokens.size() - 2).arg(Limits::MAX_DEPTH));
+        add(Dock::tr("the path has %1 levels; a workspace nests at most %2")
+                .arg(tokens.size() - 2)
+                .arg(Limits::MAX_DEPTH));
         return problems;
     }
     if (tokens.size() > 1 && tokens.front().size() > 1 && isLevelKind(tokens.front().front())
         && indexProblem(tokens.front()).isEmpty())
-        add(Dock::tr("the path starts with the level %1 instead of the name of a window").arg(quotedText(tokens.front())));
+        add(Dock::tr("the path starts with the level %1 instead of the name of a window")
+                .arg(quotedText(tokens.front())));
     add(nameProblem(tokens.front()));
     for (std::size_t i = 1; i + 1 < tokens.size(); ++i) {
         const StringView token = tokens[i];
@@ -258,7 +261,8 @@ Array<Stack<String>> checkEachWorkspaceRecord(ArrayView<const Dock::Data> record
             continue;
         // Paths compare as a restore reads them, without the empty parts.
         if (const auto [first, added] = paths.emplace(joined(tokens), i); !added) {
-            messages[i].push_back(recordMessage(i, records[i], Dock::tr("the path of record %1 again").arg(first->second + 1)));
+            messages[i].push_back(
+                recordMessage(i, records[i], Dock::tr("the path of record %1 again").arg(first->second + 1)));
             continue;
         }
         const StringView name = tokens.back();

@@ -4,7 +4,7 @@
 #include <MarlixLibQt/widgets/docking/Tabber.h>
 
 #include <QAction>
-#include <QApplication>
+#include <QLabel>
 #include <QSplitter>
 #include <QToolButton>
 
@@ -25,6 +25,7 @@ private Q_SLOTS:
     void dropBesideSplitDock();
     void escapeCancelsDrag();
     void undockButtons();
+    void titlesFollowDocks();
     void unnamedDocksGetDistinctNumbers();
     void toggleActionHidesAndShows_data();
     void toggleActionHidesAndShows();
@@ -169,6 +170,25 @@ void tst_Dock::undockButtons()
     QVERIFY(!qobject_cast<Dock*>(central));
 }
 
+void tst_Dock::titlesFollowDocks()
+{
+    DockScene scene({ "A", "B", "C" });
+    Dock::setCentralWidget(scene.window, *scene["A"]);
+    dragHeader(*scene.floating("B", { 520, 60, 220, 160 }), at(*scene["A"], 0.5, 0.5));
+    DockScene::settle();
+    // C beside B inside the tab: the tab now holds a splitter, titled after both of its docks.
+    dragHeader(*scene.floating("C", { 520, 300, 220, 160 }), at(*scene["B"], 0.95, 0.5));
+    DockScene::settle();
+    QCOMPARE(DockScene::dockPaths(), (QStringList { "MainWindow/T0/A", "MainWindow/T0/H1/B", "MainWindow/T0/H1/C" }));
+    auto* tabs = qobject_cast<QTabWidget*>(scene.window.centralWidget());
+    QCOMPARE(tabs->tabText(1), QStringLiteral("B, C"));
+
+    scene["C"]->setWindowTitle("Scene");
+    QCOMPARE(tabs->tabText(1), QStringLiteral("B, Scene"));
+    QCOMPARE(scene["C"]->header()->label()->text(), QStringLiteral("Scene"));
+    QCOMPARE(scene["C"]->accessibleName(), QStringLiteral("Scene"));
+}
+
 void tst_Dock::unnamedDocksGetDistinctNumbers()
 {
     DockScene scene({ "Dock#7" });
@@ -227,7 +247,7 @@ void tst_Dock::focusNamesTheDock()
     DockScene scene({ "A", "B" });
     Dock::setCentralWidget(scene.window, *scene["A"]);
     dragHeader(*scene.floating("B", { 520, 60, 220, 160 }), at(*scene["A"], 0.95, 0.5));
-    QApplication::setActiveWindow(&scene.window);
+    scene.window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&scene.window));
 
     for (const char* name : { "B", "A" }) {

@@ -66,7 +66,7 @@ void compareWorkspaces(const Stack<Dock::Data>& actual, const Stack<Dock::Data>&
         const QStringList tokens = path.split('/');
         const QString level = tokens.size() < 3 ? QString() : tokens[tokens.size() - 2];
         if (!level.startsWith('H') && !level.startsWith('V')) {
-            QCOMPARE(actual[i].geometry, expected[i].geometry);
+            QVERIFY2(actual[i].geometry == expected[i].geometry, qPrintable(path));
             continue;
         }
         const QList<int> sizes = ints(actual[i].geometry);
