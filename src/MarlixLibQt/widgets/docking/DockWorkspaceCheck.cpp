@@ -175,8 +175,9 @@ Stack<QString> recordProblems(const Dock::Data& record)
         problems.push_back(Dock::tr("the path is empty"));
         return problems;
     }
+    // Decoding is what finds the error; the text is not needed.
     QStringDecoder decoder(QStringDecoder::Utf8);
-    (void)QString(decoder(QByteArrayView(record.path.data(), static_cast<qsizetype>(record.path.size()))));
+    const QString decoded = decoder(QByteArrayView(record.path.data(), static_cast<qsizetype>(record.path.size())));
     if (decoder.hasError())
         add(Dock::tr("the path is not UTF-8 text"));
     if (tokens.size() > Limits::MAX_DEPTH + 2) {
@@ -185,8 +186,7 @@ Stack<QString> recordProblems(const Dock::Data& record)
                 .arg(Limits::MAX_DEPTH));
         return problems;
     }
-    if (tokens.size() > 1 && tokens.front().size() > 1 && isLevelKind(tokens.front().front())
-        && indexProblem(tokens.front()).isEmpty())
+    if (tokens.size() > 1 && isLevelToken(tokens.front()))
         add(Dock::tr("the path starts with the level %1 instead of the name of a window")
                 .arg(quotedText(tokens.front())));
     add(nameProblem(tokens.front()));
