@@ -240,6 +240,14 @@ bool isWindowGeometry(const QByteArray& bytes)
         && (expected < GEOMETRY_SIZES[2] || isSaneRect(bytes, CLIENT_RECT_OFFSET));
 }
 
+Optional<QRect> windowNormalGeometry(const QByteArray& bytes)
+{
+    if (!isWindowGeometry(bytes))
+        return std::nullopt;
+    return QRect(QPoint(signed32(bytes, NORMAL_RECT_OFFSET), signed32(bytes, NORMAL_RECT_OFFSET + 4)),
+        QPoint(signed32(bytes, NORMAL_RECT_OFFSET + 8), signed32(bytes, NORMAL_RECT_OFFSET + 12)));
+}
+
 Stack<String> checkWorkspaceRecord(const Dock::Data& record)
 {
     Stack<String> messages;

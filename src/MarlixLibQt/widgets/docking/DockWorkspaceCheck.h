@@ -4,6 +4,8 @@
 #include <MarlixLibQt/MarlixLibQtExport.h>
 #include <MarlixLibQt/widgets/docking/Dock.h>
 
+#include <QRect>
+
 #include <cstddef>
 
 namespace Marlix::Widgets {
@@ -39,5 +41,9 @@ MARLIXLIBQT_EXPORT Array<Stack<String>> checkEachWorkspaceRecord(ArrayView<const
 /// Whether `bytes` are window geometry as `QWidget::saveGeometry` writes it, checked without a widget: its mark,
 /// a version Qt writes, the length of that version and rectangles of a sane size.
 MARLIXLIBQT_EXPORT bool isWindowGeometry(const QByteArray& bytes);
+
+/// The normal (not maximised) geometry of a window in window geometry bytes; empty when they are not window geometry.
+/// Qt declines geometry saved on a screen of another width, where a restore still wants the window's place and size.
+MARLIXLIBQT_EXPORT Optional<QRect> windowNormalGeometry(const QByteArray& bytes);
 
 } // namespace Marlix::Widgets
