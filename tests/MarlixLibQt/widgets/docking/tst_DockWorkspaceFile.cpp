@@ -477,6 +477,12 @@ void tst_DockWorkspaceFile::corpus()
     QCOMPARE(returnedPaths, missing);
     for (Dock* dock : docks)
         QVERIFY2(isReachable(dock), qPrintable(dock->objectName()));
+    // What is left is a layout the checks accept: no splitter in one of its own orientation, no name twice.
+    const Stack<String> left = Widgets::checkWorkspaceRecords(Dock::saveWorkspace());
+    for (const char* row : { "unknown_tokens.workspace", "bad_paths.workspace" })
+        QEXPECT_FAIL(
+            row, "docks of refused records stay where they were, and the splitters rebuilt around them nest", Continue);
+    QVERIFY2(left.empty(), left.empty() ? "" : left.front().c_str());
     for (std::size_t i = 0; i < records->size(); ++i) {
         const QString name = QString::fromStdString((*records)[i].path).section(QLatin1Char('/'), -1);
         if (Dock* dock = Dock::findDock(name); dock && messages[i].empty())
