@@ -273,6 +273,13 @@ void Dock::applyVisibility(bool visible)
         toggleAction->setChecked(visible);
     }
     updateContainerVisibility(this);
+    // Shown inside a tab that is not the current one, the dock would stay out of sight.
+    QWidget* child = this;
+    for (QWidget* container = containerOf(child); visible && container;
+         child = container, container = containerOf(container)) {
+        if (auto* tabs = qobject_cast<QTabWidget*>(container))
+            tabs->setCurrentWidget(child);
+    }
     if (visible && window() != this && window()->isHidden() && !qobject_cast<QMainWindow*>(window()))
         window()->show();
 }

@@ -43,7 +43,10 @@ void placeInFrame(QWidget& frame, int index, QWidget& widget)
         setRoot(widget);
         return;
     }
-    if (isSplitterOrTabs(&widget) && childCount(&widget) == 0) {
+    // A container that a path has just made has no parent yet, so it is told by its class alone.
+    const bool emptyContainer
+        = (qobject_cast<QSplitter*>(&widget) || qobject_cast<QTabWidget*>(&widget)) && childCount(&widget) == 0;
+    if (emptyContainer) {
         takeOut(*occupant);
         setRoot(widget);
         Dock::insertToParent(&widget, 0, occupant);
@@ -119,10 +122,14 @@ std::pair<QWidget*, int> Dock::traverse(QWidget* root, QList<QString> path, Flag
         QChar kind;
         int wanted = 0;
         if (parseLevelToken(token, &kind, &wanted)) {
+            // A window holds one root, whatever index a path gives it.
+            if (isFrame(current))
+                wanted = 0;
             QWidget* child = DockDetail::childAt(current, wanted);
             if (!matchesKind(child, kind)) {
                 const bool canHold = isFrame(current) || isSplitterOrTabs(current);
-                if (!flags.has(TraverseFlag::Create) || !canHold)
+                // A container never sits right inside one of its own kind.
+                if (!flags.has(TraverseFlag::Create) || !canHold || matchesKind(current, kind))
                     return { nullptr, -1 };
                 child = makeContainer(kind);
                 insertToParent(current, wanted, child);

@@ -216,14 +216,15 @@ void tidy(QWidget* container)
             QWidget* only = childAt(container, 0);
             if (!parent)
                 return;
-            auto* parentSplitter = qobject_cast<QSplitter*>(parent);
-            auto* onlySplitter = qobject_cast<QSplitter*>(only);
-            if (parentSplitter && onlySplitter && onlySplitter->orientation() == parentSplitter->orientation()) {
-                // Folding would nest a splitter in one of its own orientation: its children join the parent.
-                int at = parentSplitter->indexOf(container);
+            if (isSplitterOrTabs(parent) && kindToken(only) == kindToken(parent)) {
+                // Folding would nest a container in one of its own kind: its children join the parent instead.
+                int at = indexIn(parent, container);
                 takeOut(*container);
-                while (onlySplitter->count() > 0)
-                    parentSplitter->insertWidget(at++, onlySplitter->widget(0));
+                while (childCount(only) > 0) {
+                    QWidget* child = childAt(only, 0);
+                    takeOut(*child);
+                    Dock::insertToParent(parent, at++, child);
+                }
                 container->deleteLater();
             } else {
                 takeOut(*only);

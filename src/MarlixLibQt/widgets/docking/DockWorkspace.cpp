@@ -80,7 +80,8 @@ void saveTree(QWidget& frame, Stack<Dock::Data>& docks, Stack<Dock::Data>& level
         if (auto* splitter = qobject_cast<QSplitter*>(widget))
             bytes = writeInts(splitter->sizes());
         else
-            bytes = writeInts({ static_cast<QTabWidget*>(widget)->currentIndex() });
+            // A tab widget whose tabs are all hidden has no current tab; the first one comes up when one shows.
+            bytes = writeInts({ std::max(0, static_cast<QTabWidget*>(widget)->currentIndex()) });
         levels.push_back({ toString(pathOf(*widget).join(QLatin1Char('/')) + suffix), false, bytes });
     };
     visit(visit, DockDetail::childAt(&frame, 0));

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QDataStream>
 #include <QIODevice>
+#include <QRegularExpression>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QToolButton>
@@ -101,6 +102,8 @@ class tst_DockWorkspace : public QObject
 private Q_SLOTS:
     void restoreUndoesMoves_data();
     void restoreUndoesMoves();
+    void treeStaysSound_data();
+    void treeStaysSound();
     void missingDocksAreReturned();
     void malformedRecordsAreRefused_data();
     void malformedRecordsAreRefused();
@@ -154,6 +157,53 @@ void tst_DockWorkspace::restoreUndoesMoves()
     QVERIFY(!layout["F"]->isVisible());
     QVERIFY(!layout["F"]->toggleViewAction()->isChecked());
     QVERIFY(layout["C"]->toggleViewAction()->isChecked());
+}
+
+void tst_DockWorkspace::treeStaysSound_data()
+{
+    QTest::addColumn<QStringList>("records");
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QStringList>("paths");
+
+    // Records as a hand-written or damaged workspace may give them, a user's move after, and the tree that must come
+    // out: no container right inside one of its own kind, every dock reachable.
+    QTest::newRow("any index of a window's root") << QStringList { "W.MainWindow/F", "W.MainWindow/B",
+        "W.MainWindow/H2/C" } << "" << QStringList { "W.MainWindow/H0/F", "W.MainWindow/H0/B", "W.MainWindow/H0/C" };
+    QTest::newRow("new root around a tab group") << QStringList { "W.MainWindow/T0/E", "W.MainWindow/H1/T2/C" } << ""
+                                                 << QStringList { "W.MainWindow/H0/T0/E", "W.MainWindow/H0/T1/C" };
+    QTest::newRow("tab group folded into a tab group") << QStringList { "MainWindow/T0/A", "MainWindow/T0/H1/T0/B",
+        "MainWindow/T0/H1/T1/C" } << "undock B" << QStringList { "MainWindow/T0/A", "MainWindow/T0/C", "B" };
+    QTest::newRow("split in a background tab")
+        << QStringList { "MainWindow/T0/A", "MainWindow/T0/V1/B", "MainWindow/T0/V1/C" } << "show A"
+        << QStringList { "MainWindow/T0/A", "MainWindow/T0/V1/B", "MainWindow/T0/V1/C" };
+}
+
+void tst_DockWorkspace::treeStaysSound()
+{
+    QFETCH(QStringList, records);
+    QFETCH(QString, action);
+    QFETCH(QStringList, paths);
+
+    QStringList names;
+    Stack<Dock::Data> workspace;
+    for (const QString& path : records) {
+        names.append(path.section('/', -1));
+        workspace.push_back({ path.toStdString(), false, {} });
+    }
+    DockScene scene(names);
+    Stack<String> problems;
+    QVERIFY(Dock::restoreWorkspace(workspace, &problems).empty());
+    if (action == "undock B")
+        QTest::mouseClick(scene["B"]->header()->button(), Qt::LeftButton);
+    // Off and on again: A's tab comes to the front, the split with B and C goes to the background.
+    for (int i = 0; action == "show A" && i < 2; ++i)
+        scene["A"]->toggleViewAction()->trigger();
+    DockScene::settle();
+    QVERIFY2(problems.empty(), problems.empty() ? "" : problems.front().c_str());
+    QCOMPARE(DockScene::dockPaths(), paths);
+    for (const QString& path : paths)
+        QVERIFY2(!QRegularExpression("([HVT])\\d+/\\1\\d+/").match(path).hasMatch(), qPrintable(path));
+    verifyReachable();
 }
 
 void tst_DockWorkspace::missingDocksAreReturned()
