@@ -479,11 +479,6 @@ void tst_DockWorkspaceFile::corpus()
         QVERIFY2(isReachable(dock), qPrintable(dock->objectName()));
     // What is left is a layout the checks accept: no splitter in one of its own orientation, no name twice.
     const Stack<String> left = Widgets::checkWorkspaceRecords(Dock::saveWorkspace());
-    // A known fault while it lasts, so that its fix passes without a change here.
-    if (!left.empty()
-        && (name == QLatin1String("unknown_tokens.workspace") || name == QLatin1String("bad_paths.workspace")))
-        QEXPECT_FAIL(
-            "", "docks of refused records stay where they were, and the splitters rebuilt around them nest", Continue);
     QVERIFY2(left.empty(), left.empty() ? "" : left.front().c_str());
     for (std::size_t i = 0; i < records->size(); ++i) {
         const QString name = QString::fromStdString((*records)[i].path).section(QLatin1Char('/'), -1);
