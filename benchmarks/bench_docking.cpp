@@ -10,7 +10,6 @@
 #include <QMainWindow>
 
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <memory>
 
@@ -60,8 +59,9 @@ struct DockWindow
             docks.emplace_back(dock);
             const int column = i / (GROUPS_PER_COLUMN * TABS_PER_GROUP);
             const int group = i / TABS_PER_GROUP % GROUPS_PER_COLUMN;
-            nested.push_back({ QStringLiteral("MainWindow/H0/V%1/T%2/%3").arg(column).arg(group).arg(dockName(i)).toStdString(),
-                false, {} });
+            nested.push_back(
+                { QStringLiteral("MainWindow/H0/V%1/T%2/%3").arg(column).arg(group).arg(dockName(i)).toStdString(),
+                    false, {} });
             stacked.push_back({ QStringLiteral("MainWindow/T0/%1").arg(dockName(i)).toStdString(), false, {} });
         }
         // The records a session would have saved: the sizes and geometry the window has in that arrangement.
@@ -189,7 +189,8 @@ int main(int argc, char** argv)
         },
         [](const Benchmarks::RatioReporter& figures) {
             if (const auto* run = figures.find("BM_RestoreWorkspace/real_time"))
-                std::printf("restore of 100 docks: %.1f ms (goal under 120 ms)\n", run->realNanoseconds / 1e6);
+                std::printf("restore of 100 docks: %.1f ms wall-clock, %.1f ms CPU (goal under 120 ms)\n",
+                    run->realNanoseconds / 1e6, run->cpuNanoseconds / 1e6);
         });
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();

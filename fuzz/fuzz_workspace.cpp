@@ -4,6 +4,7 @@
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QMainWindow>
@@ -29,8 +30,8 @@ using Marlix::Widgets::Dock;
 
 namespace {
 
-const char* const DOCK_NAMES[] = { "Scene", "Lister", "Properties", "Log", "Curves", "History", "Timeline", "Browser",
-    "Viewport", "Console" };
+const char* const DOCK_NAMES[]
+    = { "Scene", "Lister", "Properties", "Log", "Curves", "History", "Timeline", "Browser", "Viewport", "Console" };
 
 QMainWindow* window = nullptr;
 Stack<Dock::Data> baseline;
@@ -79,10 +80,25 @@ Stack<Dock::Data> textRecords(const std::uint8_t* data, std::size_t size)
     return records;
 }
 
+// Painting is most of the time of an input and not what is tried here: windows are never exposed, so they never
+// paint.
+class NoPainting : public QObject
+{
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        return event->type() == QEvent::Expose || event->type() == QEvent::Paint
+            || event->type() == QEvent::UpdateRequest;
+    }
+};
+
 void restore(ArrayView<const Dock::Data> records)
 {
     Stack<String> problems;
     Dock::restoreWorkspace(records, &problems);
+    // No event loop runs here: without this the posted layout requests pile up, and each new one is compared with all
+    // of them.
+    QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     for (Dock* dock : Dock::allDocks())
         if (!isReachable(dock))
@@ -96,7 +112,16 @@ void restore(ArrayView<const Dock::Data> records)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    LibQt::startup("fuzz_workspace", LibQt::ApplicationType::Gui, LibQt::Attribute::StandaloneApplication);
+    // Every refused record is logged; at thousands of inputs a second the log would be most of the work.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    // The application is never deleted: libFuzzer leaves through exit(), after Qt's own statics are gone, and the
+    // library would delete an application it made itself.
+    static int applicationArgc = 1;
+    static char name[] = "fuzz_workspace";
+    static char* applicationArgv[] = { name, nullptr };
+    new QApplication(applicationArgc, applicationArgv);
+    LibQt::startup("fuzz_workspace");
+    QCoreApplication::instance()->installEventFilter(new NoPainting);
     window = new QMainWindow;
     window->setObjectName(QStringLiteral("MainWindow"));
     window->resize(1200, 800);

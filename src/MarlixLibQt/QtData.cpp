@@ -1,7 +1,7 @@
 #include <MarlixLib/data/CoreTypes.h>
 #include <MarlixLib/data/EntityClassInfo.h>
-#include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/GenericProperty.h>
+#include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/MathValueTraits.h>
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLibQt/Color.h>
@@ -65,8 +65,8 @@ template <> struct ValueTraits<QByteArray>
     static String toString(const QByteArray& value) { return value.toBase64().toStdString(); }
     static Expected<QByteArray, String> fromString(StringView text)
     {
-        auto decoded = QByteArray::fromBase64Encoding(QByteArray(text.data(), static_cast<qsizetype>(text.size())),
-            QByteArray::AbortOnBase64DecodingErrors);
+        auto decoded = QByteArray::fromBase64Encoding(
+            QByteArray(text.data(), static_cast<qsizetype>(text.size())), QByteArray::AbortOnBase64DecodingErrors);
         if (!decoded)
             return Unexpected<String>("\"" + String(text) + "\" is not base64 text");
         return std::move(*decoded);
@@ -74,7 +74,8 @@ template <> struct ValueTraits<QByteArray>
     static void serialize(ISerializer& out, StringView key, const QByteArray& value)
     {
         out.writeBytes(key,
-            ArrayView<const std::byte>(reinterpret_cast<const std::byte*>(value.constData()), std::size_t(value.size())));
+            ArrayView<const std::byte>(
+                reinterpret_cast<const std::byte*>(value.constData()), std::size_t(value.size())));
     }
     static Expected<QByteArray, String> deserialize(IDeserializer& in, StringView key)
     {

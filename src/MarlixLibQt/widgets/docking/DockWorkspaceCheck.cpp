@@ -175,17 +175,20 @@ Stack<QString> recordProblems(const Dock::Data& record)
         problems.push_back(Dock::tr("the path is empty"));
         return problems;
     }
+    // Decoding is what finds the error; the text is not needed.
     QStringDecoder decoder(QStringDecoder::Utf8);
-    (void)QString(decoder(QByteArrayView(record.path.data(), static_cast<qsizetype>(record.path.size()))));
+    const QString decoded = decoder(QByteArrayView(record.path.data(), static_cast<qsizetype>(record.path.size())));
     if (decoder.hasError())
         add(Dock::tr("the path is not UTF-8 text"));
     if (tokens.size() > Limits::MAX_DEPTH + 2) {
-        add(Dock::tr("the path has %1 levels; a workspace nests at most %2").arg(tokens.size() - 2).arg(Limits::MAX_DEPTH));
+        add(Dock::tr("the path has %1 levels; a workspace nests at most %2")
+                .arg(tokens.size() - 2)
+                .arg(Limits::MAX_DEPTH));
         return problems;
     }
-    if (tokens.size() > 1 && tokens.front().size() > 1 && isLevelKind(tokens.front().front())
-        && indexProblem(tokens.front()).isEmpty())
-        add(Dock::tr("the path starts with the level %1 instead of the name of a window").arg(quotedText(tokens.front())));
+    if (tokens.size() > 1 && isLevelToken(tokens.front()))
+        add(Dock::tr("the path starts with the level %1 instead of the name of a window")
+                .arg(quotedText(tokens.front())));
     add(nameProblem(tokens.front()));
     for (std::size_t i = 1; i + 1 < tokens.size(); ++i) {
         const StringView token = tokens[i];
@@ -237,6 +240,14 @@ bool isWindowGeometry(const QByteArray& bytes)
         && (expected < GEOMETRY_SIZES[2] || isSaneRect(bytes, CLIENT_RECT_OFFSET));
 }
 
+Optional<QRect> windowNormalGeometry(const QByteArray& bytes)
+{
+    if (!isWindowGeometry(bytes))
+        return std::nullopt;
+    return QRect(QPoint(signed32(bytes, NORMAL_RECT_OFFSET), signed32(bytes, NORMAL_RECT_OFFSET + 4)),
+        QPoint(signed32(bytes, NORMAL_RECT_OFFSET + 8), signed32(bytes, NORMAL_RECT_OFFSET + 12)));
+}
+
 Stack<String> checkWorkspaceRecord(const Dock::Data& record)
 {
     Stack<String> messages;
@@ -258,7 +269,8 @@ Array<Stack<String>> checkEachWorkspaceRecord(ArrayView<const Dock::Data> record
             continue;
         // Paths compare as a restore reads them, without the empty parts.
         if (const auto [first, added] = paths.emplace(joined(tokens), i); !added) {
-            messages[i].push_back(recordMessage(i, records[i], Dock::tr("the path of record %1 again").arg(first->second + 1)));
+            messages[i].push_back(
+                recordMessage(i, records[i], Dock::tr("the path of record %1 again").arg(first->second + 1)));
             continue;
         }
         const StringView name = tokens.back();

@@ -1,9 +1,8 @@
-#include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
-
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLib/io/CborDeserializer.h>
 #include <MarlixLib/io/CborSerializer.h>
+#include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QFile>
 #include <QSaveFile>
@@ -88,12 +87,12 @@ Expected<void, String> saveWorkspaceFile(const Io::Path& path, ArrayView<const D
     }
     QSaveFile file(toQtPath(path));
     if (!file.open(QIODevice::WriteOnly))
-        return Unexpected<String>("Cannot write the workspace file " + fileName(path) + ": "
-            + file.errorString().toStdString());
+        return Unexpected<String>(
+            "Cannot write the workspace file " + fileName(path) + ": " + file.errorString().toStdString());
     const auto size = static_cast<qint64>(bytes.size());
     if (file.write(reinterpret_cast<const char*>(bytes.data()), size) != size || !file.commit())
-        return Unexpected<String>("Cannot write the workspace file " + fileName(path) + ": "
-            + file.errorString().toStdString());
+        return Unexpected<String>(
+            "Cannot write the workspace file " + fileName(path) + ": " + file.errorString().toStdString());
     return {};
 }
 
@@ -101,8 +100,8 @@ Expected<Stack<Dock::Data>, String> loadWorkspaceFile(const Io::Path& path)
 {
     QFile file(toQtPath(path));
     if (!file.open(QIODevice::ReadOnly))
-        return Unexpected<String>("Cannot read the workspace file " + fileName(path) + ": "
-            + file.errorString().toStdString());
+        return Unexpected<String>(
+            "Cannot read the workspace file " + fileName(path) + ": " + file.errorString().toStdString());
     if (static_cast<std::size_t>(file.size()) > Format::MAX_FILE_SIZE)
         return Unexpected<String>("The file " + fileName(path) + " is too large to be a workspace");
     const QByteArray bytes = file.read(static_cast<qint64>(Format::MAX_FILE_SIZE) + 1);
