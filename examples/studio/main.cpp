@@ -2,21 +2,39 @@
 #include "StudioWindow.h"
 
 #include <MarlixLibQt/LibQt.h>
+#include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
 
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGraphicsView>
+#include <QKeyEvent>
 #include <QPixmap>
+#include <QSplitter>
+#include <QStandardPaths>
+#include <QTabWidget>
 #include <QThread>
 #include <QVariant>
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 namespace {
 
-constexpr QSize WINDOW_SIZE(1280, 800);
+// The page docks sit between the page list and the undo history; the window leaves them about 1130 x 750 pixels.
+constexpr QSize WINDOW_SIZE(1520, 860);
+constexpr const char* USAGE = R"(usage: marlix-studio [--screenshots DIR] [--workspace FILE] [--reset-workspace]
+
+  --screenshots DIR   render every page to DIR/<page>.png and the whole window to
+                      DIR/workspace.png, then exit; the window shows a sample layout, or
+                      FILE's with --workspace, and nothing is saved
+  --workspace FILE    restore the docks' layout from FILE and save it there on exit, instead of
+                      the workspace in the studio's configuration folder
+  --reset-workspace   start from the default layout (the saved one is overwritten on exit)
+)";
 // Posted work (layouts, repaints) gets this long on every page; a page whose content comes from other threads
 // (thumbnails) also says when it is complete, and is waited for up to the limit on a loaded machine.
 constexpr int SETTLE_MILLISECONDS = 400;
@@ -41,8 +59,77 @@ void settle(const QWidget* page)
         std::fprintf(stderr, "marlix-studio: a page was still incomplete when its screenshot was taken\n");
 }
 
-// Renders every page of the window into DIR/<page>.png; returns the number of pages that could not be written.
-int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
+Marlix::Io::Path toPath(const QString& text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    return Marlix::Io::Path(
+        std::u8string(reinterpret_cast<const char8_t*>(utf8.constData()), std::size_t(utf8.size())));
+}
+
+/// Where the layout of the docks is kept between runs.
+Marlix::Io::Path defaultWorkspaceFile()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    return toPath(folder) / "workspace.cbor";
+}
+
+/// Puts the docks where the workspace file says; a file that does not exist yet leaves the default layout.
+void restoreWorkspace(const Marlix::Io::Path& file)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(file, error))
+        return;
+    const auto records = Marlix::Widgets::loadWorkspaceFile(file);
+    if (!records) {
+        std::fprintf(stderr, "marlix-studio: the workspace was not restored: %s\n", records.error().c_str());
+        return;
+    }
+    // Refused records are reported by the library's log; the docks they name stay where the default put them.
+    const Marlix::FlatSet<Marlix::String> missing = Marlix::Widgets::Dock::restoreWorkspace(*records);
+    for (const Marlix::String& path : missing)
+        std::fprintf(stderr, "marlix-studio: the workspace names a dock the studio does not have: %s\n", path.c_str());
+}
+
+/// A layout that shows what docks do: the Graph page beside the Properties page, the other pages tabbed, the page
+/// list and the undo history at the sides.
+void arrangeSampleLayout(Studio::StudioWindow& window)
+{
+    int properties = -1;
+    int graph = -1;
+    for (int i = 0; i < window.pageCount(); ++i) {
+        if (window.page(i).screenshotName == QStringLiteral("properties"))
+            properties = i;
+        else if (window.page(i).screenshotName == QStringLiteral("graph"))
+            graph = i;
+    }
+    if (properties < 0 || graph < 0)
+        return;
+    auto* tabs = qobject_cast<QTabWidget*>(window.pageDock(properties)->parentWidget()
+            ? window.pageDock(properties)->parentWidget()->parentWidget()
+            : nullptr);
+    if (!tabs)
+        return;
+    QSplitter* row = Marlix::Widgets::Dock::split(*tabs, Qt::Horizontal);
+    Marlix::Widgets::Dock::insertToParent(row, row->indexOf(tabs) + 1, window.pageDock(graph));
+    QList<int> sizes = row->sizes();
+    const int pagesWidth = sizes.value(row->indexOf(tabs)) + sizes.value(row->indexOf(tabs) + 1);
+    sizes[row->indexOf(tabs)] = pagesWidth / 2;
+    sizes[row->indexOf(tabs) + 1] = pagesWidth - pagesWidth / 2;
+    row->setSizes(sizes);
+    // The Graph page is the current one, so the undo history shows its rearranging of the nodes.
+    window.showPage(properties);
+    window.showPage(graph);
+    // Framed again at its new size, as the user would with Z.
+    QCoreApplication::processEvents();
+    if (auto* view = window.pageWidget(graph)->findChild<QGraphicsView*>()) {
+        QKeyEvent frame(QEvent::KeyPress, Qt::Key_Z, Qt::NoModifier, QStringLiteral("z"));
+        QApplication::sendEvent(view, &frame);
+    }
+}
+
+// Renders every page into DIR/<page>.png and the whole window into DIR/workspace.png; returns the number of files
+// that could not be written.
+int writeScreenshots(Studio::StudioWindow& window, const QString& folder, bool sampleLayout)
 {
     QDir dir;
     if (!dir.mkpath(folder)) {
@@ -51,9 +138,9 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
     }
     int failures = 0;
     int written = 0;
-    const auto shoot = [&](const QString& name) {
-        settle(window.currentPageWidget());
-        const QPixmap shot = window.grab();
+    const auto shoot = [&](const QString& name, QWidget* widget, QWidget* page) {
+        settle(page);
+        const QPixmap shot = widget ? widget->grab() : QPixmap();
         const QString file = QDir(folder).absoluteFilePath(name + QStringLiteral(".png"));
         if (shot.isNull() || !shot.save(file)) {
             std::fprintf(stderr, "marlix-studio: could not write %s\n", qPrintable(file));
@@ -64,12 +151,16 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
     };
     for (int i = 0; i < window.pageCount(); ++i) {
         window.showPage(i);
-        shoot(window.page(i).screenshotName);
+        QWidget* page = window.pageWidget(i);
+        shoot(window.page(i).screenshotName, page, page);
         for (const Studio::Shot& more : window.page(i).moreShots) {
-            more.prepare(window.currentPageWidget());
-            shoot(more.screenshotName);
+            more.prepare(page);
+            shoot(more.screenshotName, page, page);
         }
     }
+    if (sampleLayout)
+        arrangeSampleLayout(window);
+    shoot(QStringLiteral("workspace"), &window, window.currentPageWidget());
     std::printf("%d screenshots of %d pages written to %s\n", written, window.pageCount(),
         qPrintable(QDir(folder).absolutePath()));
     return failures;
@@ -80,11 +171,17 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder)
 int main(int argc, char** argv)
 {
     QString screenshots;
+    QString workspace;
+    bool reset = false;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--screenshots") == 0 && i + 1 < argc) {
             screenshots = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--workspace") == 0 && i + 1 < argc) {
+            workspace = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--reset-workspace") == 0) {
+            reset = true;
         } else if (std::strcmp(argv[i], "--help") == 0) {
-            std::puts("usage: marlix-studio [--screenshots DIR]");
+            std::fputs(USAGE, stdout);
             return 0;
         } else {
             std::fprintf(stderr, "marlix-studio: unknown argument %s (try --help)\n", argv[i]);
@@ -95,10 +192,24 @@ int main(int argc, char** argv)
     Marlix::LibQt::startup("Marlix Studio", Marlix::LibQt::ApplicationType::Gui, {}, {});
     int result = 0;
     {
+        const bool shooting = !screenshots.isEmpty();
         Studio::StudioWindow window;
-        window.resize(WINDOW_SIZE);
+        window.resize(Marlix::scaleByDpi(WINDOW_SIZE, &window));
+        // Screenshots show the default layout unless a workspace is named, and leave every saved one alone.
+        Marlix::Optional<Marlix::Io::Path> file;
+        if (!workspace.isEmpty())
+            file = toPath(workspace);
+        else if (!shooting)
+            file = defaultWorkspaceFile();
+        if (file && !reset)
+            restoreWorkspace(*file);
+        if (file && !shooting) {
+            std::error_code error;
+            std::filesystem::create_directories(file->parent_path(), error);
+            window.setWorkspaceFile(file);
+        }
         window.show();
-        result = screenshots.isEmpty() ? Marlix::LibQt::runEventLoop() : writeScreenshots(window, screenshots);
+        result = shooting ? writeScreenshots(window, screenshots, workspace.isEmpty()) : Marlix::LibQt::runEventLoop();
     }
     Marlix::LibQt::shutdown();
     return result;

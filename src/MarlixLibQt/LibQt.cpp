@@ -3,6 +3,8 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/docking/Dock.h>
+#include <MarlixLibQt/widgets/frame/WheelScrollPhaseSynthesizer.h>
 #include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
@@ -91,6 +93,7 @@ struct State
     bool typesRegistered = false;
     UniquePtr<ApplicationArguments> arguments;
     UniquePtr<QCoreApplication> ownedApplication;
+    UniquePtr<WheelScrollPhaseSynthesizer> wheelPhases;
     bool madeEventsSynchronous = false;
 };
 
@@ -186,6 +189,11 @@ void createApplication(const String& applicationName, ApplicationType type, Flag
 void lastStop()
 {
     State& s = state();
+    if (s.wheelPhases) {
+        if (QCoreApplication* application = QCoreApplication::instance())
+            application->removeEventFilter(s.wheelPhases.get());
+        s.wheelPhases.reset();
+    }
     removeModifierTracking();
     if (s.ownedApplication) {
         s.ownedApplication.reset(); // takes the style with it
@@ -217,6 +225,13 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
         if (qobject_cast<QGuiApplication*>(QCoreApplication::instance())
             && !attributes.has(Attribute::NoModifierKeysTracking))
             installModifierTracking();
+        if (qobject_cast<QApplication*>(QCoreApplication::instance())
+            && !attributes.has(Attribute::NoWheelScrollPhases)) {
+            s.wheelPhases = std::make_unique<WheelScrollPhaseSynthesizer>();
+            QCoreApplication::instance()->installEventFilter(s.wheelPhases.get());
+        }
+        if (qobject_cast<QApplication*>(QCoreApplication::instance()))
+            Widgets::Dock::connectOnFocusChangedSignal();
         qRegisterMetaType<String>("String");
         Widgets::PropertyControllerHandler::registerMetaType();
     } catch (...) {

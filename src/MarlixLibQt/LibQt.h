@@ -39,6 +39,8 @@ enum class Attribute : std::uint32_t {
     NoModifierKeysTracking = 1 << 3,
     /// Ask Qt for its software OpenGL rather than the desktop driver (machines without a usable driver).
     SoftwareOpenGl = 1 << 4,
+    /// Leave plain wheel events as they come instead of giving them scroll phases (WheelScrollPhaseSynthesizer).
+    NoWheelScrollPhases = 1 << 5,
 };
 
 /// The organisation name the first start gives the application (QSettings paths use it).

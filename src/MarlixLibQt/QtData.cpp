@@ -1,16 +1,20 @@
+#include <MarlixLib/data/CoreTypes.h>
 #include <MarlixLib/data/EntityClassInfo.h>
 #include <MarlixLib/data/GenericProperty.h>
+#include <MarlixLib/data/GroupLayout.h>
 #include <MarlixLib/data/MathValueTraits.h>
 #include <MarlixLib/data/TypeDatabase.h>
 #include <MarlixLibQt/Color.h>
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
 #include <MarlixLibQt/widgets/graph/GraphModel.h>
 #include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <map>
 
 namespace Marlix {
@@ -54,6 +58,34 @@ template <> struct ValueTraits<QColorExtended>
     }
 };
 
+/// Bytes are written as bytes; their text form is base64, and text that is not base64 is refused rather than read as
+/// whatever part of it decodes.
+template <> struct ValueTraits<QByteArray>
+{
+    static String toString(const QByteArray& value) { return value.toBase64().toStdString(); }
+    static Expected<QByteArray, String> fromString(StringView text)
+    {
+        auto decoded = QByteArray::fromBase64Encoding(
+            QByteArray(text.data(), static_cast<qsizetype>(text.size())), QByteArray::AbortOnBase64DecodingErrors);
+        if (!decoded)
+            return Unexpected<String>("\"" + String(text) + "\" is not base64 text");
+        return std::move(*decoded);
+    }
+    static void serialize(ISerializer& out, StringView key, const QByteArray& value)
+    {
+        out.writeBytes(key,
+            ArrayView<const std::byte>(
+                reinterpret_cast<const std::byte*>(value.constData()), std::size_t(value.size())));
+    }
+    static Expected<QByteArray, String> deserialize(IDeserializer& in, StringView key)
+    {
+        const auto read = in.readBytes(key);
+        if (!read)
+            return Unexpected<String>(read.error());
+        return QByteArray(reinterpret_cast<const char*>(read->data()), static_cast<qsizetype>(read->size()));
+    }
+};
+
 namespace {
 
 template <class E> Array<EnumerationValue> enumerationValues(std::initializer_list<std::pair<E, const char*>> values)
@@ -91,6 +123,23 @@ TypeModuleRecord makeDataTypesRecord()
     record.addType(TypeDefinition::makeEnumeration<Speed>("SpinBoxScrollSpeedAdjustmentType",
         enumerationValues<Speed>({ { Speed::ShiftFasterCtrlSlower, "ShiftFasterCtrlSlower" },
             { Speed::CtrlFasterAltSlower, "CtrlFasterAltSlower" }, { Speed::NoAdjustment, "NoAdjustment" } })));
+    // A workspace is a list of dock records, so a host saves it like any other value.
+    const auto coreType = [](StringView name) {
+        for (const auto& type : getCoreTypesRecord().getTypes())
+            if (type->getName() == name)
+                return SharedPtr<const TypeDefinition>(type);
+        Detail::throwStopException("QtData", __LINE__);
+    };
+    auto bytes = TypeDefinition::makePlain<QByteArray>("QByteArray");
+    record.addType(bytes);
+    using Widgets::Dock;
+    auto dockData = TypeDefinition::makeNativeDataObject<Dock::Data>("DockData",
+        makeSharedPtr<const GroupLayout>("DockData",
+            Array<PropertyDefinition> { PropertyDefinition("path", coreType("String")),
+                PropertyDefinition("hidden", coreType("bool")), PropertyDefinition("geometry", bytes) }),
+        { offsetof(Dock::Data, path), offsetof(Dock::Data, hidden), offsetof(Dock::Data, geometry) });
+    record.addType(dockData);
+    record.addType(TypeDefinition::makeList<Dock::Data>("DockDataList", dockData));
     // Graphs are saved with their scene, so loading must find their classes by name.
     record.addEntityClass(*Widgets::Node::getClass().getBaseClass());
     record.addEntityClass(Widgets::Node::getClass());

@@ -1,5 +1,6 @@
 #include <MarlixLibQt/LibQt.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/docking/Dock.h>
 
 #include <MarlixLib/Lib.h>
 #include <MarlixLib/data/TypeDatabase.h>
@@ -7,10 +8,13 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPointer>
 #include <QStyle>
 #include <QTest>
+#include <QWheelEvent>
 #include <QWidget>
+#include <QtTest/qtestspontaneevent.h>
 #include <qpa/qwindowsysteminterface_p.h>
 
 #include <array>
@@ -30,6 +34,39 @@ bool sendNativeKeyPress(std::uint16_t state)
     return QAbstractEventDispatcher::instance()->filterNativeEvent("xcb_generic_event_t", event.data(), &result);
 }
 
+/// The phase that a widget sees of a plain wheel turn that the window system hands to its window.
+Qt::ScrollPhase wheelPhaseSeen()
+{
+    struct PhaseWidget : QWidget
+    {
+        Qt::ScrollPhase seen = Qt::ScrollMomentum;
+        void wheelEvent(QWheelEvent* event) override
+        {
+            if (seen == Qt::ScrollMomentum)
+                seen = event->phase();
+        }
+    } widget;
+    widget.show();
+    QWheelEvent event(QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, 120), Qt::NoButton,
+        Qt::NoModifier, Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(widget.windowHandle(), &event);
+    return widget.seen;
+}
+
+/// Whether the dock that holds the focus is tracked.
+bool dockFocusTracked()
+{
+    Widgets::Dock dock(QStringLiteral("Focus"));
+    auto* edit = new QLineEdit;
+    dock.setWidget(edit);
+    dock.show();
+    if (!QTest::qWaitForWindowActive(&dock))
+        return false;
+    edit->setFocus();
+    return Widgets::Dock::getDockWithFocus() == &dock;
+}
+
 } // namespace
 
 /// Start-up in a process without a Qt application: the library makes it, and the last shutdown takes it away.
@@ -44,6 +81,7 @@ private Q_SLOTS:
     void attributesChangeTheFirstStart_data();
     void attributesChangeTheFirstStart();
     void startsAgainAfterAFullStop();
+    void wheelPhasesEndWithTheLastStop();
 };
 
 void tst_LibQtStartup::cleanup()
@@ -80,6 +118,7 @@ void tst_LibQtStartup::firstStartCreatesTheApplication()
     QKeyEvent press(QEvent::KeyPress, Qt::Key_Control, Qt::NoModifier);
     QApplication::sendEvent(&target, &press);
     QCOMPARE(seen, QList<Qt::KeyboardModifiers> { Qt::ControlModifier });
+    QVERIFY(dockFocusTracked());
 }
 
 void tst_LibQtStartup::lastShutdownDeletesTheApplication()
@@ -113,14 +152,16 @@ void tst_LibQtStartup::attributesChangeTheFirstStart_data()
     QTest::addColumn<bool>("pluginApplication");
     QTest::addColumn<bool>("modifiersWatched");
     QTest::addColumn<bool>("nativeEventsWatched"); // Qt applies native filters to applications of their own only
+    QTest::addColumn<bool>("wheelPhases");
 
     using A = LibQt::Attribute;
-    QTest::newRow("none") << 0 << true << true << true << false;
-    QTest::newRow("platform style") << int(A::KeepPlatformStyle) << false << true << true << false;
-    QTest::newRow("standalone") << int(A::StandaloneApplication) << true << false << true << true;
-    QTest::newRow("no modifier tracking") << int(A::NoModifierKeysTracking) << true << true << false << false;
+    QTest::newRow("none") << 0 << true << true << true << false << true;
+    QTest::newRow("platform style") << int(A::KeepPlatformStyle) << false << true << true << false << true;
+    QTest::newRow("standalone") << int(A::StandaloneApplication) << true << false << true << true << true;
+    QTest::newRow("no modifier tracking") << int(A::NoModifierKeysTracking) << true << true << false << false << true;
     QTest::newRow("standalone, no modifier tracking")
-        << (int(A::StandaloneApplication) | int(A::NoModifierKeysTracking)) << true << false << false << false;
+        << (int(A::StandaloneApplication) | int(A::NoModifierKeysTracking)) << true << false << false << false << true;
+    QTest::newRow("no wheel phases") << int(A::NoWheelScrollPhases) << true << true << true << false << false;
 }
 
 void tst_LibQtStartup::attributesChangeTheFirstStart()
@@ -130,6 +171,7 @@ void tst_LibQtStartup::attributesChangeTheFirstStart()
     QFETCH(bool, pluginApplication);
     QFETCH(bool, modifiersWatched);
     QFETCH(bool, nativeEventsWatched);
+    QFETCH(bool, wheelPhases);
 
     LibQt::startup("Attributes", LibQt::ApplicationType::Gui,
                    Flags<LibQt::Attribute>::fromBits(std::uint32_t(attributes)));
@@ -147,6 +189,8 @@ void tst_LibQtStartup::attributesChangeTheFirstStart()
     seen.clear();
     QVERIFY(!sendNativeKeyPress(0x04 | 0x08)); // never swallowed
     QCOMPARE(seen.value(0) == (Qt::ControlModifier | Qt::AltModifier), nativeEventsWatched);
+
+    QCOMPARE(wheelPhaseSeen(), wheelPhases ? Qt::ScrollBegin : Qt::NoScrollPhase);
 }
 
 void tst_LibQtStartup::startsAgainAfterAFullStop()
@@ -165,6 +209,23 @@ void tst_LibQtStartup::startsAgainAfterAFullStop()
     QWidget window;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(dockFocusTracked()); // in the new application too
+}
+
+void tst_LibQtStartup::wheelPhasesEndWithTheLastStop()
+{
+    // In a host's own application, which outlives the library.
+    int argc = 1;
+    char name[] = "host";
+    char* argv[] = { name, nullptr };
+    QApplication application(argc, argv);
+    LibQt::startup("Host");
+    LibQt::startup("Host again");
+    QCOMPARE(wheelPhaseSeen(), Qt::ScrollBegin);
+    LibQt::shutdown();
+    QCOMPARE(wheelPhaseSeen(), Qt::ScrollBegin);
+    LibQt::shutdown();
+    QCOMPARE(wheelPhaseSeen(), Qt::NoScrollPhase);
 }
 
 QTEST_APPLESS_MAIN(tst_LibQtStartup)

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Marlix::Widgets {
 
@@ -172,15 +173,18 @@ QRect PopupWrapper::computePopupGeometry(
     // std::max before std::min: a bubble larger than the area keeps its start visible.
     const auto clampY = [&](int y) { return std::max(std::min(y, area.bottom() - height), area.top()); };
     const auto clampX = [&](int x) { return std::max(std::min(x, area.right() - width), area.left()); };
+    // QRect::center() rounds toward zero, which left of or above the primary screen shifts the bubble by a pixel.
+    const QPoint centre(int(std::floor((double(anchor.left()) + anchor.right()) / 2.0)),
+        int(std::floor((double(anchor.top()) + anchor.bottom()) / 2.0)));
     switch (edge) {
     case Qt::LeftEdge:
-        return { QPoint(extended.right() - width, clampY(anchor.center().y() - pin)), size };
+        return { QPoint(extended.right() - width, clampY(centre.y() - pin)), size };
     case Qt::RightEdge:
-        return { QPoint(extended.left(), clampY(anchor.center().y() - pin)), size };
+        return { QPoint(extended.left(), clampY(centre.y() - pin)), size };
     case Qt::TopEdge:
-        return { QPoint(clampX(anchor.center().x() - pin), extended.bottom() - height), size };
+        return { QPoint(clampX(centre.x() - pin), extended.bottom() - height), size };
     case Qt::BottomEdge:
-        return { QPoint(clampX(anchor.center().x() - pin), extended.top()), size };
+        return { QPoint(clampX(centre.x() - pin), extended.top()), size };
     }
     Detail::throwStopException(UNIT, __LINE__);
 }

@@ -3,12 +3,57 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Marlix::Widgets {
 
 IViewportClient::~IViewportClient() = default;
 
 IViewportHost::~IViewportHost() = default;
+
+DefaultViewportHost::~DefaultViewportHost() = default;
+
+void DefaultViewportHost::addClient(IViewportClient& client)
+{
+    if (!hasClient(client))
+        clients.push_back(&client);
+}
+
+void DefaultViewportHost::removeClient(IViewportClient& client)
+{
+    // Clients leave from their destructors, where a call back into them would reach a half-destroyed object.
+    if (mouseHolder == &client)
+        mouseHolder = nullptr;
+    std::erase(clients, &client);
+}
+
+bool DefaultViewportHost::requestExclusiveMouseControl(IViewportClient& client)
+{
+    if (!hasClient(client))
+        return false;
+    if (mouseHolder == &client)
+        return true;
+    if (IViewportClient* previous = std::exchange(mouseHolder, &client))
+        previous->onExclusiveMouseControlLost();
+    // The previous holder may have let go of its own client registration, or asked again, while hearing of it.
+    if (mouseHolder != &client)
+        return false;
+    client.onExclusiveMouseControlGained();
+    return true;
+}
+
+void DefaultViewportHost::releaseExclusiveMouseControl(IViewportClient& client)
+{
+    if (mouseHolder == &client) {
+        mouseHolder = nullptr;
+        client.onExclusiveMouseControlLost();
+    }
+}
+
+bool DefaultViewportHost::hasClient(const IViewportClient& client) const
+{
+    return std::find(clients.begin(), clients.end(), &client) != clients.end();
+}
 
 Marlix::Histogram IViewportHost::getCurveChannelHistogram(
     int channel, int binCount, std::pair<float, float> range, Optional<int> layer) const

@@ -60,11 +60,44 @@ public:
     virtual void releaseExclusiveMouseControl(IViewportClient& /*client*/) { }
 };
 
-/// A viewport with nothing in it: no size, no image, no mouse to give.
+/// A viewport with nothing in it (no size, no image, so empty histograms and no samples) that still keeps the books
+/// of its clients and lends the mouse to one of them at a time.
+///
+/// Copies and moves carry no clients: a client registered with one host hears only from that host, and a host made
+/// by copying starts without clients (assigning keeps the target's own).
 class MARLIXLIBQT_EXPORT DefaultViewportHost : public IViewportHost
 {
 public:
+    DefaultViewportHost() = default;
+    DefaultViewportHost(const DefaultViewportHost&)
+        : IViewportHost()
+    {
+    }
+    DefaultViewportHost(DefaultViewportHost&&) noexcept
+        : IViewportHost()
+    {
+    }
+    DefaultViewportHost& operator=(const DefaultViewportHost&) { return *this; }
+    DefaultViewportHost& operator=(DefaultViewportHost&&) noexcept { return *this; }
+    ~DefaultViewportHost() override;
+
     Vector2 getViewportSize() const override { return { 0.0, 0.0 }; }
+
+    void addClient(IViewportClient& client) override;
+    /// Forgets `client`; if it held the mouse, the mouse goes back to the host without telling the leaving client.
+    void removeClient(IViewportClient& client) override;
+    /// Grants the mouse to a registered client (the one holding it before hears that it lost it); false for a client
+    /// that was never added.
+    bool requestExclusiveMouseControl(IViewportClient& client) override;
+    void releaseExclusiveMouseControl(IViewportClient& client) override;
+
+    bool hasClient(const IViewportClient& client) const;
+    /// The client that holds the mouse; null when the host has it.
+    IViewportClient* getExclusiveMouseClient() const { return mouseHolder; }
+
+private:
+    Array<IViewportClient*> clients;
+    IViewportClient* mouseHolder = nullptr;
 };
 
 /// The tone of a pixel in one ColorCurveChannel (the master channel reads luminance, Rec. 709 weights), 0 to 1.

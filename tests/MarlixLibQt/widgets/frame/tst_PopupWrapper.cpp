@@ -3,13 +3,18 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QDir>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QWheelEvent>
 #include <QtTest/qtestspontaneevent.h>
+
+#include <algorithm>
 
 using Marlix::Widgets::OverlayWrapper;
 using Marlix::Widgets::PopupWrapper;
@@ -59,6 +64,8 @@ private Q_SLOTS:
     void geometry();
     void popupFollowsItsGeometry();
     void confinedToWindowFlips();
+    void placementOnHighDpiScreen_data();
+    void placementOnHighDpiScreen();
     void rejectedDialogContentFinishesAndDeletes();
     void overlayFollowsParent_data();
     void overlayFollowsParent();
@@ -181,6 +188,64 @@ void tst_PopupWrapper::confinedToWindowFlips()
     popup->reject();
 }
 
+void tst_PopupWrapper::placementOnHighDpiScreen_data()
+{
+    QTest::addColumn<int>("side"); // of the second screen: -1 left of the primary one, 1 right of it
+    QTest::addColumn<QRect>("anchor"); // from the top-left of that screen, in device-independent pixels
+    QTest::addColumn<Qt::Edge>("requested");
+    QTest::addColumn<Qt::Edge>("expectedEdge");
+    QTest::addColumn<QPoint>("expectedPosition");
+
+    // The screens are 1920 x 1080 device-independent pixels (2880 x 1620 device pixels). A popup that read device
+    // pixels would find room below an anchor at 1000 and beside one at 1880.
+    for (const int side : { -1, 1 }) {
+        const QByteArray name = side < 0 ? "left screen, " : "right screen, ";
+        QTest::newRow(name + "below") << side << QRect(500, 500, 100, 20) << Qt::TopEdge << Qt::TopEdge
+                                      << QPoint(449, 519);
+        QTest::newRow(name + "flip to above")
+            << side << QRect(500, 1000, 100, 20) << Qt::TopEdge << Qt::BottomEdge << QPoint(449, 901);
+        QTest::newRow(name + "clamp right")
+            << side << QRect(1880, 500, 40, 20) << Qt::TopEdge << Qt::TopEdge << QPoint(1710, 519);
+        QTest::newRow(name + "clamp left")
+            << side << QRect(0, 500, 40, 20) << Qt::BottomEdge << Qt::BottomEdge << QPoint(10, 401);
+    }
+}
+
+void tst_PopupWrapper::placementOnHighDpiScreen()
+{
+    QFETCH(int, side);
+    QFETCH(QRect, anchor);
+    QFETCH(Qt::Edge, requested);
+    QFETCH(Qt::Edge, expectedEdge);
+    QFETCH(QPoint, expectedPosition);
+
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const auto found = std::find_if(screens.begin(), screens.end(), [side](const QScreen* screen) {
+        return screen->devicePixelRatio() == 1.5 && screen->geometry().x() * side > 0;
+    });
+    if (found == screens.end())
+        QSKIP("Needs the offscreen platform's desk of screens that main() sets up.");
+    const QRect available = (*found)->availableGeometry();
+    QCOMPARE(available.size(), QSize(1920, 1080));
+
+    QWidget window;
+    window.setGeometry(available);
+    auto* button = new QPushButton(QStringLiteral("Pick"), &window);
+    button->setGeometry(anchor);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCOMPARE(window.screen(), *found);
+
+    auto* content = new QLabel(QStringLiteral("On the second screen"));
+    content->setFixedSize(BUBBLE.width(), BUBBLE.height() - PopupWrapper::PIN_MARGIN);
+    QPointer<PopupWrapper> popup = PopupWrapper::popupWidget(content, button, requested, Qt::AlignHCenter);
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QCOMPARE(popup->edge(), expectedEdge);
+    QCOMPARE(popup->geometry(), QRect(available.topLeft() + expectedPosition, BUBBLE));
+    QCOMPARE(popup->screen(), *found);
+    popup->reject();
+}
+
 void tst_PopupWrapper::rejectedDialogContentFinishesAndDeletes()
 {
     QWidget window;
@@ -256,5 +321,24 @@ void tst_PopupWrapper::overlaySwallowsWheelAndHides()
     QVERIFY(overlay->isHidden());
 }
 
-QTEST_MAIN(tst_PopupWrapper)
+int main(int argc, char** argv)
+{
+    // Under the offscreen platform, a desk of three screens: the primary one at 96 DPI with one at 144 DPI on each
+    // side. Qt gives each its own scale (device-independent sizes 1920 x 1080, origins in device pixels), as on a
+    // desktop with mixed DPI; a fixed font DPI would flatten that.
+    QTemporaryFile desk(QDir::tempPath() + QStringLiteral("/screens-XXXXXX.json"));
+    if (qgetenv("QT_QPA_PLATFORM") == "offscreen" && desk.open()) {
+        desk.write(R"({ "windowFrameMargins": false, "screens": [
+            { "name": "0-primary", "x": 0, "y": 0, "width": 1920, "height": 1080, "logicalDpi": 96 },
+            { "name": "1-right", "x": 1920, "y": 0, "width": 2880, "height": 1620, "logicalDpi": 144 },
+            { "name": "2-left", "x": -2880, "y": 0, "width": 2880, "height": 1620, "logicalDpi": 144 } ] })");
+        desk.flush();
+        qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(desk.fileName()));
+        qunsetenv("QT_FONT_DPI");
+    }
+    QApplication application(argc, argv);
+    tst_PopupWrapper test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_PopupWrapper.moc"

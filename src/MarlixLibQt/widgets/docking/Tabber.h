@@ -1,0 +1,40 @@
+#pragma once
+
+#include <MarlixLibQt/MarlixLibQtExport.h>
+
+#include <QTabWidget>
+
+class QToolButton;
+
+namespace Marlix::Widgets {
+
+/// The tab widget of the docking layout: docks that share one place, each tab with its own undock button.
+class MARLIXLIBQT_EXPORT Tabber : public QTabWidget
+{
+    Q_OBJECT
+
+public:
+    explicit Tabber(QWidget* parent = nullptr);
+
+    /// The undock button of the tab at `index`; null for an index out of range.
+    QToolButton* undockButton(int index) const;
+
+protected:
+    void tabInserted(int index) override;
+    void tabRemoved(int index) override;
+
+private:
+    void onTabBarClicked(int index);
+    void onCurrentChanged(int index);
+    void onUndockClicked();
+    void scheduleUpdate();
+    /// Titles of the tabs from their docks, and the tidying of a tab widget left empty.
+    void updateTabs();
+
+    bool updateQueued = false;
+};
+
+/// The undock button of a dock header or a tab: the style's icon, the text "Undock".
+QToolButton* makeUndockButton(QWidget* parent);
+
+} // namespace Marlix::Widgets
