@@ -23,6 +23,30 @@ struct SortKey
     double number = 0.0;
     Optional<QCollatorSortKey> text;
 };
+/// Case folded, and digit runs padded to one width, so that plain collation orders "object 9" before "Object 10". The
+/// collator's own numeric and case-insensitive modes would do it, but not in every locale (the C locale has neither).
+QString withPaddedNumbers(const QString& text)
+{
+    constexpr qsizetype WIDTH = 20;
+    QString result;
+    result.reserve(text.size() + 2 * WIDTH);
+    for (qsizetype i = 0; i < text.size();) {
+        if (!text[i].isDigit()) {
+            result += text[i++];
+            continue;
+        }
+        qsizetype end = i;
+        while (end < text.size() && text[end].isDigit())
+            ++end;
+        while (i + 1 < end && text[i] == QLatin1Char('0')) // "09" and "9" are the same number
+            ++i;
+        if (end - i < WIDTH)
+            result += QString(WIDTH - (end - i), QLatin1Char('0'));
+        result += QStringView(text).mid(i, end - i);
+        i = end;
+    }
+    return result.toCaseFolded();
+}
 } // namespace
 
 /// The sort keys of the cells of one column, made once per cell: a sort compares each cell many times, and reading a
@@ -35,8 +59,6 @@ struct ListerProxy::SortKeys
 
     SortKeys()
     {
-        // "Object 9" before "Object 10", as people number things.
-        collator.setNumericMode(true);
         collator.setCaseSensitivity(Qt::CaseInsensitive);
     }
 
@@ -64,7 +86,7 @@ struct ListerProxy::SortKeys
                 key.number = property.read<double>();
                 key.kind = SortKey::Kind::Number;
             } else {
-                key.text = collator.sortKey(toQt(accessor->toString()));
+                key.text = collator.sortKey(withPaddedNumbers(toQt(accessor->toString())));
                 key.kind = SortKey::Kind::Text;
             }
         } catch (const std::exception&) {

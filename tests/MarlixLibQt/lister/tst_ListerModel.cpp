@@ -95,6 +95,7 @@ private Q_SLOTS:
     void editShowsInExactlyItsCell();
     void proxySortsAndFilters_data();
     void proxySortsAndFilters();
+    void proxySortsNumbersInNamesAsNumbers();
 };
 
 void TestListerModel::cellsFollowThePresentation_data()
@@ -430,6 +431,18 @@ void TestListerModel::proxySortsAndFilters()
         QCOMPARE(describe(proxy), QStringLiteral("All|Glass|Wood(Glass pine,Oak glass)|Steel|Amber|Glaze"));
     if (filter == QLatin1String("GLA"))
         QCOMPARE(describe(proxy), QStringLiteral("Wood(Oak glass,Glass pine)|Glass|Glaze|All"));
+}
+
+void TestListerModel::proxySortsNumbersInNamesAsNumbers()
+{
+    // Whatever the user's locale (the C locale's collation knows no numbers).
+    ListerModel model(makeColumns(), {});
+    for (const char* name : { "Object 10", "object 9", "Object 1", "Object 09a", "Object 100" })
+        model.addTopLevelEntity(make(materialClass(), name));
+    ListerProxy proxy;
+    proxy.setListerModel(&model);
+    proxy.sort(NAME, Qt::AscendingOrder);
+    QCOMPARE(describe(proxy), QStringLiteral("Object 1|object 9|Object 09a|Object 10|Object 100"));
 }
 
 QTEST_MAIN(TestListerModel)
