@@ -268,11 +268,17 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
     }
     // Every dock the workspace places leaves its place first, so that the containers are rebuilt from the records
     // alone; a missing dock holds its place with a placeholder so that the indices of its neighbours still match.
+    // From the last, with each tab group turned to its first tab: a tab that goes from behind the current one
+    // changes nothing else, where taking the current tab makes the tab bar choose and measure a new one each time.
     for (const Entry& entry : entries) {
-        if (entry.dock) {
-            detach(*entry.dock);
-            entry.dock->hide();
-            reparent(entry.dock, nullptr);
+        if (auto* tabs = entry.dock ? qobject_cast<QTabWidget*>(containerOf(entry.dock)) : nullptr)
+            tabs->setCurrentIndex(0);
+    }
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+        if (entry->dock) {
+            detach(*entry->dock);
+            entry->dock->hide();
+            reparent(entry->dock, nullptr);
         }
     }
     QList<QPointer<QWidget>> placeholders;
