@@ -263,7 +263,8 @@ void Dock::applyVisibility(bool visible)
     if (auto* tabs = qobject_cast<QTabWidget*>(containerOf(this))) {
         const int index = tabs->indexOf(this);
         tabs->setTabVisible(index, visible);
-        if (visible)
+        // A restore gives every tab group its current tab from its own record, once.
+        if (visible && !restoring)
             tabs->setCurrentIndex(index);
     } else {
         setVisible(visible);
@@ -275,7 +276,7 @@ void Dock::applyVisibility(bool visible)
     updateContainerVisibility(this);
     // Shown inside a tab that is not the current one, the dock would stay out of sight.
     QWidget* child = this;
-    for (QWidget* container = containerOf(child); visible && container;
+    for (QWidget* container = containerOf(child); visible && !restoring && container;
          child = container, container = containerOf(container)) {
         if (auto* tabs = qobject_cast<QTabWidget*>(container))
             tabs->setCurrentWidget(child);

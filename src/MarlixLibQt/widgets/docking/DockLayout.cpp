@@ -37,7 +37,8 @@ void placeInFrame(QWidget& frame, int index, QWidget& widget)
             Dock::setCentralWidget(*mainWindow, root);
         else
             static_cast<DockWindow&>(frame).setRoot(&root);
-        root.show();
+        if (!restoring)
+            root.show();
     };
     if (!occupant || isPlaceholder(occupant)) {
         setRoot(widget);
@@ -94,9 +95,13 @@ void showIfWanted(QWidget& widget)
 
 QMainWindow* Dock::findMainWindow()
 {
+    // Looked up for every dock a workspace moves: the answer is kept while that window lives and stays top-level.
+    static QPointer<QMainWindow> found;
+    if (found && !found->parentWidget())
+        return found;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (auto* mainWindow = qobject_cast<QMainWindow*>(widget); mainWindow && !mainWindow->parentWidget())
-            return mainWindow;
+            return found = mainWindow;
     }
     return nullptr;
 }
@@ -105,6 +110,15 @@ QWidget* Dock::findTopLevelWidget(const QString& name)
 {
     if (name.isEmpty())
         return nullptr;
+    // The windows of the layout first, from their registries, before every widget of the application is looked at.
+    if (QMainWindow* mainWindow = findMainWindow(); mainWindow && frameToken(*mainWindow) == name)
+        return mainWindow;
+    for (DockWindow* window : dockWindows()) {
+        if (window->objectName() == name)
+            return window;
+    }
+    if (Dock* dock = findDock(name); dock && dock->isWindow())
+        return dock;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (widget->isWindow() && widget->objectName() == name && widget != currentOverlay())
             return widget;

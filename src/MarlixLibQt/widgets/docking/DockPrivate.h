@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QWidget>
 
+class QTabWidget;
+
 // Helpers shared by the files of the docking layout; not part of the library's interface.
 
 namespace Marlix::Widgets {
@@ -18,6 +20,7 @@ class DockWindow : public QWidget
 
 public:
     explicit DockWindow(const QString& name);
+    ~DockWindow() override;
 
     QWidget* root() const { return rootWidget; }
     /// Puts `widget` in the window; the previous root, if any, is handed back unparented.
@@ -71,10 +74,16 @@ QStringList pathOf(const QWidget& widget);
 /// The token that names the top-level `frame` in paths.
 QString frameToken(const QWidget& frame);
 DockWindow* makeDockWindow(const QString& name, const QRect& geometry);
+/// Every dock window that exists, in the order they were made.
+const QList<DockWindow*>& dockWindows();
 QString nextDockWindowName();
 
+void setTabTitle(QTabWidget& tabs, int index, const QString& title);
 /// Retitles the tabs and the dock window that show `widget`'s title, from it up to its window.
 void updateTitles(QWidget* widget);
+/// While a workspace is restored the roots of the windows stay hidden, so that no tab bar or splitter lays itself
+/// out for each dock that comes or goes; they show once the trees are whole.
+extern int restoring;
 /// The drop overlay when it exists, without making it.
 QWidget* currentOverlay();
 /// Whether `dock` shows where it sits: not hidden, its tab visible, its window not closed.

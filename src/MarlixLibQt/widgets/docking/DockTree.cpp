@@ -15,6 +15,12 @@ namespace {
 
 const char* const PLACEHOLDER_PROPERTY = "marlixDockPlaceholder";
 
+QList<DockWindow*>& windowRegistry()
+{
+    static QList<DockWindow*> windows;
+    return windows;
+}
+
 } // namespace
 
 DockWindow::DockWindow(const QString& name)
@@ -25,6 +31,12 @@ DockWindow::DockWindow(const QString& name)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    windowRegistry().append(this);
+}
+
+DockWindow::~DockWindow()
+{
+    windowRegistry().removeOne(this);
 }
 
 QWidget* DockWindow::setRoot(QWidget* widget)
@@ -53,6 +65,8 @@ void DockWindow::closeEvent(QCloseEvent* event)
 }
 
 namespace DockDetail {
+
+int restoring = 0;
 
 Qt::WindowFlags floatingFlags()
 {
@@ -320,13 +334,18 @@ DockWindow* makeDockWindow(const QString& name, const QRect& geometry)
     return window;
 }
 
+const QList<DockWindow*>& dockWindows()
+{
+    return windowRegistry();
+}
+
 QString nextDockWindowName()
 {
     int highest = 0;
     const QString prefix = QStringLiteral("Floating#");
     const QString suffix = QLatin1Char('.') + MAIN_WINDOW_TOKEN;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        const QString name = widget->objectName();
+    for (const DockWindow* window : windowRegistry()) {
+        const QString name = window->objectName();
         if (name.startsWith(prefix) && name.endsWith(suffix))
             highest = std::max(highest, name.mid(prefix.size(), name.size() - prefix.size() - suffix.size()).toInt());
     }
@@ -345,12 +364,21 @@ bool isShown(const Dock& dock)
     return qobject_cast<const QMainWindow*>(child) || !child->isHidden();
 }
 
+void setTabTitle(QTabWidget& tabs, int index, const QString& title)
+{
+    // Every new text lays the whole tab bar out again, so a text that stays is not set.
+    if (tabs.tabText(index) == title)
+        return;
+    tabs.setTabText(index, title);
+    tabs.setTabToolTip(index, title);
+}
+
 void updateTitles(QWidget* widget)
 {
     QWidget* child = widget;
     for (QWidget* container = containerOf(child); container; child = container, container = containerOf(container)) {
         if (auto* tabs = qobject_cast<QTabWidget*>(container))
-            tabs->setTabText(tabs->indexOf(child), Dock::compositeTitle(child));
+            setTabTitle(*tabs, tabs->indexOf(child), Dock::compositeTitle(child));
         else if (auto* window = qobject_cast<DockWindow*>(container))
             window->setWindowTitle(Dock::compositeTitle(child));
     }
@@ -369,7 +397,7 @@ void updateContainerVisibility(QWidget* widget)
         QWidget* parent = containerOf(container);
         if (auto* tabs = qobject_cast<QTabWidget*>(parent))
             tabs->setTabVisible(tabs->indexOf(container), anything);
-        else
+        else if (!restoring || !isFrame(parent))
             container->setVisible(anything);
     }
     if (auto* window = qobject_cast<DockWindow*>(container)) {

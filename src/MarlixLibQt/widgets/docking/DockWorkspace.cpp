@@ -146,28 +146,73 @@ void rescue(Dock& dock)
     dock.toggleViewAction()->setChecked(shown);
 }
 
+/// Counts a restore in progress, also when one ends early.
+class RestoreScope
+{
+public:
+    RestoreScope() { ++restoring; }
+    ~RestoreScope() { finish(); }
+    RestoreScope(const RestoreScope&) = delete;
+    RestoreScope& operator=(const RestoreScope&) = delete;
+
+    void finish()
+    {
+        if (!finished)
+            --restoring;
+        finished = true;
+    }
+
+private:
+    bool finished = false;
+};
+
+/// A window's root once its tree is whole: a container shows when it holds something visible, a dock as its action
+/// says, anything else as it was before the restore.
+void showRoot(QWidget& frame, const QList<QPointer<QWidget>>& hiddenRoots)
+{
+    QWidget* root = DockDetail::childAt(&frame, 0);
+    if (auto* splitter = qobject_cast<QSplitter*>(root))
+        root->setVisible(Dock::visibleChildrenCount(splitter) > 0);
+    else if (auto* tabs = qobject_cast<QTabWidget*>(root))
+        root->setVisible(Dock::visibleTabsCount(tabs) > 0);
+    else if (auto* dock = qobject_cast<Dock*>(root))
+        dock->setVisible(dock->toggleViewAction()->isChecked());
+    else if (root && (isPlaceholder(root) || hiddenRoots.contains(root)))
+        root->show();
+}
+
+bool byName(const QWidget* a, const QWidget* b)
+{
+    return a->objectName() < b->objectName();
+}
+
+/// The main window, then the dock windows by name; a dock window without a name is on its way out.
+QList<QWidget*> frames()
+{
+    QList<QWidget*> windows;
+    for (DockWindow* window : dockWindows()) {
+        if (!window->objectName().isEmpty())
+            windows.append(window);
+    }
+    std::sort(windows.begin(), windows.end(), byName);
+    if (QMainWindow* mainWindow = Dock::findMainWindow())
+        windows.prepend(mainWindow);
+    return windows;
+}
+
 } // namespace
 
 Stack<Dock::Data> Dock::saveWorkspace()
 {
     Stack<Data> docks;
     Stack<Data> levels;
-    QList<QWidget*> frames;
-    if (QMainWindow* mainWindow = findMainWindow())
-        frames.append(mainWindow);
     QList<Dock*> floating;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        // A dock window without a name is on its way out.
-        if (qobject_cast<DockWindow*>(widget) && !widget->objectName().isEmpty())
-            frames.append(widget);
-        else if (auto* dock = qobject_cast<Dock*>(widget))
+    for (Dock* dock : allDocks()) {
+        if (dock->isWindow())
             floating.append(dock);
     }
-    auto byName = [](const QWidget* a, const QWidget* b) { return a->objectName() < b->objectName(); };
-    std::sort(frames.begin() + (frames.isEmpty() || !qobject_cast<QMainWindow*>(frames.front()) ? 0 : 1), frames.end(),
-        byName);
     std::sort(floating.begin(), floating.end(), byName);
-    for (QWidget* frame : frames)
+    for (QWidget* frame : frames())
         saveTree(*frame, docks, levels);
     for (Dock* dock : floating)
         docks.push_back({ toString(dock->objectName()), !isShown(*dock), dock->saveGeometry() });
@@ -210,13 +255,30 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
         entries.push_back(std::move(entry));
     }
 
+    // The trees are rebuilt out of sight: a tab bar or splitter that is not shown defers its layout to when it is,
+    // instead of laying out all its tabs again for every dock that comes or goes.
+    RestoreScope scope;
+    QList<QPointer<QWidget>> hiddenRoots;
+    for (QWidget* frame : frames()) {
+        QWidget* root = DockDetail::childAt(frame, 0);
+        if (root && !root->isHidden()) {
+            root->hide();
+            hiddenRoots.append(root);
+        }
+    }
     // Every dock the workspace places leaves its place first, so that the containers are rebuilt from the records
     // alone; a missing dock holds its place with a placeholder so that the indices of its neighbours still match.
+    // From the last, with each tab group turned to its first tab: a tab that goes from behind the current one
+    // changes nothing else, where taking the current tab makes the tab bar choose and measure a new one each time.
     for (const Entry& entry : entries) {
-        if (entry.dock) {
-            detach(*entry.dock);
-            entry.dock->hide();
-            reparent(entry.dock, nullptr);
+        if (auto* tabs = entry.dock ? qobject_cast<QTabWidget*>(containerOf(entry.dock)) : nullptr)
+            tabs->setCurrentIndex(0);
+    }
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+        if (entry->dock) {
+            detach(*entry->dock);
+            entry->dock->hide();
+            reparent(entry->dock, nullptr);
         }
     }
     QList<QPointer<QWidget>> placeholders;
@@ -265,6 +327,9 @@ FlatSet<String> Dock::restoreWorkspace(ArrayView<const Data> records, Stack<Stri
             entry.dock->applyVisibility(!entry.record->hidden);
     }
 
+    scope.finish();
+    for (QWidget* frame : frames())
+        showRoot(*frame, hiddenRoots);
     for (Dock* dock : allDocks())
         rescue(*dock);
     return missing;

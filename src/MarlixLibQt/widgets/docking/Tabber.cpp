@@ -96,11 +96,8 @@ void Tabber::updateTabs()
         DockDetail::tidy(this);
         return;
     }
-    for (int index = 0; index < count(); ++index) {
-        const QString title = Dock::compositeTitle(widget(index));
-        setTabText(index, title);
-        setTabToolTip(index, title);
-    }
+    for (int index = 0; index < count(); ++index)
+        DockDetail::setTabTitle(*this, index, Dock::compositeTitle(widget(index)));
 }
 
 } // namespace Marlix::Widgets
