@@ -11,6 +11,8 @@ class QTabWidget;
 
 namespace Marlix::Widgets {
 
+class Tabber;
+
 /// A floating window that holds a group of docks: the root splitter or tab widget made when something is docked onto
 /// a floating dock. Its name ends with "MainWindow", so workspace records of its own level read like the main
 /// window's.
@@ -84,6 +86,10 @@ void updateTitles(QWidget* widget);
 /// While a workspace is restored the roots of the windows stay hidden, so that no tab bar or splitter lays itself
 /// out for each dock that comes or goes; they show once the trees are whole.
 extern int restoring;
+/// Remembers a tab widget whose new tabs wait for their undock buttons until the restore ends.
+void deferUndockButtons(Tabber& tabs);
+/// Gives the waiting tab widgets their buttons; the restore calls it as it ends.
+void addDeferredUndockButtons();
 /// The drop overlay when it exists, without making it.
 QWidget* currentOverlay();
 /// Whether `dock` shows where it sits: not hidden, its tab visible, its window not closed.

@@ -5,9 +5,12 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMainWindow>
+#include <QPointer>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace Marlix::Widgets {
 
@@ -67,6 +70,28 @@ void DockWindow::closeEvent(QCloseEvent* event)
 namespace DockDetail {
 
 int restoring = 0;
+
+namespace {
+QList<QPointer<Tabber>>& tabsWaitingForButtons()
+{
+    static QList<QPointer<Tabber>> tabs;
+    return tabs;
+}
+} // namespace
+
+void deferUndockButtons(Tabber& tabs)
+{
+    if (!tabsWaitingForButtons().contains(&tabs))
+        tabsWaitingForButtons().append(&tabs);
+}
+
+void addDeferredUndockButtons()
+{
+    const QList<QPointer<Tabber>> waiting = std::exchange(tabsWaitingForButtons(), {});
+    for (const QPointer<Tabber>& tabs : waiting)
+        if (tabs)
+            tabs->addMissingUndockButtons();
+}
 
 Qt::WindowFlags floatingFlags()
 {

@@ -4,9 +4,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QDataStream>
+#include <QGuiApplication>
 #include <QIODevice>
 #include <QLoggingCategory>
 #include <QMainWindow>
+#include <QScreen>
 #include <QSplitter>
 #include <QTabWidget>
 
@@ -106,8 +108,24 @@ QString applyGeometry(QWidget& widget, const QByteArray& bytes)
 {
     if (bytes.isEmpty())
         return {};
-    if (widget.isWindow())
-        return widget.restoreGeometry(bytes) ? QString() : Dock::tr("the window geometry cannot be read");
+    if (widget.isWindow()) {
+        if (widget.restoreGeometry(bytes))
+            return {};
+        // Qt refuses geometry saved on a screen of another width (a workspace brought from another monitor). The
+        // window's place is still worth having: kept inside the screen it lands on.
+        const Optional<QRect> normal = windowNormalGeometry(bytes);
+        const QScreen* screen = normal ? QGuiApplication::screenAt(normal->center()) : nullptr;
+        if (!screen)
+            screen = widget.screen();
+        if (!normal || !screen || normal->isEmpty())
+            return Dock::tr("the window geometry cannot be read");
+        const QRect available = screen->availableGeometry();
+        QRect placed(normal->topLeft(), normal->size().boundedTo(available.size()));
+        placed.moveLeft(std::clamp(placed.left(), available.left(), available.right() - placed.width() + 1));
+        placed.moveTop(std::clamp(placed.top(), available.top(), available.bottom() - placed.height() + 1));
+        widget.setGeometry(placed);
+        return {};
+    }
     QList<int> values;
     if (!readInts(bytes, &values))
         return Dock::tr("the sizes cannot be read");
@@ -157,8 +175,8 @@ public:
 
     void finish()
     {
-        if (!finished)
-            --restoring;
+        if (!finished && --restoring == 0)
+            DockDetail::addDeferredUndockButtons();
         finished = true;
     }
 

@@ -43,10 +43,25 @@ QToolButton* Tabber::undockButton(int index) const
 void Tabber::tabInserted(int index)
 {
     QTabWidget::tabInserted(index);
+    if (DockDetail::restoring)
+        DockDetail::deferUndockButtons(*this);
+    else
+        addUndockButton(index);
+    scheduleUpdate();
+}
+
+void Tabber::addUndockButton(int index)
+{
     QToolButton* button = makeUndockButton(tabBar());
     connect(button, &QToolButton::clicked, this, &Tabber::onUndockClicked);
     tabBar()->setTabButton(index, QTabBar::RightSide, button);
-    scheduleUpdate();
+}
+
+void Tabber::addMissingUndockButtons()
+{
+    for (int index = 0; index < count(); ++index)
+        if (!tabBar()->tabButton(index, QTabBar::RightSide))
+            addUndockButton(index);
 }
 
 void Tabber::tabRemoved(int index)

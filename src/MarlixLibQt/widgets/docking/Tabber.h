@@ -18,6 +18,9 @@ public:
 
     /// The undock button of the tab at `index`; null for an index out of range.
     QToolButton* undockButton(int index) const;
+    /// Gives every tab without one its undock button. While a workspace is restored tabs come without, and get them
+    /// at its end: placing a button lays the whole tab bar out again, once per tab inserted otherwise.
+    void addMissingUndockButtons();
 
 protected:
     void tabInserted(int index) override;
@@ -30,6 +33,7 @@ private:
     void scheduleUpdate();
     /// Titles of the tabs from their docks, and the tidying of a tab widget left empty.
     void updateTabs();
+    void addUndockButton(int index);
 
     bool updateQueued = false;
 };

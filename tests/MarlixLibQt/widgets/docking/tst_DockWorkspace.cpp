@@ -1,14 +1,18 @@
 #include "MarlixLibQt/widgets/docking/DockFixture.h"
 
 #include <MarlixLibQt/widgets/docking/Dock.h>
+#include <MarlixLibQt/widgets/docking/Tabber.h>
 
 #include <QAction>
+#include <QWidget>
 #include <QDataStream>
 #include <QIODevice>
 #include <QRegularExpression>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QToolButton>
+
+#include <algorithm>
 
 using Marlix::ArrayView;
 using Marlix::Stack;
@@ -104,6 +108,7 @@ private Q_SLOTS:
     void restoreUndoesMoves();
     void treeStaysSound_data();
     void treeStaysSound();
+    void windowFromAnotherScreenWidthKeepsItsPlace();
     void missingDocksAreReturned();
     void malformedRecordsAreRefused_data();
     void malformedRecordsAreRefused();
@@ -157,6 +162,11 @@ void tst_DockWorkspace::restoreUndoesMoves()
     QVERIFY(!layout["F"]->isVisible());
     QVERIFY(!layout["F"]->toggleViewAction()->isChecked());
     QVERIFY(layout["C"]->toggleViewAction()->isChecked());
+    // Tabs made during the restore get their undock buttons when it ends.
+    for (QWidget* window : QApplication::topLevelWidgets())
+        for (const Marlix::Widgets::Tabber* tabs : window->findChildren<Marlix::Widgets::Tabber*>())
+            for (int index = 0; index < tabs->count(); ++index)
+                QVERIFY(tabs->undockButton(index));
 }
 
 void tst_DockWorkspace::treeStaysSound_data()
@@ -204,6 +214,27 @@ void tst_DockWorkspace::treeStaysSound()
     for (const QString& path : paths)
         QVERIFY2(!QRegularExpression("([HVT])\\d+/\\1\\d+/").match(path).hasMatch(), qPrintable(path));
     verifyReachable();
+}
+
+void tst_DockWorkspace::windowFromAnotherScreenWidthKeepsItsPlace()
+{
+    Layout layout;
+    Stack<Dock::Data> saved = Dock::saveWorkspace();
+    const QRect floatingGeometry = layout["E"]->geometry();
+    auto floating = std::find_if(saved.begin(), saved.end(), [](const Dock::Data& r) { return r.path == "E"; });
+    QVERIFY(floating != saved.end());
+    // The screen width Qt writes after the frame and normal rectangles, the screen and the two state flags.
+    QByteArray& bytes = floating->geometry;
+    QVERIFY(bytes.size() >= 50);
+    for (int i = 0; i < 4; ++i)
+        bytes[46 + i] = char((1920 >> (8 * (3 - i))) & 0xff);
+    QVERIFY(!QWidget().restoreGeometry(bytes)); // else this test proves nothing
+
+    layout["E"]->setGeometry(floatingGeometry.translated(40, 30));
+    Stack<String> problems;
+    QVERIFY(Dock::restoreWorkspace(saved, &problems).empty());
+    QVERIFY2(problems.empty(), problems.empty() ? "" : problems.front().c_str());
+    QCOMPARE(layout["E"]->geometry(), floatingGeometry);
 }
 
 void tst_DockWorkspace::missingDocksAreReturned()
