@@ -59,9 +59,12 @@ void Tabber::addUndockButton(int index)
 
 void Tabber::addMissingUndockButtons()
 {
+    const bool shown = !tabBar()->isHidden();
+    tabBar()->hide();
     for (int index = 0; index < count(); ++index)
         if (!tabBar()->tabButton(index, QTabBar::RightSide))
             addUndockButton(index);
+    tabBar()->setVisible(shown);
 }
 
 void Tabber::tabRemoved(int index)
