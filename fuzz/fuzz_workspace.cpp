@@ -2,6 +2,7 @@
 #include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceCheck.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
+#include <MarlixTestDocks/DockReachability.h>
 
 #include <QAction>
 #include <QApplication>
@@ -42,20 +43,7 @@ Stack<Dock::Data> baseline;
     std::abort();
 }
 
-// Seen, or one click on its tab from being seen.
-bool isOnScreen(QWidget* widget)
-{
-    for (QWidget* w = widget; w; w = w->parentWidget()) {
-        if (w->isWindow())
-            return w->isVisible();
-        auto* tabs = qobject_cast<QStackedWidget*>(w->parentWidget())
-            ? qobject_cast<QTabWidget*>(w->parentWidget()->parentWidget())
-            : nullptr;
-        if (tabs && tabs->indexOf(w) >= 0 ? !tabs->isTabVisible(tabs->indexOf(w)) : w->isHidden())
-            return false;
-    }
-    return false;
-}
+using MarlixTestDocks::isOnScreen;
 
 bool isReachable(Dock* dock)
 {

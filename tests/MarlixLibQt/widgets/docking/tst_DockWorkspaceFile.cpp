@@ -6,6 +6,7 @@
 #include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceCheck.h>
 #include <MarlixLibQt/widgets/docking/DockWorkspaceFile.h>
+#include <MarlixTestDocks/DockReachability.h>
 
 #include <QAction>
 #include <QApplication>
@@ -210,20 +211,7 @@ int writeCorpus(const QString& folder)
     return out.open(QIODevice::WriteOnly) && out.write(readme.toUtf8()) > 0 ? 0 : 1;
 }
 
-// Seen, or one click on its tab from being seen; a dock that is neither must be hidden with its toggle action off.
-bool isOnScreen(QWidget* widget)
-{
-    for (QWidget* w = widget; w; w = w->parentWidget()) {
-        if (w->isWindow())
-            return w->isVisible();
-        auto* tabs = qobject_cast<QStackedWidget*>(w->parentWidget())
-            ? qobject_cast<QTabWidget*>(w->parentWidget()->parentWidget())
-            : nullptr;
-        if (tabs && tabs->indexOf(w) >= 0 ? !tabs->isTabVisible(tabs->indexOf(w)) : w->isHidden())
-            return false;
-    }
-    return false;
-}
+using MarlixTestDocks::isOnScreen;
 
 bool isReachable(Dock* dock)
 {
