@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 namespace Marlix::Widgets {
 
@@ -147,8 +148,10 @@ void ListerView::updateAllEditorsState(EditorState state)
         if (children > 0)
             updateEditorsState(parent, 0, children - 1, state);
     }
-    if (state != EditorState::Open)
+    if (state != EditorState::Open) {
         rowsWithEditors.clear();
+        sweptRows.clear();
+    }
 }
 
 void ListerView::refreshEditors()
@@ -214,6 +217,8 @@ void ListerView::syncEditors()
     if (inPass || !model())
         return;
     inPass = true;
+    if (!std::exchange(sweepContinues, false))
+        sweptRows.clear();
     // Geometry must be current: rows inserted or expanded a moment ago are laid out only on demand.
     executeDelayedItemsLayout();
     // A page of real editors takes longer to build than a frame lasts: rows are opened from the top for at most
@@ -231,10 +236,12 @@ void ListerView::syncEditors()
             const QRect rect = visualRect(first.siblingAtColumn(c0));
             if (rect.top() > displayRect.bottom())
                 break;
-            inView.insert(QPersistentModelIndex(first));
-            if (unfinished)
+            const QPersistentModelIndex persistent(first);
+            inView.insert(persistent);
+            if (unfinished || sweptRows.contains(persistent))
                 continue;
             updateEditorsState(first.parent(), first.row(), first.row(), EditorState::Open);
+            sweptRows.insert(persistent);
             unfinished = clock.elapsed() >= OPEN_BUDGET_MS;
         }
     }
@@ -243,17 +250,22 @@ void ListerView::syncEditors()
     for (const QPersistentModelIndex& row : std::exchange(rowsWithEditors, {})) {
         if (!row.isValid() || !seen.insert(row).second)
             continue;
-        if (inView.contains(row))
+        if (inView.contains(row)) {
             kept.push_back(row);
-        else
+        } else {
             updateEditorsState(row.parent(), row.row(), row.row(), EditorState::Close);
+            sweptRows.remove(row);
+        }
     }
     rowsWithEditors = std::move(kept);
     inPass = false;
-    if (unfinished)
+    if (unfinished) {
+        sweepContinues = true;
         scheduleEditorsPass();
-    else
+    } else {
+        sweptRows.clear();
         Q_EMIT editorsComplete();
+    }
 }
 
 void ListerView::scheduleEditorsPass()

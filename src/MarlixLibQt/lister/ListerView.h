@@ -8,6 +8,7 @@
 #include <MarlixLibQt/widgets/Model.h>
 
 #include <QPersistentModelIndex>
+#include <QSet>
 #include <QTreeView>
 
 class QMenu;
@@ -129,6 +130,11 @@ private:
     ListerViewDelegate* delegate = nullptr;
     /// Rows (column 0 of the shown model) that may hold open editors: what the closing pass walks.
     Array<QPersistentModelIndex> rowsWithEditors;
+    /// Rows the passes of one sweep have brought up to date. A pass that runs out of time leaves the rest to the
+    /// next, which goes on from there instead of starting over: rebuilding the editors that always rebuild in the
+    /// first rows could otherwise take every pass's whole time on a slow machine, and the sweep never end.
+    QSet<QPersistentModelIndex> sweptRows;
+    bool sweepContinues = false;
     Array<QMetaObject::Connection> modelConnections;
     bool passScheduled = false;
     bool inPass = false;
