@@ -89,8 +89,8 @@ public:
     const Array<std::int64_t>& get(const Entity& entity, const Stack<ListerColumnDefinition>& columns);
 
 private:
-    std::unordered_map<const Detail::ObjectLayout*,
-        std::pair<SharedPtr<const Detail::ObjectLayout>, Array<std::int64_t>>>
+    std::unordered_map<const Marlix::Detail::ObjectLayout*,
+        std::pair<SharedPtr<const Marlix::Detail::ObjectLayout>, Array<std::int64_t>>>
         roots;
 };
 
