@@ -11,6 +11,7 @@
 #include <QGraphicsView>
 #include <QKeyEvent>
 #include <QPixmap>
+#include <QProcess>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QTabWidget>
@@ -18,6 +19,7 @@
 #include <QVariant>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -26,11 +28,14 @@ namespace {
 
 // The page docks sit between the page list and the undo history; the window leaves them about 1130 x 750 pixels.
 constexpr QSize WINDOW_SIZE(1520, 860);
-constexpr const char* USAGE = R"(usage: marlix-studio [--screenshots DIR] [--workspace FILE] [--reset-workspace]
+constexpr const char* USAGE = R"(usage: marlix-studio [--screenshots DIR] [--scale FACTOR] [--workspace FILE] [--reset-workspace]
 
   --screenshots DIR   render every page to DIR/<page>.png and the whole window to
-                      DIR/workspace.png, then exit; the window shows a sample layout, or
+                      DIR/workspace.png, then the same set at scale 2 to DIR/scale-2/ and
+                      in German to DIR/de/, and exit; the window shows a sample layout, or
                       FILE's with --workspace, and nothing is saved
+  --scale FACTOR      draw everything FACTOR times larger, as on a high-density screen
+                      (0.5 to 4; with --screenshots only this one set is written)
   --workspace FILE    restore the docks' layout from FILE and save it there on exit, instead of
                       the workspace in the studio's configuration folder
   --reset-workspace   start from the default layout (the saved one is overwritten on exit)
@@ -163,6 +168,39 @@ int writeScreenshots(Studio::StudioWindow& window, const QString& folder, bool s
     shoot(QStringLiteral("workspace"), &window, window.currentPageWidget());
     std::printf("%d screenshots of %d pages written to %s\n", written, window.pageCount(),
         qPrintable(QDir(folder).absolutePath()));
+    std::fflush(stdout);
+    return failures;
+}
+
+/// The studio again, in another process, writing one more set of screenshots: a scale or a language is chosen when
+/// the application starts, so each variant needs a fresh start.
+int writeScreenshotVariant(const QString& folder, const QStringList& arguments, const QProcessEnvironment& environment)
+{
+    QProcess studio;
+    studio.setProcessChannelMode(QProcess::ForwardedChannels);
+    studio.setProcessEnvironment(environment);
+    studio.start(QCoreApplication::applicationFilePath(),
+        QStringList { QStringLiteral("--screenshots"), folder, QStringLiteral("--single-set") } + arguments);
+    if (!studio.waitForFinished(-1) || studio.exitStatus() != QProcess::NormalExit || studio.exitCode() != 0) {
+        std::fprintf(stderr, "marlix-studio: the screenshots in %s were not all written\n", qPrintable(folder));
+        return 1;
+    }
+    return 0;
+}
+
+/// The set at scale 2 and the set in German, beside the first one.
+int writeScreenshotVariants(const QString& folder)
+{
+    const QDir dir(folder);
+    QProcessEnvironment scaled = QProcessEnvironment::systemEnvironment();
+    int failures = writeScreenshotVariant(
+        dir.filePath(QStringLiteral("scale-2")), { QStringLiteral("--scale"), QStringLiteral("2") }, scaled);
+    // LANG alone chooses the language only when nothing more specific overrides it.
+    QProcessEnvironment german = QProcessEnvironment::systemEnvironment();
+    for (const char* name : { "LC_ALL", "LC_MESSAGES", "LANGUAGE" })
+        german.remove(QString::fromLatin1(name));
+    german.insert(QStringLiteral("LANG"), QStringLiteral("de_DE.UTF-8"));
+    failures += writeScreenshotVariant(dir.filePath(QStringLiteral("de")), {}, german);
     return failures;
 }
 
@@ -173,11 +211,24 @@ int main(int argc, char** argv)
     QString screenshots;
     QString workspace;
     bool reset = false;
+    bool singleSet = false;
+    QByteArray scale;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--screenshots") == 0 && i + 1 < argc) {
             screenshots = QString::fromLocal8Bit(argv[++i]);
         } else if (std::strcmp(argv[i], "--workspace") == 0 && i + 1 < argc) {
             workspace = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--scale") == 0 && i + 1 < argc) {
+            char* end = nullptr;
+            const double factor = std::strtod(argv[++i], &end);
+            if (end == argv[i] || *end != '\0' || !(factor >= 0.5 && factor <= 4.0)) {
+                std::fprintf(stderr, "marlix-studio: --scale takes a factor from 0.5 to 4, not %s\n", argv[i]);
+                return 2;
+            }
+            scale = argv[i];
+            singleSet = true;
+        } else if (std::strcmp(argv[i], "--single-set") == 0) {
+            singleSet = true;
         } else if (std::strcmp(argv[i], "--reset-workspace") == 0) {
             reset = true;
         } else if (std::strcmp(argv[i], "--help") == 0) {
@@ -189,6 +240,9 @@ int main(int argc, char** argv)
         }
     }
 
+    // Qt reads the factor when the application object is made, which start-up does.
+    if (!scale.isEmpty())
+        qputenv("QT_SCALE_FACTOR", scale);
     Marlix::LibQt::startup("Marlix Studio", Marlix::LibQt::ApplicationType::Gui, {}, {});
     int result = 0;
     {
@@ -210,6 +264,8 @@ int main(int argc, char** argv)
         }
         window.show();
         result = shooting ? writeScreenshots(window, screenshots, workspace.isEmpty()) : Marlix::LibQt::runEventLoop();
+        if (shooting && !singleSet)
+            result += writeScreenshotVariants(screenshots);
     }
     Marlix::LibQt::shutdown();
     return result;
