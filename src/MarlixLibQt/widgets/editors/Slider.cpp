@@ -64,7 +64,10 @@ void Slider::initStyleOption(QStyleOptionSlider& option) const
     option.minimum = 0;
     option.maximum = std::max(0, width() - style()->pixelMetric(QStyle::PM_SliderLength, &option, this));
     // One slider step is one pixel of track.
-    const auto sliderPosition = static_cast<int>(std::lround(option.maximum * std::clamp(position, 0.0, 1.0)));
+    // A value far below the minimum of a logarithmic scale has no position (the logarithm of a negative number):
+    // its handle rests at the start, as any other value below the minimum does.
+    const double shown = std::isnan(position) ? 0.0 : std::clamp(position, 0.0, 1.0);
+    const auto sliderPosition = static_cast<int>(std::lround(option.maximum * shown));
     option.sliderPosition = sliderPosition;
     option.sliderValue = sliderPosition;
     option.tickPosition = QSlider::NoTicks;
