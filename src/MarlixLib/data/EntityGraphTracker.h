@@ -16,9 +16,11 @@ public:
     /// Told after every change with the entities added and removed; a replacement reports the new and the old content.
     using Observer = Function<void(ArrayView<const EntityHolder<Entity>> added, ArrayView<const EntityHolder<Entity>> removed)>;
 
-    EntityGraphTracker();
-    ~EntityGraphTracker();
+    EntityGraphTracker(); ///< An empty scene.
+    ~EntityGraphTracker(); ///< Releases the entities; undo records that still refer to the scene then do nothing.
+    /// Not copyable: undo records and observers refer to the scene itself.
     EntityGraphTracker(const EntityGraphTracker&) = delete;
+    /// Not assignable; replaceEntities() swaps the content.
     EntityGraphTracker& operator=(const EntityGraphTracker&) = delete;
 
     /// An Exception for an empty holder or an entity already in the scene.

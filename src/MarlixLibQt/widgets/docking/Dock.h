@@ -68,7 +68,7 @@ public:
 
     /// An empty name gets "Dock#" and a number no other dock uses.
     explicit Dock(const QString& name = {});
-    ~Dock() override;
+    ~Dock() override; ///< Destroys the dock and its content; a container it leaves empty is tidied away afterwards.
 
     /// Shows \p widget under the header and owns it; the previous content is deleted. Null only removes it.
     void setWidget(QWidget* widget);

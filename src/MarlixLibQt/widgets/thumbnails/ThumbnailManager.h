@@ -42,10 +42,12 @@ public:
     /// Request option: give a transparent placeholder while an entity has no image yet.
     static constexpr std::uint32_t OPTION_PLACEHOLDER = 1;
 
+    /// An empty cache without providers; starts its render thread, which sleeps until there is work.
     ThumbnailManager();
-    ~ThumbnailManager();
+    ~ThumbnailManager(); ///< Stops the render thread, waiting for a render that is running.
+    /// Not copyable: clients and the render thread refer to the manager itself.
     ThumbnailManager(const ThumbnailManager&) = delete;
-    ThumbnailManager& operator=(const ThumbnailManager&) = delete;
+    ThumbnailManager& operator=(const ThumbnailManager&) = delete; ///< Not assignable.
 
     /// `provider` renders entities of `classes` and their derived classes, except those of `excluded` and theirs.
     void registerProvider(ArrayView<const EntityClassInfo> classes, ArrayView<const EntityClassInfo> excluded,
