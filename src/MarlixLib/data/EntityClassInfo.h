@@ -77,7 +77,7 @@ public:
     const Array<SharedPtr<const GroupLayout>>& getLayouts() const { return data->layouts; }
     /// The groups of the base classes first, then this class's own.
     const Array<SharedPtr<const GroupLayout>>& getAllLayouts() const { return data->allLayouts; }
-    /// Free-form attributes given at registration (icons, categories, editor hints).
+    /// Free-form attributes given at registration, such as the UI flags that hide a class.
     const UserData& getAttributes() const { return data->attributes; }
     /// True for this class and every class derived from it.
     bool isBaseClassOf(const EntityClassInfo& other) const;

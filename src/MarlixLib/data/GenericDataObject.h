@@ -37,7 +37,7 @@ public:
     GenericDataObject(const GenericDataObject&) = delete;
     /// Not assignable; change values through mutateProperty().
     GenericDataObject& operator=(const GenericDataObject&) = delete;
-    virtual ~GenericDataObject(); ///< Destroys the values; observers' lifetimes end quietly.
+    virtual ~GenericDataObject(); ///< Destroys the values; observers are not told.
 
     /// The groups in storage order: base classes' groups first.
     Array<SharedPtr<const GroupLayout>> getGroupLayouts() const;

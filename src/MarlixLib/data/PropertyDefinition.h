@@ -56,7 +56,7 @@ public:
     /// Alias of getAttributes(): the "Zorva.Ui." keys of the editors live here.
     const UserData& getUserData() const { return attributes; }
     Flags<PropertyFlag> getFlags() const { return flags; } ///< How the property is saved and edited.
-    /// The text shown as the property's tool tip; empty when there is none.
+    /// What the property means, for tool tips and listings (a UI attribute may override it); may be empty.
     const String& getDescription() const { return description; }
     /// Byte offset of the value inside the storage of its group.
     std::size_t getOffset() const { return offset; }

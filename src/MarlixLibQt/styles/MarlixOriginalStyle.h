@@ -34,7 +34,8 @@ public:
     void polish(QPalette& palette) override; ///< Fills \p palette with the dark colours above.
     using MarlixStyle::polish;
 
-    /// Draws fields, frames, group boxes, tool-button panels and branch arrows flat in the control colour.
+    /// Draws fields rounded in the control colour (read-only ones in the window colour) with the animation marker,
+    /// and its own frames, group boxes, tool-button panels and branch arrows.
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
         const QWidget* widget = nullptr) const override;
     /// Draws push buttons, check boxes and radio buttons with the animation marker of their property.
