@@ -57,6 +57,7 @@ public:
 class MARLIXLIB_EXPORT EntityClassInfo
 {
 public:
+    /// Makes a new entity of the given class; it must return one whose getClassInfo() is that class.
     using Factory = Function<SharedPtr<Entity>(const EntityClassInfo&)>;
 
     /// The root class "Entity", without properties.
@@ -65,8 +66,10 @@ public:
     EntityClassInfo(String name, const EntityClassInfo& base, Array<SharedPtr<const GroupLayout>> layouts, Factory factory,
         UserData attributes = {});
 
+    /// The root class "Entity" that every class derives from; made on first use.
     static const EntityClassInfo& entityClass();
 
+    /// The class name, under which it is registered and serialized.
     const String& getName() const { return data->name; }
     /// The base class; empty for the root class.
     Optional<EntityClassInfo> getBaseClass() const;
@@ -74,16 +77,22 @@ public:
     const Array<SharedPtr<const GroupLayout>>& getLayouts() const { return data->layouts; }
     /// The groups of the base classes first, then this class's own.
     const Array<SharedPtr<const GroupLayout>>& getAllLayouts() const { return data->allLayouts; }
+    /// Free-form attributes given at registration, such as the UI flags that hide a class.
     const UserData& getAttributes() const { return data->attributes; }
     /// True for this class and every class derived from it.
     bool isBaseClassOf(const EntityClassInfo& other) const;
+    /// False for abstract classes, which have no factory.
     bool canCreate() const { return static_cast<bool>(data->factory); }
     /// A new entity of this class with default values; an Exception for abstract classes.
     SharedPtr<Entity> create() const;
 
+    /// True when both name the very same registration, not merely the same name.
     bool operator==(const EntityClassInfo& other) const { return data == other.data; }
+    /// Where each property lives in an object of this class; shared by all of them.
     const SharedPtr<const Detail::ObjectLayout>& getObjectLayout() const { return data->objectLayout; }
+    /// The shared registration record this handle names.
     const SharedPtr<const Detail::EntityClassData>& getData() const { return data; }
+    /// Names an existing record; a null record stops the process.
     explicit EntityClassInfo(SharedPtr<const Detail::EntityClassData> data);
 
 private:

@@ -8,6 +8,7 @@ namespace Marlix {
 
 /// The class an entity-reference property (or a list of references) accepts; empty for other properties.
 MARLIXLIB_EXPORT Optional<EntityClassInfo> getEntityClassAcceptedByProperty(const GenericProperty& property);
+/// Like the overload for a property; empty as well when the accessor's path does not resolve.
 MARLIXLIB_EXPORT Optional<EntityClassInfo> getEntityClassAcceptedByProperty(const GenericPropertyAccessor& accessor);
 
 /// The entity a reference property holds; empty for an empty reference and for other properties.
@@ -21,6 +22,7 @@ MARLIXLIB_EXPORT void appendReferencedEntities(const Entity& entity, Array<const
 /// False when `parent` is `child` or can be reached from `child` through references: making `parent` reference
 /// `child` would then close a cycle.
 MARLIXLIB_EXPORT bool canAddChildrenWithoutCycles(const Entity& parent, const Entity& child);
+/// True when no entity of \p children would close a cycle; empty holders are skipped.
 MARLIXLIB_EXPORT bool canAddChildrenWithoutCycles(const Entity& parent, ArrayView<const EntityHolder<Entity>> children);
 
 } // namespace Marlix

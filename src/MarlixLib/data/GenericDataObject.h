@@ -29,21 +29,30 @@ struct ResolvedProperty
 class MARLIXLIB_EXPORT GenericDataObject : public std::enable_shared_from_this<GenericDataObject>
 {
 public:
+    /// An object of one group, every property at its default value.
     explicit GenericDataObject(SharedPtr<const GroupLayout> layout);
+    /// An object of the groups of \p layout (an entity class's), every property at its default; null stops the process.
     explicit GenericDataObject(SharedPtr<const Detail::ObjectLayout> layout);
+    /// Not copyable: observers and undo records refer to the object itself.
     GenericDataObject(const GenericDataObject&) = delete;
+    /// Not assignable; change values through mutateProperty().
     GenericDataObject& operator=(const GenericDataObject&) = delete;
-    virtual ~GenericDataObject();
+    virtual ~GenericDataObject(); ///< Destroys the values; observers are not told.
 
+    /// The groups in storage order: base classes' groups first.
     Array<SharedPtr<const GroupLayout>> getGroupLayouts() const;
+    /// The number of root properties over all groups; valid indices are 0 to this minus one.
     std::uint32_t getPropertyCount() const { return layout->propertyCount; }
+    /// The definition of root property \p index; an Exception when it is out of range.
     const PropertyDefinition& getPropertyDefinition(std::uint32_t index) const;
     /// A read-only view of a root property.
     GenericProperty getProperty(std::uint32_t index) const;
     /// A read-only view of the property at `path`; an Exception when the path does not resolve.
     GenericProperty getProperty(StringView path) const;
+    /// The index of the root property called \p name; -1 when there is none.
     int indexOfProperty(StringView name) const;
 
+    /// How \p path resolves on this object, without throwing.
     PropertyPathStatus checkPropertyPath(StringView path) const;
     /// `path` resolved once, for this object and every object of its layout; check isResolved() on the result.
     GenericPropertyHandle resolveHandle(StringView path) const;
@@ -59,6 +68,7 @@ public:
             resolved.rootIndex, false);
         return std::forward<Reader>(reader)(property);
     }
+    /// The same through a handle: no path lookup. An Exception when the handle does not resolve on this object.
     template <class Reader> decltype(auto) visitProperty(const GenericPropertyHandle& handle, Reader&& reader) const
     {
         const GenericProperty property = getProperty(handle);
@@ -85,26 +95,33 @@ public:
     {
         mutateProperty(path, [&](GenericProperty& property) { property.set(value); });
     }
+    /// The value at \p path; an Exception when the path does not resolve or the value is not a `T`.
     template <class T> const T& getPropertyValue(StringView path) const { return getProperty(path).get<T>(); }
 
     /// Called after a change of any property of this object.
     CallbackLifetime addObserver(Function<void(const ObservedProperty&)> observer);
+    /// Called after a change of root property \p index or anything nested in it; an Exception when it is out of range.
     CallbackLifetime addPropertyObserver(std::uint32_t index, Function<void(const ObservedProperty&)> observer);
     /// False until the first observer is added: unobserved objects carry no observer storage.
     bool hasObserverStorage() const { return observers != nullptr; }
+    /// True when a change of root property \p index would reach an observer (its own or the object's).
     bool isPropertyObserved(std::uint32_t index) const;
 
     /// True when both objects have the same groups and equal values (references compare by identity).
     bool hasEqualValues(const GenericDataObject& other) const;
+    /// The shared layout; objects with the same one accept each other's handles.
     const SharedPtr<const Detail::ObjectLayout>& getObjectLayout() const { return layout; }
 
     /// Writes a root property's value without recording it, then tells the observers. Undo and loading use it.
     void restoreProperty(std::uint32_t index, const void* value);
+    /// The raw storage of root property \p index, of its definition's type; an Exception when it is out of range.
     const void* getPropertyData(std::uint32_t index) const;
 
+    /// The raw resolution of \p path that the accessors share; prefer resolveHandle(), which keeps the layout alive.
     Detail::ResolvedProperty resolve(StringView path) const;
 
 protected:
+    /// Copies every value of \p other, of the same groups, without recording or notifying; used to clone.
     void copyValuesFrom(const GenericDataObject& other);
 
 private:

@@ -18,21 +18,29 @@ class GenericDataObject;
 class MARLIXLIB_EXPORT GenericProperty
 {
 public:
+    /// A view of the value at \p storage, which must hold a value of the definition's type; made by GenericDataObject.
     GenericProperty(GenericDataObject& parent, const PropertyDefinition& definition, void* storage,
         std::uint32_t rootIndex, bool writable);
 
+    /// The property's definition (a field's own for a nested property).
     const PropertyDefinition& getDefinition() const { return *definition; }
+    /// The type of the value.
     const TypeDefinition& getTypeDefinition() const { return definition->getTypeDefinition(); }
+    /// The property's name, without the path of the objects it is nested in.
     const String& getName() const { return definition->getName(); }
     /// The data object whose property this is (the root object for a property of a nested data object).
     GenericDataObject& getParentObject() const { return *parent; }
+    /// True when the value is a nested data object whose fields have their own paths.
     bool isDataObject() const { return getTypeDefinition().getKind() == TypeKind::DataObject; }
+    /// True only inside GenericDataObject::mutateProperty(); writes through other views throw.
     bool isWritable() const { return writable; }
+    /// The index of the root property that holds the value, the one undo records and observers see.
     std::uint32_t getRootIndex() const { return rootIndex; }
 
     /// Throws an Exception naming both types unless the value is of `type`, or, with conversion allowed, both are
     /// numbers (integers, floating point numbers and enumerations convert into each other).
     void checkIsOfType(std::type_index type, const TypeDefinition* nativeDefinition, TypeKind kind, bool allowConversion) const;
+    /// The typed form of the check above; the exact native type passes without a call.
     template <class T> void checkIsOfType(bool allowConversion = false) const
     {
         // The exact type is the common case of every typed read and write: settled here without a call.
@@ -89,19 +97,22 @@ public:
             getTypeDefinition().fromDouble(storage, static_cast<double>(value));
     }
 
+    /// A copy of the value with its type; reading it counts as an access in an open ObservationScope.
     Value getValue() const;
     /// Stores a value of the property's type (compared by type name); an Exception otherwise.
     void setValue(const Value& value);
-    String toString() const;
+    String toString() const; ///< The value's text form, as the type writes it.
     /// Parses the text form; a parse error leaves the value as it was.
     Expected<void, String> fromString(StringView text);
 
+    /// The raw value, of getTypeDefinition()'s type; reading through it is not seen by an ObservationScope.
     const void* getData() const { return storage; }
-    void* getMutableData();
+    void* getMutableData(); ///< The raw value for writing; an Exception unless the view is writable.
 
     /// Called after every change of this property (for a nested property: of its root property).
     CallbackLifetime addObserver(Function<void(const ObservedProperty&)> observer) const;
 
+    /// The kind a native `T` is checked as: TypeKind::Enumeration for enums, TypeKind::Plain otherwise.
     template <class T> static constexpr TypeKind kindOf()
     {
         return std::is_enum_v<T> ? TypeKind::Enumeration : TypeKind::Plain;

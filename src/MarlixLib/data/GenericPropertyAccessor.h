@@ -13,16 +13,19 @@ public:
     /// The text form shown when the addressed objects hold different values.
     static constexpr StringView MIXED_VALUES_TEXT = "<different values>";
 
+    /// An empty accessor that addresses nothing; only isEmpty() and comparison are meaningful on it.
     GenericPropertyAccessor() = default;
+    /// \p path on one entity; an Exception for an empty holder. The path may not resolve (see checkProperty()).
     GenericPropertyAccessor(EntityHolder<Entity> object, String path);
     /// An Exception when `objects` is empty or holds an empty holder.
     GenericPropertyAccessor(Array<EntityHolder<Entity>> objects, String path);
 
+    /// The addressed entities, in the order given; the accessor keeps them alive.
     const Array<EntityHolder<Entity>>& getObjects() const { return objects; }
-    const String& getPath() const { return path; }
+    const String& getPath() const { return path; } ///< The dotted property path, the same on every object.
     /// The path resolved on object `index`; it may not resolve there.
     const GenericPropertyHandle& getHandle(std::size_t index) const { return handles[index]; }
-    bool isEmpty() const { return objects.empty(); }
+    bool isEmpty() const { return objects.empty(); } ///< True only for a default-constructed accessor.
     /// True when the path names a property of the objects themselves, not a field of a nested data object.
     bool isRootProperty() const { return path.find('.') == String::npos; }
     /// The worst status over all objects: a path that does not resolve on one of them does not resolve.
@@ -34,6 +37,7 @@ public:
     GenericProperty getProperty() const;
     /// The text form of the value, or MIXED_VALUES_TEXT when the objects disagree.
     String toString() const;
+    /// True when every object holds an equal value of the same type; an Exception when the path does not resolve.
     bool hasSameValues() const;
 
     /// Writes `value` to every object, each through mutateProperty. The type is checked on every object first, so
@@ -46,6 +50,8 @@ public:
         for (std::size_t i = 0; i < objects.size(); ++i)
             objects[i]->mutateProperty(handles[i], [&](GenericProperty& property) { property.set(value); });
     }
+    /// \overload
+    /// Type-erased: every object's property must hold the value's type (by name), checked before anything changes.
     void setValue(const Value& value) const;
     /// Parses once and writes the result to every object; a parse error changes nothing.
     Expected<void, String> setFromString(StringView text) const;
@@ -59,6 +65,7 @@ public:
     /// Observes the property on every object; the lifetimes end together with the owner.
     void addObserver(CallbacksOwner& owner, Function<void(const ObservedProperty&)> observer) const;
 
+    /// Equal when both address the same entities in the same order with the same path.
     bool operator==(const GenericPropertyAccessor& other) const { return objects == other.objects && path == other.path; }
 
 private:

@@ -11,12 +11,13 @@ namespace Marlix {
 /// How a dotted property path ("transform.position") resolves on a data object. Values 2 and above are errors.
 enum class PropertyPathStatus : std::uint8_t
 {
-    RootProperty = 0,
-    NestedProperty = 1,
-    DoesNotResolve = 2,
-    Malformed = 3,
+    RootProperty = 0, ///< The path names a property of the object itself.
+    NestedProperty = 1, ///< The path names a field of a nested data object.
+    DoesNotResolve = 2, ///< Some name along the path does not exist.
+    Malformed = 3, ///< The path is empty or has an empty segment.
 };
 
+/// True for the two statuses that address a property.
 constexpr bool isResolved(PropertyPathStatus status)
 {
     return status == PropertyPathStatus::RootProperty || status == PropertyPathStatus::NestedProperty;
@@ -31,9 +32,11 @@ public:
     /// Resolves on no object.
     GenericPropertyHandle() = default;
 
-    const String& getPath() const { return path; }
-    PropertyPathStatus getStatus() const { return status; }
+    const String& getPath() const { return path; } ///< The path the handle was resolved from.
+    PropertyPathStatus getStatus() const { return status; } ///< How the path resolved.
+    /// True when the handle addresses a property and can be read and written through.
     bool isResolved() const { return Marlix::isResolved(status); }
+    /// True when the path names a property of the object itself rather than a nested field.
     bool isRootProperty() const { return status == PropertyPathStatus::RootProperty; }
     /// The addressed property (a field of a nested data object for a nested path); null when the path does not resolve.
     const PropertyDefinition* getDefinition() const { return definition; }

@@ -14,6 +14,7 @@ class PropertyDefinition;
 class ObservedProperty
 {
 public:
+    /// Made by the object for each notification; \p path must outlive the call.
     ObservedProperty(GenericDataObject& object, const PropertyDefinition& definition, std::uint32_t index, StringView path)
         : object(&object)
         , definition(&definition)
@@ -22,9 +23,11 @@ public:
     {
     }
 
-    GenericDataObject& getObject() const { return *object; }
+    GenericDataObject& getObject() const { return *object; } ///< The object that changed.
+    /// The definition of the root property that changed.
     const PropertyDefinition& getDefinition() const { return *definition; }
-    std::uint32_t getPropertyIndex() const { return index; }
+    std::uint32_t getPropertyIndex() const { return index; } ///< The index of the root property that changed.
+    /// The path that was written; valid during the notification only, so copy it to keep it.
     StringView getPath() const { return path; }
 
 private:

@@ -11,9 +11,10 @@
 
 namespace Marlix {
 
+/// Flags that change how a property is saved and edited; combine them in a Flags<PropertyFlag>.
 enum class PropertyFlag : std::uint32_t
 {
-    None = 0,
+    None = 0, ///< A plain property: saved and editable.
     /// The value is not saved with the scene.
     Transient = 1,
     /// Editors of this property are rebuilt rather than reused whenever editors are refreshed.
@@ -27,6 +28,7 @@ enum class PropertyFlag : std::uint32_t
 class MARLIXLIB_EXPORT PropertyDefinition
 {
 public:
+    /// A property whose default is the type's own default value; an Exception when \p type is null.
     PropertyDefinition(String name, SharedPtr<const TypeDefinition> type, UserData attributes = {},
         Flags<PropertyFlag> flags = {}, String description = {});
     /// `defaultValue` must be a value of `type`.
@@ -34,6 +36,7 @@ public:
         Flags<PropertyFlag> flags = {}, String description = {});
 
     template <class T>
+    /// A property whose default is \p defaultValue, a native value of \p type; an Exception when it is not one.
     static PropertyDefinition make(String name, SharedPtr<const TypeDefinition> type, const T& defaultValue,
         UserData attributes = {}, Flags<PropertyFlag> flags = {}, String description = {})
     {
@@ -42,14 +45,18 @@ public:
             std::move(description));
     }
 
-    const String& getName() const { return name; }
+    const String& getName() const { return name; } ///< The name, unique within the entity class and free of '.'.
+    /// The value type, shared with every property of that type; never null.
     const SharedPtr<const TypeDefinition>& getType() const { return type; }
+    /// The value type, for callers that need no shared ownership.
     const TypeDefinition& getTypeDefinition() const { return *type; }
-    const Value& getDefaultValue() const { return defaultValue; }
+    const Value& getDefaultValue() const { return defaultValue; } ///< The value new objects start with.
+    /// Free-form attributes (editor hints such as ranges, units and steps).
     const UserData& getAttributes() const { return attributes; }
     /// Alias of getAttributes(): the "Zorva.Ui." keys of the editors live here.
     const UserData& getUserData() const { return attributes; }
-    Flags<PropertyFlag> getFlags() const { return flags; }
+    Flags<PropertyFlag> getFlags() const { return flags; } ///< How the property is saved and edited.
+    /// What the property means, for tool tips and listings (a UI attribute may override it); may be empty.
     const String& getDescription() const { return description; }
     /// Byte offset of the value inside the storage of its group.
     std::size_t getOffset() const { return offset; }

@@ -16,12 +16,16 @@ namespace Marlix {
 class MARLIXLIB_EXPORT TypeModuleRecord
 {
 public:
+    /// An empty record for the module \p moduleName, the name it is registered under.
     explicit TypeModuleRecord(String moduleName);
 
-    const String& getModuleName() const { return moduleName; }
+    const String& getModuleName() const { return moduleName; } ///< The name the module registers under.
+    /// Adds \p type and returns the record for chaining; an Exception for an empty type.
     TypeModuleRecord& addType(SharedPtr<TypeDefinition> type);
+    /// Adds \p entityClass and returns the record for chaining.
     TypeModuleRecord& addEntityClass(EntityClassInfo entityClass);
-    const Array<SharedPtr<TypeDefinition>>& getTypes() const { return types; }
+    const Array<SharedPtr<TypeDefinition>>& getTypes() const { return types; } ///< The types in the order added.
+    /// The entity classes in the order added.
     const Array<EntityClassInfo>& getEntityClasses() const { return entityClasses; }
 
 private:
@@ -34,27 +38,30 @@ private:
 class MARLIXLIB_EXPORT TypeDatabase
 {
 public:
-    static TypeDatabase& instance();
+    static TypeDatabase& instance(); ///< The one database of the process, made on first use.
 
     /// Registers every type and class of the record, or none: a module registered twice, or a name or native type
     /// that is already taken, is an Exception and changes nothing.
     void registerModuleTypes(const TypeModuleRecord& record);
     /// Removes what the record registered. An Exception when the module is not registered.
     void unregisterModuleTypes(const TypeModuleRecord& record);
-    bool isModuleRegistered(StringView moduleName) const;
+    bool isModuleRegistered(StringView moduleName) const; ///< True while a module of that name is registered.
 
+    /// The type registered for the C++ type `T`; null when none is.
     template <class T> SharedPtr<TypeDefinition> lookupNativeTypeDefinition() const
     {
         return lookupNativeTypeDefinition(std::type_index(typeid(T)));
     }
-    SharedPtr<TypeDefinition> lookupNativeTypeDefinition(std::type_index type) const;
+    SharedPtr<TypeDefinition> lookupNativeTypeDefinition(std::type_index type) const; ///< \overload
+    /// The type registered under \p name; null when none is.
     SharedPtr<TypeDefinition> lookupTypeDefinition(StringView name) const;
+    /// The class registered under \p name, or the root class for "Entity"; empty when none is.
     Optional<EntityClassInfo> lookupEntityClass(StringView name) const;
     /// Every registered class that `base` is a base class of (itself included).
     Array<EntityClassInfo> getDerivedEntityClasses(const EntityClassInfo& base) const;
 
-    TypeDatabase(const TypeDatabase&) = delete;
-    TypeDatabase& operator=(const TypeDatabase&) = delete;
+    TypeDatabase(const TypeDatabase&) = delete; ///< Not copyable: there is only one.
+    TypeDatabase& operator=(const TypeDatabase&) = delete; ///< Not assignable.
 
 private:
     TypeDatabase() = default;

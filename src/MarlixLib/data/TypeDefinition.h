@@ -28,21 +28,22 @@ class EntityClassData;
 /// What a type's values are: the editors choose their widget by it.
 enum class TypeKind : std::uint8_t
 {
-    Plain = 0,
-    Enumeration = 1,
-    EntityReference = 2,
-    List = 3,
-    DataObject = 4,
+    Plain = 0, ///< A single value with its own editor: numbers, text, vectors, colours.
+    Enumeration = 1, ///< One of a set of named integer values.
+    EntityReference = 2, ///< A strong reference to an entity of an accepted class, or none.
+    List = 3, ///< An ordered list of values of one element type.
+    DataObject = 4, ///< A nested data object whose fields are properties of their own.
 };
 
 /// Resolves an identity read from a stream to the entity it stands for in the scene being loaded.
 using EntityResolver = Function<Expected<SharedPtr<Entity>, String>(std::uint64_t)>;
 
+/// One named value of an enumeration type.
 struct EnumerationValue
 {
-    std::int64_t value = 0;
-    String name;
-    bool operator==(const EnumerationValue&) const = default;
+    std::int64_t value = 0; ///< The stored number.
+    String name; ///< The name shown and written as the value's text form.
+    bool operator==(const EnumerationValue&) const = default; ///< Equal when both number and name are.
 };
 
 /// One value type: its name, kind, native type where there is one, and type-erased operations on raw storage.
@@ -53,30 +54,44 @@ public:
     /// kinds (layouts, lists, enumerations) reach their element types and names.
     struct Operations
     {
-        std::size_t size = 0;
-        std::size_t alignment = 1;
+        std::size_t size = 0; ///< The size of a value in bytes; never 0.
+        std::size_t alignment = 1; ///< The alignment a value's storage needs.
+        /// Default-constructs a value in uninitialised \p target.
         void (*construct)(const TypeDefinition&, void* target) = nullptr;
+        /// Copy-constructs \p source into uninitialised \p target.
         void (*copyConstruct)(const TypeDefinition&, void* target, const void* source) = nullptr;
+        /// Assigns \p source to the constructed \p target.
         void (*assign)(const TypeDefinition&, void* target, const void* source) = nullptr;
-        void (*destroy)(const TypeDefinition&, void* target) = nullptr;
+        void (*destroy)(const TypeDefinition&, void* target) = nullptr; ///< Destroys the value in \p target.
+        /// True when the values are equal.
         bool (*equals)(const TypeDefinition&, const void* a, const void* b) = nullptr;
-        String (*toString)(const TypeDefinition&, const void* value) = nullptr;
+        String (*toString)(const TypeDefinition&, const void* value) = nullptr; ///< The text form of a value.
+        /// Parses text into \p target; may leave \p target changed on an error (the definition's own call does not).
         Expected<void, String> (*fromString)(const TypeDefinition&, StringView text, void* target) = nullptr;
+        /// Writes a value under \p key.
         void (*serialize)(const TypeDefinition&, ISerializer& out, StringView key, const void* value) = nullptr;
+        /// Reads the value under \p key into \p target, resolving identities through \p resolver; may leave \p target
+        /// changed on an error (the definition's own call does not).
         Expected<void, String> (*deserialize)(
             const TypeDefinition&, IDeserializer& in, StringView key, const EntityResolver& resolver, void* target)
             = nullptr;
         // Numbers and enumerations only: conversions used when a reader allows them.
-        bool isIntegral = false;
+        bool isIntegral = false; ///< True for integers and enumerations, whose conversions round.
+        /// The number as a double; null for types that are not numbers.
         double (*toDouble)(const void* value) = nullptr;
+        /// The number as an integer, rounded; null for types that are not numbers.
         std::int64_t (*toInt64)(const void* value) = nullptr;
+        /// Stores a double, rounded for integral types; null for types that are not numbers.
         void (*fromDouble)(void* target, double value) = nullptr;
+        /// Stores an integer; null for types that are not numbers.
         void (*fromInt64)(void* target, std::int64_t value) = nullptr;
     };
 
+    /// A type from hand-made operations; all but the number conversions must be set, else the process stops.
     TypeDefinition(String name, TypeKind kind, Optional<std::type_index> nativeType, const Operations& operations,
         UserData attributes);
 
+    /// A plain type stored as the native `T`, with text and stream forms from ValueTraits<T>.
     template <class T> static SharedPtr<TypeDefinition> makePlain(String name, UserData attributes = {});
     /// `E` is the native enumeration (or integer) stored; `values` names its valid values.
     template <class E>
@@ -98,44 +113,65 @@ public:
             std::move(attributes), offsets);
     }
 
+    /// The registered name, also written to streams; types compare by it.
     const String& getName() const { return name; }
-    TypeKind getKind() const { return kind; }
+    TypeKind getKind() const { return kind; } ///< What the values are, which decides their editor.
+    /// The C++ type a value is stored as; empty for data objects made from a layout only.
     const Optional<std::type_index>& getNativeType() const { return nativeType; }
+    /// True when values are stored as exactly `T`.
     template <class T> bool isNative() const { return nativeType && *nativeType == std::type_index(typeid(T)); }
+    /// True for numbers and enumerations, which convert into each other.
     bool isNumber() const { return operations.toDouble != nullptr; }
-    bool isIntegral() const { return operations.isIntegral; }
-    std::size_t getSize() const { return operations.size; }
-    std::size_t getAlignment() const { return operations.alignment; }
+    bool isIntegral() const { return operations.isIntegral; } ///< True for integers and enumerations.
+    std::size_t getSize() const { return operations.size; } ///< The size of a value in bytes.
+    std::size_t getAlignment() const { return operations.alignment; } ///< The alignment of a value in bytes.
+    /// The raw operations, for callers that need the variants that may leave a target changed.
     const Operations& getOperations() const { return operations; }
 
     /// Attributes given at registration.
     const UserData& getAttributes() const { return attributes; }
     /// Entries hosts add after registration (editor constructors, for one). Touch it during start-up only.
     UserData& getMutableUserData() { return mutableUserData; }
-    const UserData& getMutableUserData() const { return mutableUserData; }
+    const UserData& getMutableUserData() const { return mutableUserData; } ///< \overload
 
+    /// The named values of an enumeration, in the order given; empty for other kinds.
     const Array<EnumerationValue>& getEnumerationValues() const { return enumerationValues; }
+    /// The name of \p value; null when it is not a named value.
     const String* findEnumerationName(std::int64_t value) const;
+    /// The value called \p name (case-sensitive); empty when there is none.
     Optional<std::int64_t> findEnumerationValue(StringView name) const;
+    /// The class a reference type accepts; the root class "Entity" for every other kind.
     EntityClassInfo getAcceptedEntityClass() const;
+    /// The element type of a list; null for other kinds.
     const SharedPtr<const TypeDefinition>& getElementType() const { return elementType; }
+    /// The fields of a data object type; null for other kinds.
     const SharedPtr<const GroupLayout>& getLayout() const { return layout; }
 
+    /// Default-constructs a value in uninitialised, aligned \p target.
     void construct(void* target) const { operations.construct(*this, target); }
+    /// Copy-constructs \p source into uninitialised \p target.
     void copyConstruct(void* target, const void* source) const { operations.copyConstruct(*this, target, source); }
+    /// Assigns \p source to the constructed \p target.
     void assign(void* target, const void* source) const { operations.assign(*this, target, source); }
+    /// Destroys the value in \p target, leaving its memory to the caller.
     void destroy(void* target) const { operations.destroy(*this, target); }
+    /// True when both values are equal (references by identity).
     bool equals(const void* a, const void* b) const { return operations.equals(*this, a, b); }
+    /// The value's text form, which fromString() reads back.
     String toString(const void* value) const { return operations.toString(*this, value); }
     /// Parses `text` into `target`; on an error `target` keeps its value.
     Expected<void, String> fromString(StringView text, void* target) const;
+    /// Writes the value under \p key; references are written as identities.
     void serialize(ISerializer& out, StringView key, const void* value) const { operations.serialize(*this, out, key, value); }
     /// Reads a value into `target`; on an error `target` keeps its value.
     Expected<void, String> deserialize(IDeserializer& in, StringView key, const EntityResolver& resolver, void* target) const;
 
-    double toDouble(const void* value) const;
+    double toDouble(const void* value) const; ///< The number as a double; an Exception for types that are not numbers.
+    /// The number as an integer, floating point rounded to nearest; an Exception for types that are not numbers.
     std::int64_t toInt64(const void* value) const;
+    /// Stores \p value, rounded for integral types; an Exception for types that are not numbers.
     void fromDouble(void* target, double value) const;
+    /// Stores \p value; an Exception for types that are not numbers.
     void fromInt64(void* target, std::int64_t value) const;
 
 private:

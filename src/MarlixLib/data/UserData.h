@@ -14,14 +14,16 @@ namespace Marlix {
 class MARLIXLIB_EXPORT UserData
 {
 public:
-    UserData() = default;
+    UserData() = default; ///< No entries.
 
+    /// The entry under \p key; null when there is none or it holds another type than `T`.
     template <class T> const T* get(StringView key) const
     {
         const std::any* entry = entries.get(key);
         return entry ? std::any_cast<T>(entry) : nullptr;
     }
 
+    /// \overload
     template <class T> T* get(StringView key)
     {
         std::any* entry = entries.get(key);
@@ -35,11 +37,14 @@ public:
         return *this;
     }
 
+    /// True when an entry of any type is stored under \p key.
     bool contains(StringView key) const { return entries.contains(key); }
+    /// Removes the entry under \p key; false when there was none.
     bool remove(StringView key) { return entries.erase(key); }
-    std::size_t size() const { return entries.size(); }
-    bool isEmpty() const { return entries.empty(); }
+    std::size_t size() const { return entries.size(); } ///< The number of entries.
+    bool isEmpty() const { return entries.empty(); } ///< True when there are no entries.
 
+    /// Every key, in sorted order.
     Array<String> getKeys() const
     {
         Array<String> keys;

@@ -36,9 +36,11 @@ template <class T> Expected<T, String> parseNumber(StringView text)
 }
 } // namespace Detail
 
+/// Booleans: "true" and "false" (reads also accept "1" and "0").
 template <> struct ValueTraits<bool>
 {
-    static String toString(bool value) { return value ? "true" : "false"; }
+    static String toString(bool value) { return value ? "true" : "false"; } ///< "true" or "false".
+    /// Accepts "true", "false", "1" and "0" exactly; anything else is an error.
     static Expected<bool, String> fromString(StringView text)
     {
         if (text == "true" || text == "1")
@@ -47,21 +49,27 @@ template <> struct ValueTraits<bool>
             return false;
         return Unexpected<String>("\"" + String(text) + "\" is not a boolean (true or false)");
     }
+    /// Writes a stream boolean.
     static void serialize(ISerializer& out, StringView key, bool value) { out.writeBool(key, value); }
+    /// Reads a stream boolean; the stream's error otherwise.
     static Expected<bool, String> deserialize(IDeserializer& in, StringView key) { return in.readBool(key); }
 };
 
+/// Integers and floating point numbers other than bool.
 template <class T>
     requires(std::is_arithmetic_v<T> && !std::same_as<T, bool>)
 struct ValueTraits<T>
 {
+    /// The shortest text that reads back to the same value, without locale.
     static String toString(T value)
     {
         char buffer[64];
         const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
         return String(buffer, result.ptr);
     }
+    /// Reads a number, ignoring surrounding blanks and a leading '+'; an error for other text and out of range.
     static Expected<T, String> fromString(StringView text) { return Detail::parseNumber<T>(text); }
+    /// Writes floating point numbers as doubles and integers as 64-bit signed or unsigned numbers.
     static void serialize(ISerializer& out, StringView key, T value)
     {
         if constexpr (std::is_floating_point_v<T>)
@@ -71,6 +79,7 @@ struct ValueTraits<T>
         else
             out.writeUInt(key, static_cast<std::uint64_t>(value));
     }
+    /// Reads the wide form back; an error when the value does not fit `T`.
     static Expected<T, String> deserialize(IDeserializer& in, StringView key)
     {
         if constexpr (std::is_floating_point_v<T>) {
@@ -98,22 +107,30 @@ struct ValueTraits<T>
     }
 };
 
+/// Text, stored as it is.
 template <> struct ValueTraits<String>
 {
-    static String toString(const String& value) { return value; }
+    static String toString(const String& value) { return value; } ///< The text itself.
+    /// The text itself; never an error.
     static Expected<String, String> fromString(StringView text) { return String(text); }
+    /// Writes a stream string.
     static void serialize(ISerializer& out, StringView key, const String& value) { out.writeString(key, value); }
+    /// Reads a stream string; the stream's error otherwise.
     static Expected<String, String> deserialize(IDeserializer& in, StringView key) { return in.readString(key); }
 };
 
+/// File paths, written with forward slashes on every platform.
 template <> struct ValueTraits<Io::Path>
 {
-    static String toString(const Io::Path& value) { return value.generic_string(); }
+    static String toString(const Io::Path& value) { return value.generic_string(); } ///< The path with forward slashes.
+    /// The path as written; never an error.
     static Expected<Io::Path, String> fromString(StringView text) { return Io::Path(text); }
+    /// Writes the path as a string with forward slashes.
     static void serialize(ISerializer& out, StringView key, const Io::Path& value)
     {
         out.writeString(key, value.generic_string());
     }
+    /// Reads a path string; the stream's error otherwise.
     static Expected<Io::Path, String> deserialize(IDeserializer& in, StringView key)
     {
         auto text = in.readString(key);

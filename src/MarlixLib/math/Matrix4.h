@@ -11,13 +11,16 @@ namespace Marlix {
 /// and an affine matrix has (0, 0, 0, 1) as its last row.
 struct Matrix4
 {
+    /// The elements, m[row][column]; the identity by default.
     std::array<std::array<double, 4>, 4> m { { { 1, 0, 0, 0 }, { 0, 1, 0, 0 }, { 0, 0, 1, 0 }, { 0, 0, 0, 1 } } };
 
+    /// The element at \p row, \p column (0 to 3, unchecked).
     constexpr double operator()(int row, int column) const { return m[row][column]; }
-    constexpr double& operator()(int row, int column) { return m[row][column]; }
+    constexpr double& operator()(int row, int column) { return m[row][column]; } ///< \overload
 
-    static constexpr Matrix4 identity() { return {}; }
+    static constexpr Matrix4 identity() { return {}; } ///< The identity matrix.
 
+    /// The product a * b, which applies \p b first and then \p a.
     friend constexpr Matrix4 operator*(const Matrix4& a, const Matrix4& b)
     {
         Matrix4 r;
@@ -45,6 +48,7 @@ struct Matrix4
             m[2][0] * d.x + m[2][1] * d.y + m[2][2] * d.z };
     }
 
+    /// True when the last row is exactly (0, 0, 0, 1).
     constexpr bool isAffine() const { return m[3][0] == 0.0 && m[3][1] == 0.0 && m[3][2] == 0.0 && m[3][3] == 1.0; }
 
     /// True when no element differs by more than the tolerance.
@@ -59,6 +63,7 @@ struct Matrix4
         return true;
     }
 
+    /// Exact element-wise comparison; use isNear() after arithmetic.
     friend constexpr bool operator==(const Matrix4&, const Matrix4&) = default;
 };
 

@@ -21,23 +21,24 @@ namespace Marlix {
 /// +-pi/2 (gimbal lock) rotation.z is 0.
 struct MARLIXLIB_EXPORT PosRotScaleTm
 {
-    Pos position;
-    Vector3 rotation;
-    Vector3 scale { 1.0, 1.0, 1.0 };
-    Vector3 shear;
+    Pos position; ///< The translation T.
+    Vector3 rotation; ///< The Euler angles of R, in radians.
+    Vector3 scale { 1.0, 1.0, 1.0 }; ///< The scale factors of S along X, Y and Z.
+    Vector3 shear; ///< The shear factors of H: x by y, x by z, y by z.
 
     /// The 3x3 rotation R of the Euler angles, in the top-left corner of an otherwise identity matrix.
     static Matrix4 rotationMatrix(const Vector3& eulerAngles);
 
-    Matrix4 toMatrix() const;
+    Matrix4 toMatrix() const; ///< The affine matrix T * R * H * S.
     /// The unique decomposition described above; an error when the matrix is not affine or its linear part is singular.
     static Expected<PosRotScaleTm, String> fromMatrix(const Matrix4& matrix);
 
+    /// True when every part has exactly its default value.
     bool isIdentity() const { return *this == PosRotScaleTm {}; }
     /// True when every part is within the tolerance (angles compared as they are, not modulo 2 pi).
     bool isNear(const PosRotScaleTm& o, double tolerance) const;
 
-    friend bool operator==(const PosRotScaleTm&, const PosRotScaleTm&) = default;
+    friend bool operator==(const PosRotScaleTm&, const PosRotScaleTm&) = default; ///< Exact part-wise comparison.
 };
 
 } // namespace Marlix

@@ -7,18 +7,21 @@ namespace Marlix {
 /// A closed interval [minimum, maximum] of T. A range whose minimum lies above its maximum is empty.
 template <class T> struct Range
 {
-    T minimum {};
-    T maximum {};
+    T minimum {}; ///< The lower bound, included.
+    T maximum {}; ///< The upper bound, included.
 
-    constexpr Range() = default;
+    constexpr Range() = default; ///< The range [T{}, T{}], which holds T{}: it is not empty.
+    /// The range [\p minimum, \p maximum]; empty when \p minimum lies above \p maximum.
     constexpr Range(T minimum, T maximum)
         : minimum(minimum)
         , maximum(maximum)
     {
     }
 
-    constexpr bool isEmpty() const { return maximum < minimum; }
+    constexpr bool isEmpty() const { return maximum < minimum; } ///< True when the minimum lies above the maximum.
+    /// maximum - minimum; T{} for an empty range.
     constexpr T size() const { return isEmpty() ? T {} : T(maximum - minimum); }
+    /// True when \p value lies within the bounds, both included.
     constexpr bool contains(const T& value) const { return !(value < minimum) && !(maximum < value); }
     /// The nearest value inside the range; an empty range returns the value unchanged.
     constexpr T clamp(const T& value) const
@@ -36,6 +39,7 @@ template <class T> struct Range
             return *this;
         return { std::min(minimum, o.minimum), std::max(maximum, o.maximum) };
     }
+    /// The values in both ranges; empty when they do not overlap.
     constexpr Range intersected(const Range& o) const
     {
         return { std::max(minimum, o.minimum), std::min(maximum, o.maximum) };
@@ -51,6 +55,7 @@ template <class T> struct Range
         maximum = std::max(maximum, value);
     }
 
+    /// Equal bounds (two empty ranges with different bounds differ).
     friend constexpr bool operator==(const Range&, const Range&) = default;
 };
 

@@ -31,6 +31,7 @@ concept PointRange
 class MARLIXLIBQT_EXPORT Painter
 {
 public:
+    /// What a drawing call changes on the painter for its own duration only.
     enum class Option : std::uint8_t
     {
         /// Antialiasing for this call only; the painter's render hints are restored afterwards.
@@ -38,7 +39,7 @@ public:
         /// The pen keeps its width in device pixels under the painter's transform, for this call only.
         Cosmetic = 1 << 1,
     };
-    using Options = Flags<Option>;
+    using Options = Flags<Option>; ///< A combination of Option values; empty draws with the painter as it is.
 
     /// QPainter::drawLines over a span, skipping lines with a non-finite end and doing nothing without a pen.
     static void drawLines(QPainter& painter, ArrayView<const QLineF> lines, Options options = {});
@@ -60,6 +61,7 @@ public:
         const auto converted = toPoints(points);
         drawLines(painter, ArrayView<const QPointF>(converted.constData(), converted.size()), options);
     }
+    /// drawPolyline() for any contiguous array of `PointLike` points.
     template <class R>
     requires PointRange<R>
     static void drawPolyline(QPainter& painter, const R& points, Options options = {})
@@ -67,6 +69,7 @@ public:
         const auto converted = toPoints(points);
         drawPolyline(painter, ArrayView<const QPointF>(converted.constData(), converted.size()), options);
     }
+    /// drawPolygon() for any contiguous array of `PointLike` points.
     template <class R>
     requires PointRange<R>
     static void drawPolygon(

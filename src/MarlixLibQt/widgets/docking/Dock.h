@@ -45,20 +45,21 @@ public:
         /// `QDataStream`.
         QByteArray geometry;
 
-        friend bool operator==(const Data&, const Data&) = default;
+        friend bool operator==(const Data&, const Data&) = default; ///< Equal when path, visibility and geometry are.
     };
 
     /// Where `dock(target, area)` puts a dock relative to the target.
     enum class Area
     {
-        None = 0,
-        Left = 1,
-        Right = 2,
-        Top = 3,
-        Bottom = 4,
-        Tab = 5,
+        None = 0, ///< Nowhere: the drop is refused.
+        Left = 1, ///< Beside the target, on its left, in a horizontal splitter.
+        Right = 2, ///< Beside the target, on its right, in a horizontal splitter.
+        Top = 3, ///< Above the target, in a vertical splitter.
+        Bottom = 4, ///< Below the target, in a vertical splitter.
+        Tab = 5, ///< Stacked with the target as a tab.
     };
 
+    /// How traverse() follows a path.
     enum class TraverseFlag
     {
         /// Create the splitters and tab widgets a path names but that do not exist.
@@ -67,11 +68,12 @@ public:
 
     /// An empty name gets "Dock#" and a number no other dock uses.
     explicit Dock(const QString& name = {});
-    ~Dock() override;
+    ~Dock() override; ///< Destroys the dock and its content; a container it leaves empty is tidied away afterwards.
 
+    /// Shows \p widget under the header and owns it; the previous content is deleted. Null only removes it.
     void setWidget(QWidget* widget);
-    QWidget* widget() const;
-    DockHeader* header() const { return dockHeader; }
+    QWidget* widget() const; ///< The content under the header; null when there is none.
+    DockHeader* header() const { return dockHeader; } ///< The title row; owned by the dock.
     /// Shows and hides the dock; titled with the dock's window title.
     QAction* toggleViewAction() const { return toggleAction; }
 
@@ -85,22 +87,29 @@ public:
     /// every dock stays reachable whatever the records say.
     static FlatSet<String> restoreWorkspace(ArrayView<const Data> records, Stack<String>* problems = nullptr);
 
+    /// Makes getDockWithFocus() follow the application's focus; once per application object, later calls do nothing.
     static void connectOnFocusChangedSignal();
+    /// The dock that last held the focus; null when the focus last went outside every dock.
     static Dock* getDockWithFocus();
-    static const FlatSet<Dock*>& allDocks();
+    static const FlatSet<Dock*>& allDocks(); ///< Every dock that exists, floating, docked or hidden.
     /// Shows where a drop will land while a dock is dragged.
     static QWidget* overlay();
 
+    /// Follows \p path (the tokens after the top-level widget's name) down from \p root: the widget reached and its
+    /// index in its container, or (null, -1) when the path leads nowhere.
     static std::pair<QWidget*, int> traverse(QWidget* root, QList<QString> path, Flags<TraverseFlag> flags = {});
-    static Dock* findDock(const QString& name);
+    static Dock* findDock(const QString& name); ///< The dock whose object name is \p name; null when there is none.
+    /// The application's top-level main window, the one docks attach to; null when there is none.
     static QMainWindow* findMainWindow();
+    /// The main window or floating window called \p name (the first token of a path); null when there is none.
     static QWidget* findTopLevelWidget(const QString& name);
+    /// The widget a whole path names, top-level widget first; null when it leads nowhere.
     static QWidget* findWidget(const QList<QString>& path);
     /// The widget under a global position, in the window on top there; `exclude` and its children are ignored.
     static QWidget* widgetAt(const QPoint& globalPosition, QWidget* exclude);
     /// The dock or main window under a global position that a dock can be dropped on.
     static QWidget* dockableWidgetAt(const QPoint& globalPosition, QWidget* exclude);
-    static QRect globalGeometry(QWidget& widget);
+    static QRect globalGeometry(QWidget& widget); ///< The widget's rectangle in global screen coordinates.
     /// Puts `widget` at `index` in a splitter, a tab widget, the main window (its central widget) or a plain parent.
     static void insertToParent(QWidget* parent, int index, QWidget* widget);
     /// Gives `widget` a new parent (none makes it a window) and keeps its window flags fit for where it lands.
@@ -114,16 +123,22 @@ public:
     static void undock(QWidget& widget);
     /// The title of a container: the titles of its docks joined.
     static QString compositeTitle(QWidget* widget);
+    /// Makes \p widget the central widget of \p window, taking it out of its container; the previous one floats.
     static void setCentralWidget(QMainWindow& window, QWidget& widget);
+    /// The number of children of \p splitter not hidden; 0 for null.
     static int visibleChildrenCount(const QSplitter* splitter);
-    static int visibleTabsCount(const QTabWidget* tabs);
+    static int visibleTabsCount(const QTabWidget* tabs); ///< The number of tabs of \p tabs not hidden; 0 for null.
+    /// Records the dock that holds \p now; focus leaving the application changes nothing.
     static void onFocusChanged(QWidget* old, QWidget* now);
 
 protected:
+    /// Keeps the toggle action in step when a floating dock is shown or closed by its window.
     bool event(QEvent* event) override;
+    /// Drags the dock by its header; Esc cancels a running drag wherever the focus is.
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Carries title changes to the header, the action, the accessible name and the tab.
     void changeEvent(QEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
+    void moveEvent(QMoveEvent* event) override; ///< Keeps the drop target under a floating dock that is being dragged.
 
 private:
     friend class DockHeader;
@@ -160,14 +175,14 @@ class MARLIXLIBQT_EXPORT DockHeader : public QFrame
     Q_OBJECT
 
 public:
-    explicit DockHeader(Dock* dock);
+    explicit DockHeader(Dock* dock); ///< The title row of \p dock, which owns it.
 
-    QLabel* label() const { return titleLabel; }
-    QToolButton* button() const { return undockButton; }
-    QSize minimumSizeHint() const override;
+    QLabel* label() const { return titleLabel; } ///< The label showing the dock's title.
+    QToolButton* button() const { return undockButton; } ///< The undock button; hidden while the dock floats.
+    QSize minimumSizeHint() const override; ///< Room for the undock button: the title may shrink to nothing.
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
+    void paintEvent(QPaintEvent* event) override; ///< Draws the row as the style draws a dock widget's title.
 
 private:
     QLabel* titleLabel = nullptr;

@@ -17,7 +17,7 @@ struct DockWorkspaceLimits
     static constexpr int MAX_INDEX = 1000;
     /// Levels below the top-level widget.
     static constexpr std::size_t MAX_DEPTH = 64;
-    static constexpr std::size_t MAX_NAME_LENGTH = 256;
+    static constexpr std::size_t MAX_NAME_LENGTH = 256; ///< The longest name in a path, in UTF-8 bytes.
     /// The largest splitter size, in pixels, that a record may give.
     static constexpr int MAX_SPLITTER_SIZE = 100000;
     /// The largest window coordinate or extent, in pixels.

@@ -14,10 +14,10 @@ namespace Marlix::Widgets {
 /// a value of the registered list type "DockDataList".
 struct DockWorkspaceFormat
 {
-    static constexpr std::uint32_t VERSION = 1;
-    static constexpr StringView TAG = "MarlixWorkspace";
-    static constexpr StringView TAG_KEY = "format";
-    static constexpr StringView RECORDS_KEY = "docks";
+    static constexpr std::uint32_t VERSION = 1; ///< The format version written; readers refuse streams of any other.
+    static constexpr StringView TAG = "MarlixWorkspace"; ///< The text that marks a workspace stream.
+    static constexpr StringView TAG_KEY = "format"; ///< The key the tag is written under.
+    static constexpr StringView RECORDS_KEY = "docks"; ///< The key the records are written under.
     /// The largest file a reader accepts: a workspace of thousands of docks takes well under a megabyte.
     static constexpr std::size_t MAX_FILE_SIZE = 16u << 20;
 };

@@ -14,6 +14,7 @@ class MARLIXLIBQT_EXPORT Tabber : public QTabWidget
     Q_OBJECT
 
 public:
+    /// An empty tab widget with movable tabs; the docking layout makes it when docks are stacked.
     explicit Tabber(QWidget* parent = nullptr);
 
     /// The undock button of the tab at `index`; null for an index out of range.
@@ -23,8 +24,9 @@ public:
     void addMissingUndockButtons();
 
 protected:
+    /// Gives the new tab its undock button (at the end of a restore) and retitles the tabs.
     void tabInserted(int index) override;
-    void tabRemoved(int index) override;
+    void tabRemoved(int index) override; ///< Retitles the tabs; a tab widget left empty is tidied away from the layout.
 
 private:
     void onTabBarClicked(int index);

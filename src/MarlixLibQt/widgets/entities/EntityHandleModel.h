@@ -39,9 +39,11 @@ public:
         reportedEmpty = readEntity() == nullptr;
     }
 
+    /// Not copyable: the context's observer refers to this model.
     EntityHandleModel(const EntityHandleModel&) = delete;
-    EntityHandleModel& operator=(const EntityHandleModel&) = delete;
+    EntityHandleModel& operator=(const EntityHandleModel&) = delete; ///< Not assignable.
 
+    /// The handle or entity while the entity lives and the context accepts it; empty otherwise.
     T get() const override
     {
         const EntityHolder<Entity> entity = readEntity();
@@ -51,6 +53,7 @@ public:
             return entity;
     }
 
+    /// Refers to \p value's entity from now on and tells the observers; writes from those observers are ignored.
     void set(T value) override
     {
         if (setDepth.load(std::memory_order_acquire) >= 1)

@@ -28,20 +28,24 @@ class MARLIXLIBQT_EXPORT EntityWidget : public QToolButton, public BaseWithModel
     Q_OBJECT
 
 public:
+    /// The text of the empty reference, on the button and in the menu.
     static constexpr const char* NONE_TEXT = "None";
+    /// The title of the menu's section of recently picked entities.
     static constexpr const char* RECENT_SECTION_TEXT = "Recent";
+    /// The title of the menu's section of the scene's entities.
     static constexpr const char* SCENE_SECTION_TEXT = "Scene";
     /// Entities kept in the host's recent list.
     static constexpr std::size_t MAX_RECENT = 8;
     /// Entities listed in the menu; a larger scene lists the first ones and says how many are left out.
     static constexpr std::size_t MAX_MENU_ENTRIES = 200;
+    /// The side of the thumbnails on the button and in the menu, in logical pixels.
     static constexpr int THUMBNAIL_SIZE = 16;
 
     /// Offers entities of `acceptedClass` (and derived classes) from the host's scene, through the host's default
     /// entity filter.
     EntityWidget(SharedPtr<Model<EntityHolder<Entity>>> model, EntityClassInfo acceptedClass,
         SharedPtr<IPropertySheetHost> host, QWidget* parent = nullptr);
-    ~EntityWidget() override;
+    ~EntityWidget() override; ///< Ends the model and thumbnail subscriptions; the model lives on with its other owners.
 
     /// The entities that hold the reference: an entity that would close a reference cycle with one of them is not
     /// offered.
@@ -50,12 +54,15 @@ public:
     void setEntityFilter(Function<bool(const EntityHolder<Entity>&)> filter);
     /// Whether "None" is offered (it is by default).
     void setNoneAllowed(bool allowed);
-    bool isNoneAllowed() const { return noneAllowed; }
+    bool isNoneAllowed() const { return noneAllowed; } ///< True when the menu offers "None".
     /// While `mixed` answers true, the button shows the mixed-values text instead of the model's entity.
     void setMixedValuesFunction(Function<bool()> mixed);
 
+    /// The model of the referenced entity, written once per pick.
     const SharedPtr<Model<EntityHolder<Entity>>>& getModel() const { return model; }
+    /// The class whose entities (and derived ones) are offered.
     const EntityClassInfo& getAcceptedClass() const { return acceptedClass; }
+    /// The menu of candidates, rebuilt each time it opens; owned by the widget.
     QMenu* getPickMenu() const { return pickMenu; }
 
     /// The entities that may be picked, in scene order.
@@ -67,7 +74,7 @@ public:
     /// The entity's "name" when it has a non-empty one, else its class name and identity; NONE_TEXT for no entity.
     static QString getEntityText(const EntityHolder<Entity>& entity);
 
-    void notify() override;
+    void notify() override; ///< Shows the model's entity (or the mixed-values text) with its thumbnail and name.
 
 private:
     void rebuildMenu();

@@ -17,8 +17,9 @@ class MARLIXLIBQT_EXPORT MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
+    /// An empty main window; the internal menu bar appears with its first menu.
     explicit MainWindow(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
-    ~MainWindow() override;
+    ~MainWindow() override; ///< Destroys the window with its docks and menus.
 
     /// Adds `menu` to the internal menu bar, made on first use as the top-right corner widget of the menu bar.
     /// Returns the menu's action; null when the menu is null or the corner holds some other widget.

@@ -23,6 +23,7 @@ public:
     /// A gesture ends this long after its last wheel event.
     static constexpr int GESTURE_END_DELAY_MS = 1000;
 
+    /// An idle filter; install it on the application with QCoreApplication::installEventFilter().
     explicit WheelScrollPhaseSynthesizer(QObject* parent = nullptr);
     /// Ends the running gesture, so that its widget hears "end".
     ~WheelScrollPhaseSynthesizer() override;

@@ -32,18 +32,22 @@ MARLIXLIBQT_EXPORT QPixmap makeThumbnail(const QImage& image, QSize size, Option
 class MARLIXLIBQT_EXPORT ThumbnailManager
 {
 public:
+    /// Told, on the GUI thread, which entities got new images.
     using ChangedCallback = Function<void(ArrayView<const EntityHolder<Entity>>)>;
 
+    /// The version of the cache stream written; a stream of another version is refused.
     static constexpr std::uint32_t FORMAT_VERSION = 1;
     /// Size of the images that providers render; pixmaps of every size are made from them.
     static constexpr int RENDER_SIZE = 256;
     /// Request option: give a transparent placeholder while an entity has no image yet.
     static constexpr std::uint32_t OPTION_PLACEHOLDER = 1;
 
+    /// An empty cache without providers; starts its render thread, which sleeps until there is work.
     ThumbnailManager();
-    ~ThumbnailManager();
+    ~ThumbnailManager(); ///< Stops the render thread, waiting for a render that is running.
+    /// Not copyable: clients and the render thread refer to the manager itself.
     ThumbnailManager(const ThumbnailManager&) = delete;
-    ThumbnailManager& operator=(const ThumbnailManager&) = delete;
+    ThumbnailManager& operator=(const ThumbnailManager&) = delete; ///< Not assignable.
 
     /// `provider` renders entities of `classes` and their derived classes, except those of `excluded` and theirs.
     void registerProvider(ArrayView<const EntityClassInfo> classes, ArrayView<const EntityClassInfo> excluded,
@@ -53,6 +57,7 @@ public:
     /// Releases every provider; a render that is running finishes first.
     void shutdownProviders();
 
+    /// True when a registered provider renders the entity's class; false for an empty holder. Any thread.
     bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
 
     /// Forgets the entities that nothing else holds any more (the manager never keeps one alive) and those that no
@@ -86,15 +91,18 @@ private:
 class MARLIXLIBQT_EXPORT ThumbnailClient
 {
 public:
+    /// Shows thumbnails of \p size logical pixels from \p manager (an Exception when null), rendered with \p option;
+    /// \p onChanged hears of new images while the client lives, and \p widget gives the device pixel ratio.
     ThumbnailClient(SharedPtr<ThumbnailManager> manager, QSize size, ThumbnailManager::ChangedCallback onChanged,
         std::uint32_t option = 0, QWidget* widget = nullptr);
 
     /// At the device pixel ratio of the client's widget, or of the application without one.
     QPixmap getThumbnail(const EntityHolder<Entity>& entity) const;
-    QSize getThumbnailSize() const { return size; }
-    void setThumbnailSize(QSize newSize);
+    QSize getThumbnailSize() const { return size; } ///< The size of the thumbnails served, in logical pixels.
+    void setThumbnailSize(QSize newSize); ///< Serves thumbnails of \p newSize from now on, in logical pixels.
+    /// True when the manager's providers render the entity's class; false for an empty holder.
     bool canGenerateThumbnailFor(const EntityHolder<Entity>& entity) const;
-    const SharedPtr<ThumbnailManager>& getManager() const { return manager; }
+    const SharedPtr<ThumbnailManager>& getManager() const { return manager; } ///< The shared manager; never null.
 
 private:
     /// A request this client was served, with the manager's revision at which the answer was confirmed: while the
