@@ -52,7 +52,7 @@ struct UiFlags
     }
 };
 
-/// An action next to the editor that writes a fixed value in one undo step ("Use Scene Scale", "Set to 1:1").
+/// An entry of the row's context menu that writes a fixed value in one undo step ("Use Scene Scale", "Set to 1:1").
 struct UiValueSetter
 {
     static constexpr StringView ATTRIBUTE = "Zorva.Ui.ValueSetter"; ///< User-data key of the record.
