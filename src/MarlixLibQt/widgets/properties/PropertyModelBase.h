@@ -34,7 +34,8 @@ public:
                     [this](const ObservedProperty&) { this->notifyCallbacks(); }));
     }
 
-    ~PropertyModelBase() override ///< Reverts an open gesture and stops observing.
+    /// Reverts an open gesture and stops observing.
+    ~PropertyModelBase() override
     {
         // An open gesture reverts with its holder; the observers must be gone before that tells them.
         observation.clear();
@@ -97,14 +98,16 @@ public:
             action = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
     }
 
-    void commitChange() override ///< Closes the gesture, keeping its writes as one undo step.
+    /// Closes the gesture, keeping its writes as one undo step.
+    void commitChange() override
     {
         if (action.isOpen())
             action.commit();
         action = ActionHolder();
     }
 
-    void revertChange() override ///< Closes the gesture and takes back its writes.
+    /// Closes the gesture and takes back its writes.
+    void revertChange() override
     {
         if (action.isOpen())
             action.revert();
