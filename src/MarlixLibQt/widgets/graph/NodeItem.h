@@ -127,7 +127,7 @@ public:
     InputSlot* getInputSlot(StringView name);
     /// One slot per input, top to bottom; rebuilt when the inputs change.
     const Array<InputSlot>& getInputSlots() const { return inputSlots; }
-    const OutputSlot& getOutputSlot() const { return outputSlot; } ///< The output slot.
+    const OutputSlot& getOutputSlot() const { return outputSlot; } ///< The slot every wire of this node leaves from.
     /// The centre of input `name`'s slot in item coordinates; (0, 0) for an unknown input.
     QPointF inSlotPosition(StringView name) const;
     /// The centre of the output slot, in item coordinates.

@@ -17,8 +17,7 @@ public:
     /// Accepts the entities a list offers; an empty function accepts all.
     using EntityFilter = Function<bool(const EntityHolder<Entity>&)>;
 
-    /// Whether `reference` still points to a live entity of the scene the sheet edits; pickers show invalid ones as
-    /// missing.
+    /// Whether `reference` is a valid entity of the scene the sheet edits; entity pickers offer only valid ones.
     virtual bool isEntityReferenceValid(const EntityHolder<Entity>& reference) const = 0;
     /// `onExpired` is called when references of `entityClass` (of every class when null) may have expired.
     [[nodiscard]] virtual CallbackLifetime addExpirationObserver(
