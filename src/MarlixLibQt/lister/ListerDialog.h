@@ -44,13 +44,15 @@ public:
     /// aligned, flags centred, read-only properties as values, the rest as editors.
     static Stack<ListerColumnDefinition> makeColumns(const EntityClassInfo& entityClass);
 
-    ListerModel* getModel() const { return model; }
-    ListerProxy* getProxy() const { return proxy; }
+    ListerModel* getModel() const { return model; } ///< The model of the table's rows; owned by the panel.
+    ListerProxy* getProxy() const { return proxy; } ///< Sorts and filters the table; owned by the panel.
+    /// Keeps the table's rows in step with the scene; owned by the panel.
     ListerSceneBinding* getBinding() const { return binding; }
-    ListerView* getView() const { return view; }
-    ListerView* getMasterView() const { return masterView; }
-    QLineEdit* getFilterEdit() const { return filterEdit; }
-    QLabel* getCountLabel() const { return countLabel; }
+    ListerView* getView() const { return view; } ///< The table of the scene's objects.
+    ListerView* getMasterView() const { return masterView; } ///< The strip above the table that shows the master row.
+    QLineEdit* getFilterEdit() const { return filterEdit; } ///< The name filter field.
+    QLabel* getCountLabel() const { return countLabel; } ///< The label with the number of objects listed.
+    /// The entity the master row edits; empty when the class cannot be instantiated (then the strip stays empty).
     const EntityHolder<Entity>& getMasterEntity() const { return master; }
 
 private:
@@ -75,11 +77,13 @@ class MARLIXLIBQT_EXPORT ListerDialog : public QDialog
     Q_OBJECT
 
 public:
+    /// The panel of `entityClass` in `scene`, with `columns` or those of makeColumns(); a null scene or host is a
+    /// programming error.
     ListerDialog(SharedPtr<EntityGraphTracker> scene, const EntityClassInfo& entityClass,
         SharedPtr<IPropertySheetHost> host, Stack<ListerColumnDefinition> columns = {}, QWidget* parent = nullptr);
     ~ListerDialog() override;
 
-    ListerPanel* getPanel() const { return panel; }
+    ListerPanel* getPanel() const { return panel; } ///< The panel the dialog shows; owned by the dialog.
 
 private:
     ListerPanel* panel;

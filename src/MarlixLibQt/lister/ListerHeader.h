@@ -21,10 +21,11 @@ public:
     explicit ListerHeader(SharedPtr<Model<Stack<bool>>> columnVisibility, QWidget* parent = nullptr);
     ~ListerHeader() override;
 
+    /// The shared visibility flags, one per column; never null.
     const SharedPtr<Model<Stack<bool>>>& getColumnVisibility() const { return columnVisibility; }
     /// Hides `section`; the last shown column stays, as a header without sections could not be brought back.
     void hideColumn(int section);
-    void unhideAll();
+    void unhideAll(); ///< Shows every column, through the shared model.
     /// Hides the sections whose flag is false and shows the others.
     void notify() override;
 
@@ -33,6 +34,7 @@ Q_SIGNALS:
     void columnVisibilityApplied();
 
 protected:
+    /// Opens the menu that hides the column under the mouse or shows all columns again.
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:

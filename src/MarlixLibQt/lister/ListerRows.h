@@ -9,6 +9,7 @@
 
 // The row storage of ListerModel; private to the lister.
 namespace Marlix::Widgets {
+/// \cond INTERNAL
 
 struct TopLevelStruct;
 
@@ -94,4 +95,5 @@ private:
         roots;
 };
 
+/// \endcond
 } // namespace Marlix::Widgets

@@ -36,12 +36,13 @@ public:
     void setSubEntitiesFunction(SubEntitiesFunction function);
     /// Sub-entities from a reference or a list of references of each top-level entity, followed as it changes.
     void setSubEntitiesPropertyPath(String path);
+    /// Reads the sub-entities of `entity`'s row again; a function that throws leaves the rows as they were.
     void refreshSubEntities(const Entity& entity);
-    void refreshAll();
+    void refreshAll(); ///< Brings the rows to the scene again and reads every row's sub-entities.
 
-    ListerModel* getModel() const;
-    const SharedPtr<EntityGraphTracker>& getScene() const { return scene; }
-    const EntityClassInfo& getEntityClass() const { return entityClass; }
+    ListerModel* getModel() const; ///< The model filled; null once it is gone.
+    const SharedPtr<EntityGraphTracker>& getScene() const { return scene; } ///< The scene whose entities are listed.
+    const EntityClassInfo& getEntityClass() const { return entityClass; } ///< The class listed, subclasses included.
 
 private:
     struct Tracked

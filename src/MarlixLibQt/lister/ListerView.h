@@ -37,8 +37,8 @@ public:
     /// Open (or refresh) the editors of the rows in view, or close them.
     enum class EditorState : int
     {
-        Open = 0,
-        Close = 1,
+        Open = 0, ///< Open the editors, refreshing those that always rebuild.
+        Close = 1, ///< Close the editors.
     };
 
     /// The longest an editors pass spends opening editors before it lets a frame be painted and goes on later.
@@ -57,18 +57,24 @@ public:
     /// Shows `model`, which must be the lister's model or a chain of proxies over it.
     void setModel(QAbstractItemModel* model) override;
 
+    /// The lister model at the end of the proxy chain; never null.
     ListerModel* getListerModel() const { return listerModel; }
+    /// The header, which hides and shows columns through the column-visibility model.
     ListerHeader* getHeader() const { return listerHeader; }
-    ListerViewDelegate* getDelegate() const { return delegate; }
+    ListerViewDelegate* getDelegate() const { return delegate; } ///< The delegate that makes the cell editors.
+    /// One flag per column, shared with the header; a missing flag means shown.
     const SharedPtr<Model<Stack<bool>>>& getColumnVisibility() const { return columnVisibility; }
+    /// The host the cell editors are made with; never null.
     const SharedPtr<IPropertySheetHost>& getPropertySheetHost() const { return host; }
 
     /// The part of the viewport the user sees. With `update`, editors open on the rows in it and close elsewhere.
     void displayRectChanged(QRect rect, bool update);
-    QRect getDisplayRect() const { return displayRect; }
+    QRect getDisplayRect() const { return displayRect; } ///< The display rectangle, in viewport coordinates.
     /// Whether an editors pass waits for the event loop: the editors of the rows in view are then not all open yet.
     bool isEditorsPassPending() const { return passScheduled; }
 
+    /// Opens or closes the editors of every row, sub-rows included; with Open, rows hidden or outside the display
+    /// rectangle are skipped.
     void updateAllEditorsState(EditorState state);
     /// Rebuilds every open editor, for when what the editors address changed (the rows a master row edits).
     void refreshEditors();
@@ -81,15 +87,18 @@ public:
     /// Whether `index` (of the shown model) has its editor rebuilt whenever editors are refreshed.
     bool alwaysResetEditor(const QModelIndex& index) const;
 
+    /// Hides or shows top-level row `row` (of the shown model) by its row switches; rows out of range are ignored.
     void updateIthTopLevelRowVisiblity(int row);
+    /// Hides the sub-row of a top-level row that has exactly one, shows the sub-rows of others.
     void updateSubRowVisibility(const QModelIndex& parent);
-    int countVisibleTopLevelRows() const;
+    int countVisibleTopLevelRows() const; ///< Number of top-level rows not hidden, the master row included.
     /// Whether the entity passes the row-visibility test (see ROW_SWITCH_ATTRIBUTE).
     static bool isEntityListed(const Entity& entity);
 
-    QSize minimumSizeHint() const override;
+    QSize minimumSizeHint() const override; ///< Room for the header and three rows.
 
 public Q_SLOTS:
+    /// Tests every row's visibility again, reports the count and schedules an editors pass.
     void updateTopLevelRowVisibility();
 
 Q_SIGNALS:
@@ -99,13 +108,18 @@ Q_SIGNALS:
     void entityMenuAboutToShow(QMenu* menu, const QModelIndex& index);
 
 protected:
+    /// A right click on a row opens the entity menu: the model's actions, expanding and entityMenuAboutToShow().
     void mousePressEvent(QMouseEvent* event) override;
-    bool event(QEvent* event) override;
+    bool event(QEvent* event) override; ///< Schedules an editors pass when shown, moved, or the style or font changed.
+    /// Applies row visibility to the new rows and schedules an editors pass.
     void rowsInserted(const QModelIndex& parent, int start, int end) override;
+    /// The base releases the removed rows' editors.
     void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
+    /// Follows the viewport: editors open on rows scrolled in and close on rows scrolled out.
     void scrollContentsBy(int dx, int dy) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void updateGeometries() override;
+    void resizeEvent(QResizeEvent* event) override; ///< Schedules an editors pass.
+    void updateGeometries() override; ///< Schedules an editors pass after every layout of the rows.
+    /// Reports to the selection function whether any row is selected.
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
 private:

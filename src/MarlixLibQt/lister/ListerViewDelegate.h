@@ -22,8 +22,10 @@ class MARLIXLIBQT_EXPORT ListerViewDelegate : public QItemDelegate
 public:
     /// Margins around an editor that fills its cell, in device-independent pixels.
     static constexpr int HORIZONTAL_MARGIN = 10;
-    static constexpr int VERTICAL_MARGIN = 4;
+    static constexpr int VERTICAL_MARGIN = 4; ///< The vertical counterpart of HORIZONTAL_MARGIN.
 
+    /// The delegate of `view` over `model`, making editors with `host`; null arguments are a programming error and
+    /// raise the stop exception.
     ListerViewDelegate(ListerModel* model, ListerView* view, SharedPtr<IPropertySheetHost> host);
     ~ListerViewDelegate() override;
 
@@ -43,17 +45,26 @@ public:
     static QRect editorGeometry(QSize hint, QSizePolicy policy, const QRect& cell, Qt::Alignment alignment,
         int horizontalMargin, int verticalMargin);
 
+    /// The cell's editor, named "<column> of <entity>"; null for cells without a property, and for the master row's
+    /// name.
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    /// Hands the keyboard back to the view when the editor had it, then deletes the editor.
     void destroyEditor(QWidget* editor, const QModelIndex& index) const override;
     // Editors are bound to their properties: there is nothing to copy between them and the model.
+    /// Does nothing: editors are bound to their properties.
     void setEditorData(QWidget*, const QModelIndex&) const override { }
+    /// Does nothing: editors write their properties themselves.
     void setModelData(QWidget*, QAbstractItemModel*, const QModelIndex&) const override { }
+    /// Paints the cell; one whose editor is not open yet shows its value as text, one under an editor no text.
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    /// The style's property-sheet row height, when it sets one.
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    /// Places the editor by editorGeometry() with the margins in device-independent pixels and fixes its size.
     void updateEditorGeometry(
         QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
+    /// Draws the text unless the cell's editor covers it.
     void drawDisplay(
         QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const override;
 

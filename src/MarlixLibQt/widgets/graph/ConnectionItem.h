@@ -28,22 +28,28 @@ class MARLIXLIBQT_EXPORT ConnectionItem : public QGraphicsObject
     Q_OBJECT
 
 public:
+    /// A wire from the output slot of `from` to input `inputName` of `to`; it takes no mouse buttons and is not
+    /// selectable.
     ConnectionItem(QPointer<NodeItem> from, QPointer<NodeItem> to, StringView inputName);
 
+    /// The node whose output the wire leaves; null once that item is gone.
     const QPointer<NodeItem>& getFrom() const { return from; }
+    /// The input's name and the node it enters; the node is null once that item is gone.
     std::pair<String, QPointer<NodeItem>> getTo() const { return { inputName, to }; }
-    const String& getInputName() const { return inputName; }
-    const QPainterPath& getPath() const { return path; }
+    const String& getInputName() const { return inputName; } ///< The property name of the input the wire enters.
+    const QPainterPath& getPath() const { return path; } ///< The wire in scene coordinates, as last built.
 
     /// Whether the wire follows a dragged node: it then draws itself rather than through the view's cached layer,
     /// which stays as it is meanwhile.
     bool isLive() const { return live; }
-    void setLive(bool live);
+    void setLive(bool live); ///< Switches between drawing itself and being drawn by the view's wire layer.
 
-    QRectF boundingRect() const override { return bounds; }
+    QRectF boundingRect() const override { return bounds; } ///< The path's bounds with room for the pen.
+    /// Draws nothing on its own view's viewport unless live: the view's wire layer shows it there.
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
 protected:
+    /// Tells the view's wire layer when the wire is shown or hidden.
     QVariant itemChange(GraphicsItemChange change, const QVariant& value) override;
 
 public Q_SLOTS:
@@ -74,15 +80,18 @@ public:
     /// Anchored at the output slot of `anchor`, or at its input `inputName` when that is not empty.
     ConnectionPreviewItem(QPointer<NodeItem> anchor, StringView inputName, QPointF end);
 
+    /// The node the wire is anchored at; null once that item is gone.
     const QPointer<NodeItem>& getAnchor() const { return anchor; }
     /// The input the drag started from; empty when it started at the output slot.
     const String& getAnchorInput() const { return anchorInput; }
+    /// True when the drag started at the output slot, so the mouse end is an input.
     bool startsAtOutput() const { return anchorInput.empty(); }
-    QPointF getEnd() const { return end; }
-    void setEnd(QPointF end);
-    const QPainterPath& getPath() const { return path; }
+    QPointF getEnd() const { return end; } ///< The mouse end, in scene coordinates.
+    void setEnd(QPointF end); ///< Moves the mouse end to `end` (scene coordinates) and rebuilds the path.
+    const QPainterPath& getPath() const { return path; } ///< The wire in scene coordinates, as last built.
 
-    QRectF boundingRect() const override { return bounds; }
+    QRectF boundingRect() const override { return bounds; } ///< The path's bounds with room for the pen.
+    /// Draws the path like a placed wire.
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
 private:

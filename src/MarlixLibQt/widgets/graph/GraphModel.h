@@ -25,7 +25,8 @@ class GraphModel;
 class MARLIXLIBQT_EXPORT Node final : public Entity
 {
 public:
-    static constexpr const char* ENTITY = "entity";
+    static constexpr const char* ENTITY = "entity"; ///< Name of the reference property that holds the wrapped entity.
+    /// Name of the Vector2f property that holds the position on the canvas.
     static constexpr const char* POSITION = "position";
 
     /// What `synchronize` refreshes.
@@ -45,24 +46,29 @@ public:
 
     /// Empty: for the type database, which fills it when loading.
     Node();
+    /// For the type database: an empty node of `entityClass`, a subclass of "GraphNode".
     explicit Node(const EntityClassInfo& entityClass);
+    /// A node showing `entity` in `model`, not yet added to it; the entity is set without an undo record.
     Node(EntityHolder<Entity> entity, const EntityHolder<GraphModel>& model);
 
     bool isTransitiveToUndoTracking() const override { return false; }
 
-    EntityHolder<Entity> getEntity() const;
+    EntityHolder<Entity> getEntity() const; ///< The entity shown; empty when none is set.
     /// The graph the node belongs to; empty once that graph is gone.
     EntityHolder<GraphModel> getModel() const { return model.lock(); }
-    QPointF getPosition() const;
+    QPointF getPosition() const; ///< Top-left corner on the canvas, in scene units.
     /// Narrows `position` to two floats and writes it: an undoable edit in the open action.
     void setPosition(QPointF position);
     /// The wrapped entity's "name" when it has one, else its class name.
     QString getTitle() const;
 
+    /// Reads the inputs again from the wrapped entity; with no entity the node has no inputs. The first call reads
+    /// everything whatever `mode` says.
     void synchronize(Synchronize mode);
     /// Calls `observer` (posted, once per burst of changes) after the wrapped entity or the node itself changed.
     void setEntityObserver(Function<void()> observer);
 
+    /// The reference properties of the wrapped entity, read now and in property order; empty without an entity.
     Stack<InputDescriptor> getAvailableInputs() const;
     /// The entity that input `property` references as of the last synchronisation; empty when none.
     EntityHolder<Entity> getInputSource(StringView property) const;
@@ -71,6 +77,8 @@ public:
     /// Writes the reference through the entity's property mutation, so it is observed and undoable. An Exception when
     /// the connection is refused.
     void connectProperty(const EntityHolder<Node>& from, StringView property) const;
+    /// Clears the reference `property` through the entity's property mutation, so it is observed and undoable. An
+    /// Exception when the entity has no such reference; nothing happens without an entity.
     void disconnectProperty(StringView property) const;
 
 private:
@@ -96,8 +104,9 @@ private:
 class MARLIXLIBQT_EXPORT GraphModel final : public Entity
 {
 public:
-    static constexpr const char* NODES = "nodes";
+    static constexpr const char* NODES = "nodes"; ///< Name of the list property that holds the nodes.
 
+    /// Receives the nodes added and the nodes removed by one change of the node list.
     using ModelObserver = Function<void(ArrayView<const EntityHolder<Node>> added, ArrayView<const EntityHolder<Node>> removed)>;
     /// Reports each node `createNodeTree` produced: the node, whether it was made now (not found), and whether it is
     /// the root of the tree.
@@ -107,20 +116,22 @@ public:
     static const EntityClassInfo& getClass();
 
     GraphModel();
+    /// For the type database: an empty graph of `entityClass`, a subclass of "GraphModel".
     explicit GraphModel(const EntityClassInfo& entityClass);
     ~GraphModel() override;
 
     /// The scene that new and duplicated entities and the nodes themselves are added to, so a graph is saved with its
     /// scene. Held weakly: the scene usually holds the graph.
     void setScene(const SharedPtr<EntityGraphTracker>& scene);
+    /// The scene set by setScene(); null once it is gone or before one was set.
     SharedPtr<EntityGraphTracker> getScene() const { return scene.lock(); }
 
     /// The one consumer of membership changes (the view): called after every change of "nodes" with the nodes only
     /// present after it and those only present before it. A reorder reports two empty lists.
     CallbackLifetime setModelObserver(ModelObserver observer);
 
-    Array<EntityHolder<Node>> getNodes() const;
-    std::size_t getNodeCount() const;
+    Array<EntityHolder<Node>> getNodes() const; ///< The nodes, in the order they were added.
+    std::size_t getNodeCount() const; ///< Number of nodes, without making the list.
     /// The node that shows `entity`; empty when the graph has none.
     EntityHolder<Node> findNode(const Entity& entity) const;
 
@@ -142,9 +153,9 @@ public:
     /// Every node brought up to date, in list order.
     void resynchronize();
 
-    /// The space `createNodeTree` leaves between a node and the inputs placed to its left, and between siblings.
+    /// The horizontal distance `createNodeTree` leaves between a node and the inputs placed to its left.
     static constexpr double TREE_SPACING_X = 300.0;
-    static constexpr double TREE_SPACING_Y = 120.0;
+    static constexpr double TREE_SPACING_Y = 120.0; ///< The vertical distance it leaves between sibling inputs.
 
 private:
     struct IndexEntry

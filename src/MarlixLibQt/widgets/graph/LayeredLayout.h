@@ -13,10 +13,11 @@ namespace Marlix::Widgets {
 /// One box of the layout: its size in scene units.
 struct LayoutNode
 {
-    float width = 0;
-    float height = 0;
-    // The current top-left corner: the vertical order of the nodes is where the crossing reduction starts.
+    float width = 0; ///< Width, in scene units.
+    float height = 0; ///< Height, in scene units.
+    /// Left edge now, in scene units; with `y` the current top-left corner.
     float x = 0;
+    /// Top edge now: the vertical order of the nodes is where the crossing reduction starts.
     float y = 0;
 };
 
@@ -24,25 +25,25 @@ struct LayoutNode
 /// `from`'s).
 struct LayoutEdge
 {
-    std::uint32_t from = 0;
-    std::uint32_t to = 0;
-    std::uint32_t input = 0;
+    std::uint32_t from = 0; ///< Index of the source node.
+    std::uint32_t to = 0; ///< Index of the node the wire enters.
+    std::uint32_t input = 0; ///< Input row on `to`, counted from the top.
 };
 
 /// Where computeLayeredLayout puts the nodes.
 struct LayeredLayoutResult
 {
-    Array<std::array<float, 2>> positions; // new top-left per node, same order as the input nodes
-    Array<std::uint32_t> layers; // layer per node; every edge has layers[from] < layers[to]
-    std::size_t crossings = 0; // crossings of the result (see countLayerCrossings)
+    Array<std::array<float, 2>> positions; ///< New top-left per node, in the order of the input nodes.
+    Array<std::uint32_t> layers; ///< Layer per node; every edge laid out forwards has layers[from] < layers[to].
+    std::size_t crossings = 0; ///< Crossings of the result, as countLayerCrossings() counts them.
 };
 
 /// The spacings of computeLayeredLayout and whether it reduces crossings.
 struct LayeredLayoutOptions
 {
-    float spacingX = 150.0f;
-    float spacingY = 50.0f;
-    // Off, every layer keeps the nodes' current vertical order: the baseline that shows what the reduction buys.
+    float spacingX = 150.0f; ///< Space between layers, in scene units.
+    float spacingY = 50.0f; ///< Space between nodes of a layer, in scene units.
+    /// Off, every layer keeps the nodes' current vertical order: the baseline that shows what the reduction buys.
     bool reduceCrossings = true;
 };
 
@@ -57,6 +58,7 @@ struct LayeredLayoutOptions
 /// spacings that are negative or not finite, and for a graph whose long wires pass tens of millions of layers.
 MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(ArrayView<const LayoutNode> nodes,
     ArrayView<const LayoutEdge> edges, float spacingX = 150.0f, float spacingY = 50.0f);
+/// \overload
 MARLIXLIBQT_EXPORT LayeredLayoutResult computeLayeredLayout(
     ArrayView<const LayoutNode> nodes, ArrayView<const LayoutEdge> edges, const LayeredLayoutOptions& options);
 

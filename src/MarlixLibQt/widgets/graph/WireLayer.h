@@ -28,7 +28,7 @@ public:
 
     /// The wires or what lies under them changed: the next paint draws them again.
     void invalidate() { valid = false; }
-    bool isValid() const { return valid; }
+    bool isValid() const { return valid; } ///< False until the next paint once invalidate() was called.
 
     /// Covers `visible` (a rectangle in scene units, as seen through the painter's world transform, a scale and a
     /// translation) with the underlay and the `wires` that are not live.

@@ -14,35 +14,39 @@ class MARLIXLIBQT_EXPORT DefaultPropertySheetHost : public IPropertySheetHost,
                                                     public DefaultEntityHandleContext
 {
 public:
-    static constexpr const char* SELECT_DIRECTORY_TITLE = "Select Directory";
-    static constexpr const char* SELECT_FILE_TITLE = "Select File";
+    static constexpr const char* SELECT_DIRECTORY_TITLE = "Select Directory"; ///< Title of the directory picker.
+    static constexpr const char* SELECT_FILE_TITLE = "Select File"; ///< Title of the file pickers.
 
     /// The file dialog that one pick shows, worked out before anything is shown.
     struct FileDialogRequest
     {
+        /// Which of the platform's file dialogs is shown.
         enum class Kind
         {
-            ExistingDirectory,
-            OpenFile,
-            SaveFile,
+            ExistingDirectory, ///< A directory that exists.
+            OpenFile, ///< A file that exists, to read.
+            SaveFile, ///< A file to write; the dialog asks before an existing one is replaced.
         };
 
-        Kind kind = Kind::OpenFile;
-        QString title;
+        Kind kind = Kind::OpenFile; ///< The dialog to show.
+        QString title; ///< Window title.
         /// Where the dialog opens; empty lets the dialog choose.
         QString startPath;
-        QString filter;
-        bool showDirsOnly = false;
+        QString filter; ///< The file-type filter of the path flags; empty for directories.
+        bool showDirsOnly = false; ///< Only directories are listed; set for the directory picker.
 
-        bool operator==(const FileDialogRequest&) const = default;
+        bool operator==(const FileDialogRequest&) const = default; ///< Equal when every field is.
     };
 
+    /// A host over `entityGraphTracker`, `thumbnailManager` and `undoManager`, each of which may be null (no undo
+    /// without a manager); display units start at the defaults and the remembered lists empty.
     DefaultPropertySheetHost(SharedPtr<EntityGraphTracker> entityGraphTracker,
         SharedPtr<ThumbnailManager> thumbnailManager, SharedPtr<IUndoManager> undoManager);
+    /// Copies share the trackers, managers and models; the remembered directory is copied.
     DefaultPropertySheetHost(const DefaultPropertySheetHost&);
-    DefaultPropertySheetHost(DefaultPropertySheetHost&&) noexcept;
-    DefaultPropertySheetHost& operator=(const DefaultPropertySheetHost&);
-    DefaultPropertySheetHost& operator=(DefaultPropertySheetHost&&) noexcept;
+    DefaultPropertySheetHost(DefaultPropertySheetHost&&) noexcept; ///< \overload
+    DefaultPropertySheetHost& operator=(const DefaultPropertySheetHost&); ///< Copies like the copy constructor.
+    DefaultPropertySheetHost& operator=(DefaultPropertySheetHost&&) noexcept; ///< \overload
     ~DefaultPropertySheetHost() override;
 
     SharedPtr<Model<DisplayUnits>> getDisplayUnitsModel() const override;

@@ -12,6 +12,8 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT EnumPropertyModel : public PropertyModelBase<std::int64_t>
 {
 public:
+    /// Observes the property on every object of `accessor` until destroyed. Without `undoManager` edits are applied
+    /// without actions; `displayName` replaces the property's name in undo labels.
     EnumPropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,
         Optional<String> displayName = std::nullopt);
 

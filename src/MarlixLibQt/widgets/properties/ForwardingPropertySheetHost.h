@@ -23,7 +23,7 @@ public:
     IViewportHost* getViewportHost() override;
     Optional<Io::Path> pickFile(const UiPathFlags& flags, Optional<Io::Path> current) const override;
 
-    const SharedPtr<IPropertySheetHost>& getTarget() const { return target; }
+    const SharedPtr<IPropertySheetHost>& getTarget() const { return target; } ///< The host that answers; never null.
 
 private:
     SharedPtr<IPropertySheetHost> target;

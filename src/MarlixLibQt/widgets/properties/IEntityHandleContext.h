@@ -14,8 +14,10 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT IEntityHandleContext : public Polymorphic
 {
 public:
+    /// Accepts the entities a list offers; an empty function accepts all.
     using EntityFilter = Function<bool(const EntityHolder<Entity>&)>;
 
+    /// Whether `reference` is a valid entity of the scene the sheet edits; entity pickers offer only valid ones.
     virtual bool isEntityReferenceValid(const EntityHolder<Entity>& reference) const = 0;
     /// `onExpired` is called when references of `entityClass` (of every class when null) may have expired.
     [[nodiscard]] virtual CallbackLifetime addExpirationObserver(
@@ -31,7 +33,7 @@ public:
 class MARLIXLIBQT_EXPORT DefaultEntityHandleContext : public IEntityHandleContext
 {
 public:
-    bool isEntityReferenceValid(const EntityHolder<Entity>& reference) const override;
+    bool isEntityReferenceValid(const EntityHolder<Entity>& reference) const override; ///< Always true.
     CallbackLifetime addExpirationObserver(Function<void()> onExpired, const EntityClassInfo* entityClass) override;
     EntityClassInfo getDefaultEntityClass() const override;
     EntityFilter getDefaultEntityFilter() const override;

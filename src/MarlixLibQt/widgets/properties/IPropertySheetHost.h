@@ -28,11 +28,16 @@ public:
     virtual SharedPtr<Model<Stack<String>>> getCollapsiblesModel() const = 0;
     /// Recently picked entities, offered first by entity pickers.
     virtual SharedPtr<Model<Stack<EntityHolder<Entity>>>> getRecentEntitiesModel() const = 0;
+    /// The tracker of the scene that entity pickers list, for entities of `entityClass` (any class when null); null
+    /// when the host has no scene.
     virtual SharedPtr<EntityGraphTracker> getEntityGraphTracker(const EntityClassInfo* entityClass) const = 0;
+    /// Renders the thumbnails of pickers and previews; null shows none.
     virtual SharedPtr<ThumbnailManager> getThumbnailManager() const = 0;
     /// Empty when edits are applied without undo.
     virtual SharedPtr<IUndoManager> getUndoManager() const = 0;
+    /// Asked whether a property may be edited and told of edits; see IPropertyController.
     virtual IPropertyController& getPropertyController() = 0;
+    /// Validates, observes and filters the entity references the sheet shows.
     virtual IEntityHandleContext& getEntityHandleContext() = 0;
     /// Null when the application has no viewport.
     virtual IViewportHost* getViewportHost() = 0;

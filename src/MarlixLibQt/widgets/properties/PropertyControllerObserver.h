@@ -17,18 +17,20 @@ class PropertySheet;
 class MARLIXLIBQT_EXPORT PropertyControllerObserver
 {
 public:
-    using State = IPropertyController::State;
-    using VariantInfo = IPropertyController::VariantInfo;
+    using State = IPropertyController::State; ///< The controller's state bits.
+    using VariantInfo = IPropertyController::VariantInfo; ///< A variant as the controller describes it.
 
+    /// Reads nothing until setupObserver() is called; `controller` must outlive the observer.
     PropertyControllerObserver(IPropertyController& controller, GenericPropertyAccessor propertyAccessor);
     virtual ~PropertyControllerObserver();
     PropertyControllerObserver(const PropertyControllerObserver&) = delete;
     PropertyControllerObserver& operator=(const PropertyControllerObserver&) = delete;
 
-    IPropertyController& controller() const { return observedController; }
-    Flags<State> controllerState() const { return state; }
+    IPropertyController& controller() const { return observedController; } ///< The controller asked.
+    Flags<State> controllerState() const { return state; } ///< The state last read; empty before the first read.
+    /// The variant last read as supplying the value; none before the first read.
     const Optional<VariantInfo>& activeVariant() const { return variant; }
-    const GenericPropertyAccessor& propertyAccessor() const { return accessor; }
+    const GenericPropertyAccessor& propertyAccessor() const { return accessor; } ///< The property observed.
 
 protected:
     /// The state was read again.
@@ -36,6 +38,7 @@ protected:
     /// Subscribes at the controller; every report, from whatever thread, becomes one synchronize() queued to
     /// `context`, and a first one is queued now so the state is read once construction has finished.
     void setupObserver(QObject* context);
+    /// Reads state and variant again and calls update(); call it on the GUI thread.
     void synchronize();
 
 private:
@@ -53,6 +56,7 @@ class MARLIXLIBQT_EXPORT PropertyControllerHandler : public QObject, public Prop
     Q_OBJECT
 
 public:
+    /// Name of the dynamic Qt property that carries the state, as a Flags<State>.
     static constexpr const char* STATE_PROPERTY = "Zorva.PropertyControllerState";
     /// Styles that draw controller states answer this hint with a non-zero value.
     static constexpr auto SH_INSTALL_HANDLER = static_cast<QStyle::StyleHint>(QStyle::SH_CustomBase + 3);

@@ -13,7 +13,9 @@ namespace Marlix::Widgets {
 template <class T> class PropertyModelBase : public AbstractModel<T>
 {
 public:
+    /// Start of every undo label, before the property's name.
     static constexpr StringView ACTION_LABEL_PREFIX = "Update of ";
+    /// Receives the reason of a refused edit, as the Exception's message.
     using RejectionHandler = Function<void(const String& message)>;
 
     /// Without an undo manager edits are applied without actions. `displayName` replaces the property's name in
@@ -32,6 +34,7 @@ public:
                     [this](const ObservedProperty&) { this->notifyCallbacks(); }));
     }
 
+    /// Reverts an open gesture and stops observing.
     ~PropertyModelBase() override
     {
         // An open gesture reverts with its holder; the observers must be gone before that tells them.
@@ -39,6 +42,7 @@ public:
         action = ActionHolder();
     }
 
+    /// The value on the objects; the default value of T while the accessor is empty or its path does not resolve.
     T get() const override
     {
         if (accessor.isEmpty() || !isResolved(accessor.checkProperty()))
@@ -46,9 +50,12 @@ public:
         return readValue();
     }
 
+    /// Not copyable: observers and an open gesture belong to one model.
     PropertyModelBase(const PropertyModelBase&) = delete;
-    PropertyModelBase& operator=(const PropertyModelBase&) = delete;
+    PropertyModelBase& operator=(const PropertyModelBase&) = delete; ///< Not copyable.
 
+    /// Writes `value` to every object as one undo action, joined to the open gesture if there is one. A refused write
+    /// changes nothing and goes to the rejection handler; a write made by a notification of this very write is ignored.
     void set(T value) override
     {
         if (setDepth.load(std::memory_order_acquire) >= 1)
@@ -83,12 +90,15 @@ public:
         this->notifyCallbacks();
     }
 
+    /// Opens a gesture: the writes until commitChange() become one undo step. Does nothing without an undo manager or
+    /// while a gesture is open.
     void beginChange() override
     {
         if (undoManager && !action.isOpen())
             action = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
     }
 
+    /// Closes the gesture, keeping its writes as one undo step.
     void commitChange() override
     {
         if (action.isOpen())
@@ -96,6 +106,7 @@ public:
         action = ActionHolder();
     }
 
+    /// Closes the gesture and takes back its writes.
     void revertChange() override
     {
         if (action.isOpen())
@@ -106,9 +117,13 @@ public:
     /// Called with the reason whenever an edit is refused.
     void setRejectionHandler(RejectionHandler handler) { rejectionHandler = std::move(handler); }
 
+    /// The property on every object the model reads and writes.
     const GenericPropertyAccessor& getAccessor() const { return accessor; }
+    /// Null when edits are applied without undo.
     const SharedPtr<IUndoManager>& getUndoManager() const { return undoManager; }
+    /// Replaces the property's name in undo labels; none uses the definition's name.
     const Optional<String>& getDisplayName() const { return displayName; }
+    /// Applies to undo actions created from now on.
     void setDisplayName(Optional<String> name) { displayName = std::move(name); }
     /// True between beginChange() and commitChange() or revertChange() when there is an undo manager.
     bool isChangeOpen() const { return action.isOpen(); }

@@ -46,7 +46,9 @@ public:
     /// Exception for an empty holder, and the sheet stays as it was. Not to be called from a handler of one of the
     /// sheet's own editors, since their rows are deleted here.
     void setObjects(Array<EntityHolder<Entity>> objects);
+    /// The objects shown, in the order given; empty before the first setObjects().
     const Array<EntityHolder<Entity>>& getObjects() const { return objects; }
+    /// The host the sheet was made with; never null.
     const SharedPtr<IPropertySheetHost>& getPropertySheetHost() const { return host; }
 
     /// The row of the property at `path` (a property name); null when the sheet shows no such row.
@@ -72,6 +74,7 @@ Q_SIGNALS:
     void objectsChanged();
 
 protected:
+    /// Measures rows and label column again when the style or the font changes.
     void changeEvent(QEvent* event) override;
 
 private:

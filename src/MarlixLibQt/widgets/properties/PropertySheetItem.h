@@ -30,18 +30,20 @@ public:
     static constexpr const char* MIXED_VALUES_PROPERTY = "Zorva.MixedValues";
     /// The label's tooltip line while the objects disagree.
     static constexpr StringView MIXED_VALUES_TEXT = GenericPropertyAccessor::MIXED_VALUES_TEXT;
+    /// Prefix of the undo label of a reset, before the row's name.
     static constexpr StringView RESET_ACTION_PREFIX = "Reset of ";
 
     /// A row for `accessor` in `section`; the editor comes from PropertyWidgetConstructor with the sheet's host.
     PropertySheetItem(PropertySheet& sheet, GenericPropertyAccessor accessor, Collapsible* section);
     ~PropertySheetItem() override;
 
-    PropertySheet& getSheet() const { return sheet; }
-    Collapsible* getSection() const { return section; }
-    const GenericPropertyAccessor& getAccessor() const { return accessor; }
+    PropertySheet& getSheet() const { return sheet; } ///< The sheet that owns the row.
+    Collapsible* getSection() const { return section; } ///< The section the row is placed in.
+    const GenericPropertyAccessor& getAccessor() const { return accessor; } ///< The property of every selected object.
+    /// Path of the property, as PropertySheet::findItem() takes it.
     const String& getPath() const { return accessor.getPath(); }
-    QLabel* label() const { return nameLabel; }
-    QWidget* editor() const { return editorWidget; }
+    QLabel* label() const { return nameLabel; } ///< The label with the property's name; owned by the row.
+    QWidget* editor() const { return editorWidget; } ///< The editor; null once something else deleted it.
     /// Null while no object holds anything else than the default: the button is made when it is first needed.
     QToolButton* resetButton() const { return resetTool; }
 
@@ -58,6 +60,7 @@ public:
     bool hasConditions() const { return visibleIf || enabledIf || !enabler.empty() || dynamicName || hidden; }
     /// The last result of the conditions (true without a condition).
     bool isShownByCondition() const { return shownByCondition; }
+    /// The last result of the enabled-if condition and the enabling property (true without either).
     bool isEnabledByCondition() const { return enabledByCondition; }
     /// Evaluates the conditions on every object again and records the properties they read; true when the shown
     /// state changed. The enabled state is applied here; the sheet places the row when it is shown or hidden.
@@ -76,18 +79,23 @@ public:
     int labelWidthHint() const;
     /// Width of the label column, set by the sheet for a whole section or for every section at once.
     void setLabelWidth(int width);
-    int labelWidth() const { return labelColumnWidth; }
+    int labelWidth() const { return labelColumnWidth; } ///< Width of the label column, in pixels.
     /// The height of a one-line row (taller editors make the row taller) and the gap between label, editor and
     /// reset button. 0 as height lets the editor's size hint decide.
     void setRowMetrics(int height, int gap);
-    int oneLineHeight() const { return rowHeight; }
+    int oneLineHeight() const { return rowHeight; } ///< The height set by setRowMetrics(); 0 when the editor decides.
 
+    /// Label column, editor hint and reset button side by side; as tall as the tallest of them or the row height.
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize minimumSizeHint() const override; ///< Like sizeHint() with the editor's minimum width.
 
 protected:
+    /// Places the children again when one of them asks for a new layout.
     bool event(QEvent* event) override;
+    /// Places label, editor and reset button; mirrored for right-to-left layouts.
     void resizeEvent(QResizeEvent* event) override;
+    /// Offers "Reset to Default" and the value setter; ignored when there is neither, so that the parent may show its
+    /// own.
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:

@@ -26,6 +26,7 @@ class IPropertySheetHost;
 /// instead of the drop-down: a row of buttons, a slider over ordered values ...
 struct UiEnumEditor
 {
+    /// User-data key of the record, in the property definition's attributes.
     static constexpr StringView ATTRIBUTE = "Zorva.Ui.EnumEditor";
     /// Receives the model, the enumeration's named values and the parent; returns the editor.
     Function<QWidget*(SharedPtr<Model<std::int64_t>> value, const Array<EnumerationValue>& values, QWidget* parent)>
@@ -41,23 +42,28 @@ public:
     /// What every constructor receives; constructors don't keep it beyond the call.
     struct Arguments
     {
-        QWidget* parent = nullptr;
+        QWidget* parent = nullptr; ///< Parent of the new editor; may be null.
         /// Asked for the undo manager, display units, thumbnails, file picker and controller the editor needs.
         SharedPtr<IPropertySheetHost> host;
         /// Replaces the property's name in undo labels ("Update of " + name).
         Optional<String> displayName;
     };
 
+    /// Makes an editor bound to the property, parented to Arguments::parent; null leaves the property to the editor of
+    /// its type's kind.
     using Constructor = Function<QWidget*(const GenericPropertyAccessor&, const Arguments&)>;
 
+    /// Key of a type's constructor in the type's user data or attributes.
     static constexpr StringView CONSTRUCTOR_ATTRIBUTE = "Zorva.Ui.PropertySheet.WidgetConstructor";
     /// Set on the unsupported label so that the style elides it instead of widening the sheet.
     static constexpr const char* USE_ELLIPSIS_PROPERTY = "Zorva.UseEllipsis";
 
-    /// A new editor bound to `property`; the unsupported label when no editor can show it.
+    /// A new editor bound to `property`; the unsupported label when no editor can show it. A null host is a programming
+    /// error and raises the stop exception.
     static QWidget* make(const GenericPropertyAccessor& property, const Arguments& arguments);
     /// Stores `constructor` for `type`, replacing any earlier one. Call it during start-up, before sheets exist.
     static void registerConstructor(const SharedPtr<TypeDefinition>& type, Constructor constructor);
+    /// Whether a constructor is registered for the property's type; false when the path does not resolve.
     static bool hasCustomConstructor(const GenericPropertyAccessor& property);
     /// The attributes of the property: its definition's user data, also for a field of a nested data object.
     static const UserData& getUiOptions(const GenericPropertyAccessor& property);

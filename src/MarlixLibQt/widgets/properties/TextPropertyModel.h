@@ -10,6 +10,8 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT TextPropertyModel : public PropertyModelBase<String>
 {
 public:
+    /// Observes the property on every object of `accessor` until destroyed. Without `undoManager` edits are applied
+    /// without actions; `displayName` replaces the property's name in undo labels.
     TextPropertyModel(GenericPropertyAccessor accessor, SharedPtr<IUndoManager> undoManager,
         Optional<String> displayName = std::nullopt);
 

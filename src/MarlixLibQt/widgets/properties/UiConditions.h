@@ -16,14 +16,15 @@ namespace Marlix::Widgets {
 /// is shown when the predicate holds for each of them.
 struct UiVisibleIf
 {
-    static constexpr StringView ATTRIBUTE = "Zorva.Ui.VisibleIf";
-    Function<bool(const GenericDataObject&)> predicate;
+    static constexpr StringView ATTRIBUTE = "Zorva.Ui.VisibleIf"; ///< User-data key of the record.
+    Function<bool(const GenericDataObject&)> predicate; ///< Called with each object shown; true shows the row.
 };
 
 /// Whether a property's editor accepts edits, decided like UiVisibleIf.
 struct UiEnabledIf
 {
-    static constexpr StringView ATTRIBUTE = "Zorva.Ui.EnabledIf";
+    static constexpr StringView ATTRIBUTE = "Zorva.Ui.EnabledIf"; ///< User-data key of the record.
+    /// Called with each object shown; true lets the row accept edits.
     Function<bool(const GenericDataObject&)> predicate;
 };
 
@@ -31,8 +32,8 @@ struct UiEnabledIf
 /// field; an enumeration gets a drop-down of just these entries, under these labels.
 struct UiVirtualEnum
 {
-    static constexpr StringView ATTRIBUTE = "Zorva.Ui.VirtualEnum";
-    FlatMap<int, String> entries;
+    static constexpr StringView ATTRIBUTE = "Zorva.Ui.VirtualEnum"; ///< User-data key of the record.
+    FlatMap<int, String> entries; ///< Value to label, offered in ascending value order.
 };
 
 } // namespace Marlix::Widgets

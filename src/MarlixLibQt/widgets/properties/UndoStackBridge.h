@@ -23,7 +23,7 @@ public:
 
     /// Owned by the bridge; its commands stand for the manager's steps.
     QUndoStack* undoStack() const { return stack; }
-    const SharedPtr<UndoManager>& getUndoManager() const { return manager; }
+    const SharedPtr<UndoManager>& getUndoManager() const { return manager; } ///< The manager mirrored; never null.
 
 private:
     class StepCommand;
