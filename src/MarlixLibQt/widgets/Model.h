@@ -43,7 +43,7 @@ public:
 
     /// Subscribes `callback`; it is called with the new value after every accepted change until the lifetime ends.
     [[nodiscard]] virtual CallbackLifetime addCallback(Function<void(T)> callback) = 0;
-    /// The current value. Cheap enough to call from paint code; never notifies.
+    /// The current value; reading it never notifies.
     virtual T get() const = 0;
     /// Writes \p value and notifies the observers. A model that refuses the value keeps the old one and reports why.
     virtual void set(T value) = 0;

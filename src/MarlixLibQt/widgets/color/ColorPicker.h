@@ -95,7 +95,7 @@ public:
     /// The rows by component value.
     const std::array<ColorSliderRow*, N>& getRows() const { return rows; }
     const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; } ///< The colour edited; never null.
-    /// The value type of the numbers (a ColorValueType as integer), shared with the colour dialog.
+    /// The value type of the numbers (a ColorValueType as integer); never null.
     const SharedPtr<Model<long long>>& getValueTypeModel() const { return valueType; }
 
     void notify() override;

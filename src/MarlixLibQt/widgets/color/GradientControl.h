@@ -21,7 +21,7 @@ public:
     /// The title of the colour dialog that recolours a stop.
     static constexpr const char* COLOR_DIALOG_TITLE = "Select Color";
 
-    /// Edits \p gradient; every finished gesture writes the model once.
+    /// Edits \p gradient; every finished gesture writes the model once. A null model throws StopException.
     explicit GradientControl(SharedPtr<Model<ColorGradient>> gradient, QWidget* parent = nullptr);
     ~GradientControl() override;
 

@@ -38,7 +38,7 @@ public:
     float getRelativePosition(int x) const;
     int getMarginSize() const; ///< MARGIN in device-independent pixels of this widget's screen.
 
-    /// Computes the ramp again and repaints.
+    /// Marks the ramp out of date and schedules a repaint, which computes it again.
     void updateDisplay();
 
     /// The cached ramp, one evaluation of the mapping per column; null until it was first painted.

@@ -69,7 +69,7 @@ public:
 
     /// The index of the edited channel, clamped to the channels there are; 0 without curves.
     int getActiveChannel() const;
-    /// The active channel as edited: during a drag it is ahead of nothing, the model is written on every move.
+    /// The active channel's curve as edited; a drag writes the model on every move, so it is never ahead of it.
     const Curve& getActiveCurve() const;
     /// The tone under the mouse (or picked in the viewport), none when the mouse is elsewhere.
     Optional<double> getCursorValue() const { return cursorValue; }
@@ -124,7 +124,7 @@ public:
     Optional<QCursor> getExclusiveMouseCursor() const override;
 
 Q_SIGNALS:
-    /// The host took the viewport's clicks back (another client asked, or the host went away).
+    /// Viewport clicks no longer come here: another client took them, or they were released.
     void exclusiveMouseControlLost();
     /// A histogram arrived from the workers (or was set) and is drawn.
     void histogramChanged();

@@ -46,7 +46,7 @@ struct MARLIXLIBQT_EXPORT SliderConverter
     /// From the UiSliderOptions under SLIDER_OPTIONS_KEY; a linear 0..1 converter when the property has none.
     explicit SliderConverter(const UserData& userData);
 
-    /// Model value to track fraction; values outside the ends give fractions outside [0, 1].
+    /// Model value to track fraction; values beyond the ends are not clamped.
     Function<double(double)> toSlider;
     Function<double(double)> fromSlider; ///< Track fraction to model value.
     String suffix; ///< The unit written after the value (without a leading space).
