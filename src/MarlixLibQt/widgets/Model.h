@@ -47,7 +47,7 @@ public:
     virtual T get() const = 0;
     /// Writes \p value and notifies the observers. A model that refuses the value keeps the old one and reports why.
     virtual void set(T value) = 0;
-    /// Calls every observer with the current value, e.g. after the value changed behind the model's back.
+    /// Calls every observer with the current value, for instance after it changed behind the model's back.
     virtual void notifyCallbacks() = 0;
     /// An interactive change starts: the following set() calls belong to one user action.
     virtual void beginChange() = 0;
