@@ -22,7 +22,7 @@ MARLIXLIBQT_EXPORT const QIcon& getMarlixIcon();
 /// Two greys in 4x4-pixel squares, painted behind colours that are not opaque.
 MARLIXLIBQT_EXPORT QBrush checkerboardBrush4X4();
 
-/// The image in shades of grey by luminance (Rec. 709 weights); alpha is kept.
+/// The image in shades of grey by luminance (BT.709 weights); alpha is kept.
 MARLIXLIBQT_EXPORT QImage convertToGrayscale(const QImage& image);
 
 } // namespace Marlix

@@ -54,6 +54,7 @@ MARLIXLIBQT_EXPORT void startup(const String& applicationName, ApplicationType t
 /// Matches one startup(); the last one undoes the first start in reverse order and deletes the Qt application if the
 /// library created it (never one that the host owns).
 MARLIXLIBQT_EXPORT void shutdown();
+/// Whether a startup() is not yet matched by its shutdown(); safe to ask from any thread.
 MARLIXLIBQT_EXPORT bool isStarted();
 
 /// Runs the Qt event loop and returns its exit code.
@@ -70,7 +71,7 @@ MARLIXLIBQT_EXPORT void setDefaultOpenGlParameters(int samples, int stencilBuffe
 /// Registers the library's value types with the core type database; for hosts that own the Qt application and do not
 /// call startup(). A second call without unregisterDataTypes() in between is an Exception.
 MARLIXLIBQT_EXPORT void registerDataTypes();
-MARLIXLIBQT_EXPORT void unregisterDataTypes();
+MARLIXLIBQT_EXPORT void unregisterDataTypes(); ///< Removes what registerDataTypes() registered.
 /// The library's module record in the core type database.
 MARLIXLIBQT_EXPORT const TypeModuleRecord& getDataTypesRecord();
 

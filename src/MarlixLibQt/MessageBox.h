@@ -17,9 +17,10 @@ namespace Marlix {
 /// does.
 struct MARLIXLIBQT_EXPORT MessageBoxButton
 {
-    QString text;
+    QString text; ///< The label, already translated.
+    /// Where the button goes; the reject role also answers Escape and closing the box.
     QMessageBox::ButtonRole role = QMessageBox::AcceptRole;
-    Function<void()> onClicked;
+    Function<void()> onClicked; ///< Run when the button is chosen; may be empty.
 };
 
 /// Shows a modal message box with the given buttons and runs the action of the one the user clicks. Closing the box

@@ -5,6 +5,6 @@ namespace Marlix::LibQt {
 
 /// Starts feeding the modifier observers from the running GUI application's input.
 void installModifierTracking();
-void removeModifierTracking();
+void removeModifierTracking(); ///< Stops the feed; harmless when it is not installed.
 
 } // namespace Marlix::LibQt

@@ -53,7 +53,7 @@ MARLIXLIBQT_EXPORT int getDeviceIndependentPixels(double value, const QWidget* w
 
 /// Both coordinates through getDeviceIndependentPixels.
 MARLIXLIBQT_EXPORT QPoint scaleByDpi(const QPoint& point, const QWidget* widget);
-MARLIXLIBQT_EXPORT QSize scaleByDpi(const QSize& size, const QWidget* widget);
+MARLIXLIBQT_EXPORT QSize scaleByDpi(const QSize& size, const QWidget* widget); ///< \overload
 
 /// Moves a window so that its frame is centred on the available area of its screen.
 MARLIXLIBQT_EXPORT void centerOnScreen(QWidget& window);
@@ -61,16 +61,17 @@ MARLIXLIBQT_EXPORT void centerOnScreen(QWidget& window);
 /// (the window's own screen when the cursor is on none).
 MARLIXLIBQT_EXPORT void centerOnMouse(QWidget* window);
 
-MARLIXLIBQT_EXPORT QString toQt(StringView text);
-MARLIXLIBQT_EXPORT String fromQt(const QString& text);
-MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const StringView> texts);
-MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const String> texts);
-MARLIXLIBQT_EXPORT Stack<String> fromQt(const QList<QString>& texts);
-MARLIXLIBQT_EXPORT QByteArray toQt(ArrayView<const std::byte> bytes);
-MARLIXLIBQT_EXPORT Array<std::byte> fromQt(const QByteArray& bytes);
+MARLIXLIBQT_EXPORT QString toQt(StringView text); ///< UTF-8 to a QString; invalid bytes become U+FFFD.
+MARLIXLIBQT_EXPORT String fromQt(const QString& text); ///< A QString to UTF-8.
+MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const StringView> texts); ///< Each text from UTF-8.
+MARLIXLIBQT_EXPORT QList<QString> toQt(ArrayView<const String> texts); ///< Each text from UTF-8.
+MARLIXLIBQT_EXPORT Stack<String> fromQt(const QList<QString>& texts); ///< Each text to UTF-8.
+MARLIXLIBQT_EXPORT QByteArray toQt(ArrayView<const std::byte> bytes); ///< A byte-for-byte copy.
+MARLIXLIBQT_EXPORT Array<std::byte> fromQt(const QByteArray& bytes); ///< A byte-for-byte copy.
 
 /// A grey image; values are clamped to [0, 1].
 MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<float>& bitmap);
+/// An opaque 8-bit colour image (QImage::Format_RGB888).
 MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<RgbBytes>& bitmap);
 /// Keeps the straight alpha of the bitmap (QImage::Format_RGBA8888).
 MARLIXLIBQT_EXPORT QImage toQt(const BitmapImpl<RgbaBytes>& bitmap);
@@ -105,8 +106,8 @@ MARLIXLIBQT_EXPORT QString getPropertyUiName(const GenericProperty& property);
 /// The description of a property in the property sheet (its tooltip text).
 MARLIXLIBQT_EXPORT QString getPropertyUiDescription(const GenericProperty& property);
 /// The classes that the user can create where `base` is asked for: `base` and its registered descendants that have a
-/// factory (never the bare root class "Entity"), sorted by name. The list handed out never changes, and the reference stays valid for the process: a later call
-/// after classes were registered or unregistered returns a new list.
+/// factory (never the bare root class "Entity"), sorted by name. The list handed out never changes, and the reference
+/// stays valid for the process: a later call after classes were registered or unregistered returns a new list.
 MARLIXLIBQT_EXPORT const Stack<EntityClassInfo>& getUiEntityClasses(const EntityClassInfo& base);
 
 /// Removes and deletes every item of the layout, with the widgets and nested layouts in it. Do not call it from a

@@ -17,7 +17,8 @@ class MARLIXLIBQT_EXPORT BaseWithModel : public Base, public Polymorphic
 {
 public:
     BaseWithModel() = default;
-    BaseWithModel(BaseWithModel&& other) noexcept;
+    BaseWithModel(BaseWithModel&& other) noexcept; ///< Takes over the subscriptions of \p other.
+    /// Takes over the subscriptions of \p other; its own end.
     BaseWithModel& operator=(BaseWithModel&& other) noexcept;
     ~BaseWithModel() override;
 
@@ -27,6 +28,7 @@ public:
     /// Keeps a subscription until the widget is destroyed.
     void registerCallback(CallbackLifetime&& lifetime);
 
+    /// The number of subscriptions held; for tests and leak checks.
     std::size_t getRegisteredCallbackCount() const { return callbacksOwner.size(); }
 
 private:

@@ -24,14 +24,14 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT CommonContextMenuOwner
 {
 public:
-    static constexpr const char* RESET_TEXT = "Reset to default";
-    static constexpr const char* COPY_TEXT = "Copy";
-    static constexpr const char* PASTE_TEXT = "Paste";
+    static constexpr const char* RESET_TEXT = "Reset to default"; ///< Untranslated text of the Reset entry.
+    static constexpr const char* COPY_TEXT = "Copy"; ///< Untranslated text of the Copy entry.
+    static constexpr const char* PASTE_TEXT = "Paste"; ///< Untranslated text of the Paste entry.
     /// Object names of the menu and its entries, so hosts and tests can find them.
     static constexpr const char* MENU_OBJECT_NAME = "CommonContextMenu";
-    static constexpr const char* RESET_OBJECT_NAME = "CommonContextMenu.Reset";
-    static constexpr const char* COPY_OBJECT_NAME = "CommonContextMenu.Copy";
-    static constexpr const char* PASTE_OBJECT_NAME = "CommonContextMenu.Paste";
+    static constexpr const char* RESET_OBJECT_NAME = "CommonContextMenu.Reset"; ///< Object name of the Reset entry.
+    static constexpr const char* COPY_OBJECT_NAME = "CommonContextMenu.Copy"; ///< Object name of the Copy entry.
+    static constexpr const char* PASTE_OBJECT_NAME = "CommonContextMenu.Paste"; ///< Object name of the Paste entry.
 
     /// Watches `widget` for context-menu events; the widget must outlive nothing but this owner (it is its own base).
     explicit CommonContextMenuOwner(QWidget* widget);
@@ -50,14 +50,16 @@ public:
     /// editable while the widget is enabled.
     void setEditableFunction(Function<bool()> isEditable);
 
+    /// Whether "Reset to default" applies: a reset function, an editable value that is not the default.
     bool canReset() const;
-    bool canCopy() const;
+    bool canCopy() const; ///< Whether "Copy" applies: the editor gave a text getter.
     /// Whether "Paste" applies: an editable value and text on the clipboard (whether it parses is only known on paste).
     bool canPaste() const;
 
     /// What the menu entries do; each returns whether it happened.
     bool resetToDefault();
-    bool copyToClipboard() const;
+    bool copyToClipboard() const; ///< Puts the value's text on the clipboard; false without a text getter or clipboard.
+    /// Pastes the clipboard's text; false, changing nothing, when it does not apply or does not parse.
     bool pasteFromClipboard();
     /// Parses `text` as "Paste" would; false changes nothing.
     bool pasteText(const QString& text);
@@ -67,6 +69,7 @@ public:
     /// Opens the menu at `globalPosition` without blocking; it deletes itself when it closes.
     QMenu* showContextMenu(const QPoint& globalPosition);
 
+    /// The widget the menu belongs to; null once it is destroyed.
     QWidget* getContextMenuWidget() const { return menuWidget; }
 
 protected:

@@ -16,13 +16,17 @@ class MARLIXLIBQT_EXPORT Container : public QFrame
     Q_OBJECT
 
 public:
+    /// A frame without a parent.
     Container();
+    /// A frame inside \p parent with the window \p flags.
     explicit Container(QWidget* parent, Qt::WindowFlags flags = {});
     ~Container() override;
 
 protected:
+    /// For subclasses of Qt widgets that bring their own private data.
     Container(QFramePrivate& dd, QWidget* parent, Qt::WindowFlags flags);
 
+    /// Polishes the frame on its first layout request, then hands the event to QFrame.
     bool event(QEvent* event) override;
 
 private:

@@ -39,16 +39,21 @@ namespace Marlix::Widgets {
 template <class T> class Model : public Polymorphic
 {
 public:
-    using ValueType = T;
+    using ValueType = T; ///< The value type, for code that is generic over models.
 
     /// Subscribes `callback`; it is called with the new value after every accepted change until the lifetime ends.
     [[nodiscard]] virtual CallbackLifetime addCallback(Function<void(T)> callback) = 0;
+    /// The current value; reading it never notifies.
     virtual T get() const = 0;
+    /// Writes \p value and notifies the observers. A model that refuses the value keeps the old one and reports why.
     virtual void set(T value) = 0;
+    /// Calls every observer with the current value, for instance after it changed behind the model's back.
     virtual void notifyCallbacks() = 0;
     /// An interactive change starts: the following set() calls belong to one user action.
     virtual void beginChange() = 0;
+    /// The interactive change ends; a model with an undo manager records it as one undo step.
     virtual void commitChange() = 0;
+    /// The interactive change is abandoned; a model with an undo manager restores the value it had at beginChange().
     virtual void revertChange() = 0;
 };
 
@@ -93,10 +98,11 @@ public:
     AbstractModel(const AbstractModel&) = delete;
     AbstractModel& operator=(const AbstractModel&) = delete;
 
+    /// Subscribes `callback` until the returned lifetime ends; see Model::addCallback().
     CallbackLifetime addCallback(Function<void(T)> callback) override { return callbacks.add(std::move(callback)); }
 
-    // A notification asked for while this model is notifying is dropped, not queued: the running one already reads
-    // the newest value, and queuing would let two models that observe each other ping-pong forever.
+    /// A notification asked for while this model is notifying is dropped, not queued: the running one already reads
+    /// the newest value, and queuing would let two models that observe each other ping-pong forever.
     void notifyCallbacks() override
     {
         if (notifyDepth.load(std::memory_order_relaxed) > 0)
@@ -106,10 +112,11 @@ public:
         callbacks.call(value);
     }
 
-    void beginChange() override { }
-    void commitChange() override { }
-    void revertChange() override { }
+    void beginChange() override { } ///< Does nothing: a model without an undo manager has no step to open.
+    void commitChange() override { } ///< Does nothing, see beginChange().
+    void revertChange() override { } ///< Does nothing; the values set stay.
 
+    /// The number of live subscriptions; for tests and leak checks.
     std::size_t getCallbackCount() const { return callbacks.size(); }
 
 private:
@@ -121,14 +128,16 @@ private:
 template <class T> class VariableModel : public AbstractModel<T>
 {
 public:
+    /// Starts with \p value; nothing is notified.
     explicit VariableModel(T value = T {})
         : value(std::move(value))
     {
     }
 
-    T get() const override { return value; }
+    T get() const override { return value; } ///< A copy of the owned value.
 
-    // No comparison with the old value: observers re-read on every accepted set, so an equal value still notifies.
+    /// Stores \p newValue and notifies, without comparing with the old value: observers re-read on every accepted set,
+    /// so an equal value still notifies. A write from one of its own observers during the notification is ignored.
     void set(T newValue) override
     {
         if (setDepth.load(std::memory_order_relaxed) >= 1)
@@ -148,6 +157,8 @@ template <class T> class LambdaModel : public AbstractModel<T>
 {
 public:
     template <class S>
+    /// Reads through \p getter and writes through \p setter; changes of \p source are announced again and gestures are
+    /// forwarded to it. Throws StopException if \p source, \p getter or \p setter is empty.
     LambdaModel(SharedPtr<Model<S>> source, Function<T()> getter, Function<void(T)> setter)
         : getter(std::move(getter))
         , setter(std::move(setter))
@@ -172,8 +183,9 @@ public:
 
     ~LambdaModel() override { sourceSubscription.reset(); }
 
-    T get() const override { return getter(); }
+    T get() const override { return getter(); } ///< What the getter returns now.
 
+    /// Passes \p value to the setter and notifies; a write from an observer during that notification is ignored.
     void set(T value) override
     {
         if (setDepth.load(std::memory_order_relaxed) >= 1)
@@ -183,9 +195,10 @@ public:
         this->notifyCallbacks();
     }
 
+    /// Forwarded to the source, so a gesture on the part is one undo step on the whole.
     void beginChange() override { beginForwarder(); }
-    void commitChange() override { commitForwarder(); }
-    void revertChange() override { revertForwarder(); }
+    void commitChange() override { commitForwarder(); } ///< Forwarded to the source.
+    void revertChange() override { revertForwarder(); } ///< Forwarded to the source.
 
 private:
     Function<T()> getter;

@@ -13,8 +13,8 @@ template <class T> struct ModelValueConverter;
 /// How a number editor shows a model value: the value in display units and the unit suffix written after it.
 template <> struct ModelValueConverter<double>
 {
-    Function<double(double)> toDisplay = &identity;
-    Function<double(double)> fromDisplay = &identity;
+    Function<double(double)> toDisplay = &identity; ///< Model value to the number shown.
+    Function<double(double)> fromDisplay = &identity; ///< Number typed to model value.
     /// Written after the number, without a leading space ("cm", "°").
     String suffix;
 
@@ -32,7 +32,7 @@ template <> struct ModelValueConverter<double>
             String(conversion.suffix) };
     }
 
-    static double identity(double value) { return value; }
+    static double identity(double value) { return value; } ///< Returns \p value unchanged; the default conversion.
 };
 
 } // namespace Marlix::Widgets

@@ -19,8 +19,9 @@ class MARLIXLIBQT_EXPORT AlbedoColorPicker : public QFrame
     Q_OBJECT
 
 public:
-    static constexpr const char* LABEL = "Albedo";
+    static constexpr const char* LABEL = "Albedo"; ///< The row's label, untranslated.
 
+    /// A row on \p color; a null model throws StopException.
     explicit AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~AlbedoColorPicker() override;
 
@@ -28,9 +29,11 @@ public:
     QString convertValueToText(float value) const;
     /// The text of the albedo last read from the colour.
     const QString& getValueText() const { return valueText; }
-    ColorSliderRow* getRow() const { return row; }
+    ColorSliderRow* getRow() const { return row; } ///< The albedo row; its number runs from 0 to 1.
 
+    /// \copydoc Marlix::albedoToColor
     static QColor albedoToColor(float albedo) { return Marlix::albedoToColor(albedo); }
+    /// \copydoc Marlix::colorToAlbedo
     static float colorToAlbedo(const QColor& color) { return Marlix::colorToAlbedo(color); }
 
 private:

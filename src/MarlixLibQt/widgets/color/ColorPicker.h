@@ -16,17 +16,20 @@ namespace Marlix::Widgets {
 /// One row of a component panel: the component it edits and its label.
 template <class Component> struct ColorPickerRowDescription
 {
-    Component component;
-    const char* label;
+    Component component; ///< The component the row edits.
+    const char* label; ///< The row's label, untranslated.
 };
 
 /// The rows of the panel of one component enumeration, top to bottom, and the colour space they address.
 template <class Component> struct ColorPickerTable;
 
+/// The rows of the RGB panel.
 template <> struct ColorPickerTable<QColorExtended::RgbComponent>
 {
-    using C = QColorExtended::RgbComponent;
+    using C = QColorExtended::RgbComponent; ///< The component enumeration.
+    /// The colour space the components are read in.
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::RgbSpec;
+    /// Red, green, blue.
     static constexpr std::array<ColorPickerRowDescription<C>, 3> ROWS { {
         { C::Red, "Red" },
         { C::Green, "Green" },
@@ -34,10 +37,13 @@ template <> struct ColorPickerTable<QColorExtended::RgbComponent>
     } };
 };
 
+/// The rows of the RGBA panel.
 template <> struct ColorPickerTable<QColorExtended::RgbaComponent>
 {
-    using C = QColorExtended::RgbaComponent;
+    using C = QColorExtended::RgbaComponent; ///< The component enumeration.
+    /// The colour space the components are read in.
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::RgbaSpec;
+    /// Red, green, blue, alpha.
     static constexpr std::array<ColorPickerRowDescription<C>, 4> ROWS { {
         { C::Red, "Red" },
         { C::Green, "Green" },
@@ -46,10 +52,13 @@ template <> struct ColorPickerTable<QColorExtended::RgbaComponent>
     } };
 };
 
+/// The rows of the HSV panel.
 template <> struct ColorPickerTable<QColorExtended::HsvComponent>
 {
-    using C = QColorExtended::HsvComponent;
+    using C = QColorExtended::HsvComponent; ///< The component enumeration.
+    /// The colour space the components are read in.
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::HsvSpec;
+    /// Hue, saturation, value.
     static constexpr std::array<ColorPickerRowDescription<C>, 3> ROWS { {
         { C::Hue, "Hue" },
         { C::Saturation, "Saturation" },
@@ -57,10 +66,13 @@ template <> struct ColorPickerTable<QColorExtended::HsvComponent>
     } };
 };
 
+/// The rows of the CMYK panel.
 template <> struct ColorPickerTable<QColorExtended::CmykComponent>
 {
-    using C = QColorExtended::CmykComponent;
+    using C = QColorExtended::CmykComponent; ///< The component enumeration.
+    /// The colour space the components are read in.
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::CmykSpec;
+    /// Cyan, magenta, yellow, key.
     static constexpr std::array<ColorPickerRowDescription<C>, 4> ROWS { {
         { C::Cyan, "Cyan" },
         { C::Magenta, "Magenta" },
@@ -78,22 +90,26 @@ template <class Component, int N> class ColorPicker : public QFrame, public Base
 public:
     ~ColorPicker() override;
 
+    /// The row of \p component; a component outside the panel throws StopException.
     ColorSliderRow* getRow(Component component) const;
     /// The rows by component value.
     const std::array<ColorSliderRow*, N>& getRows() const { return rows; }
-    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; }
+    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; } ///< The colour edited; never null.
+    /// The value type of the numbers (a ColorValueType as integer); never null.
     const SharedPtr<Model<long long>>& getValueTypeModel() const { return valueType; }
 
     void notify() override;
 
 protected:
+    /// Builds the rows on \p color and \p valueType; a null model throws StopException.
     ColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent);
 
+    /// Builds one row per entry of the panel's table, then the layout.
     void makeColorPicker(QColorExtended::Specification spec, QWidget* parent);
     /// A valid `reference` fixes the row's gradient to that colour instead of following the colour model.
     ColorSliderRow* makeRow(QColorExtended::Specification spec, Component component, const QColorExtended& reference,
         float low, float high, QWidget* parent);
-    void makeLayout();
+    void makeLayout(); ///< Lays the rows out top to bottom with one label column, so that all sliders line up.
 
 private:
     static std::size_t indexOf(Component component);
@@ -105,10 +121,10 @@ private:
     std::array<QColor, N> references {};
 };
 
-using RgbColorPickerBase = ColorPicker<QColorExtended::RgbComponent, 3>;
-using RgbaColorPickerBase = ColorPicker<QColorExtended::RgbaComponent, 4>;
-using HsvColorPickerBase = ColorPicker<QColorExtended::HsvComponent, 3>;
-using CmykColorPickerBase = ColorPicker<QColorExtended::CmykComponent, 4>;
+using RgbColorPickerBase = ColorPicker<QColorExtended::RgbComponent, 3>; ///< The RGB panel's base.
+using RgbaColorPickerBase = ColorPicker<QColorExtended::RgbaComponent, 4>; ///< The RGBA panel's base.
+using HsvColorPickerBase = ColorPicker<QColorExtended::HsvComponent, 3>; ///< The HSV panel's base.
+using CmykColorPickerBase = ColorPicker<QColorExtended::CmykComponent, 4>; ///< The CMYK panel's base.
 
 } // namespace Marlix::Widgets
 
@@ -125,6 +141,7 @@ class MARLIXLIBQT_EXPORT RgbColorPicker : public RgbColorPickerBase
     Q_OBJECT
 
 public:
+    /// A panel on \p color; \p valueType sets how the numbers are shown.
     RgbColorPicker(
         SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
@@ -135,6 +152,7 @@ class MARLIXLIBQT_EXPORT RgbaColorPicker : public RgbaColorPickerBase
     Q_OBJECT
 
 public:
+    /// A panel on \p color; \p valueType sets how the numbers are shown.
     RgbaColorPicker(
         SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
@@ -145,6 +163,7 @@ class MARLIXLIBQT_EXPORT HsvColorPicker : public HsvColorPickerBase
     Q_OBJECT
 
 public:
+    /// A panel on \p color; \p valueType sets how the numbers are shown.
     HsvColorPicker(
         SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };
@@ -155,6 +174,7 @@ class MARLIXLIBQT_EXPORT CmykColorPicker : public CmykColorPickerBase
     Q_OBJECT
 
 public:
+    /// A panel on \p color; \p valueType sets how the numbers are shown.
     CmykColorPicker(
         SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType, QWidget* parent = nullptr);
 };

@@ -17,8 +17,9 @@ class MARLIXLIBQT_EXPORT ColorPickerDialog : public QDialog
     Q_OBJECT
 
 public:
-    static constexpr const char* DEFAULT_TITLE = "Select Color";
+    static constexpr const char* DEFAULT_TITLE = "Select Color"; ///< The window title, untranslated.
 
+    /// A dialog on white, showing the shared value type; \p format decides whether alpha is offered.
     explicit ColorPickerDialog(QWidget* parent = nullptr, ColorFormat format = ColorFormat::Rgba);
     ~ColorPickerDialog() override;
 
@@ -32,8 +33,8 @@ public:
     /// The colour the dialog starts from.
     void setValue(const Rgb& rgb) { picker->setValue(rgb); }
 
-    ColorPickerWidget* getPickerWidget() const { return picker; }
-    QDialogButtonBox* getButtonBox() const { return buttons; }
+    ColorPickerWidget* getPickerWidget() const { return picker; } ///< The picker inside the dialog.
+    QDialogButtonBox* getButtonBox() const { return buttons; } ///< The OK and Cancel buttons.
 
 private:
     ColorPickerWidget* picker = nullptr;

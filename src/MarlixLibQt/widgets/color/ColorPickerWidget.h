@@ -22,8 +22,8 @@ class ScreenColorPicker;
 /// Whether a colour editor hands out and accepts an alpha channel; without it every colour is opaque.
 enum class ColorFormat : std::int32_t
 {
-    Rgb = 0,
-    Rgba = 1,
+    Rgb = 0, ///< Opaque colours only.
+    Rgba = 1, ///< Colours with alpha.
 };
 
 /// The colour picker of the colour dialog: slider panels of several colour spaces, the kind of numbers they show,
@@ -33,21 +33,22 @@ class MARLIXLIBQT_EXPORT ColorPickerWidget : public Container, public BaseWithMo
     Q_OBJECT
 
 public:
+    /// The slider panels, one tab each.
     enum class Panel : std::int32_t
     {
-        Rgb = 0,
-        Rgba = 1,
-        Hsv = 2,
-        Hwb = 3,
-        Cmyk = 4,
-        Temperature = 5,
-        Albedo = 6,
+        Rgb = 0, ///< Red, green, blue.
+        Rgba = 1, ///< Red, green, blue and alpha; only with ColorFormat::Rgba.
+        Hsv = 2, ///< Hue, saturation, value.
+        Hwb = 3, ///< Hue, whiteness, blackness: a field and a bar.
+        Cmyk = 4, ///< Cyan, magenta, yellow, key.
+        Temperature = 5, ///< The colour of a black body by its temperature.
+        Albedo = 6, ///< A grey by its albedo.
     };
-    static constexpr int PANEL_COUNT = 7;
+    static constexpr int PANEL_COUNT = 7; ///< The number of panels.
     /// The tab texts, indexed by Panel.
     static constexpr std::array<const char*, PANEL_COUNT> PANEL_TEXTS { "RGB", "RGBA", "HSV", "HWB", "CMYK",
         "Temperature", "Albedo" };
-    static constexpr const char* VALUE_TYPE_LABEL = "Values";
+    static constexpr const char* VALUE_TYPE_LABEL = "Values"; ///< The label of the value-type box, untranslated.
 
     /// Binds the picker to `color` and to the value type shown by the spinners (a ColorValueType as integer).
     ColorPickerWidget(ColorFormat format, SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,
@@ -56,8 +57,8 @@ public:
     explicit ColorPickerWidget(ColorFormat format = ColorFormat::Rgba, QWidget* parent = nullptr);
     ~ColorPickerWidget() override;
 
-    ColorFormat getColorFormat() const { return format; }
-    bool hasAlpha() const { return format == ColorFormat::Rgba; }
+    ColorFormat getColorFormat() const { return format; } ///< The format given at construction.
+    bool hasAlpha() const { return format == ColorFormat::Rgba; } ///< True for ColorFormat::Rgba.
 
     /// The colour as the rest of the system takes it: linear, through 8 bits per channel, opaque without alpha.
     Rgb value() const;
@@ -69,19 +70,21 @@ public:
     /// Restores the original colour (also done by a click on its swatch).
     void revertToOriginal();
 
+    /// The colour shown and edited (display-encoded).
     const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; }
+    /// The value type of the numbers (a ColorValueType as integer).
     const SharedPtr<Model<long long>>& getValueTypeModel() const { return valueType; }
 
     /// The panel of a colour space; the RGBA panel is null for a picker without alpha.
     QWidget* getPanel(Panel panel) const { return panels[static_cast<std::size_t>(panel)]; }
-    Panel getCurrentPanel() const;
+    Panel getCurrentPanel() const; ///< The panel of the chosen tab.
     /// Panels that the format does not offer are not chosen.
     void setCurrentPanel(Panel panel);
 
-    QTabWidget* getPanelTabs() const { return tabs; }
-    ComboBox* getValueTypeBox() const { return valueTypeBox; }
-    HexColorEditor* getHexEditor() const { return hexEditor; }
-    ScreenColorPicker* getScreenColorPicker() const { return screenPicker; }
+    QTabWidget* getPanelTabs() const { return tabs; } ///< The tabs of the panels.
+    ComboBox* getValueTypeBox() const { return valueTypeBox; } ///< The choice of the value type.
+    HexColorEditor* getHexEditor() const { return hexEditor; } ///< The hexadecimal entry.
+    ScreenColorPicker* getScreenColorPicker() const { return screenPicker; } ///< The screen colour picking.
     /// The swatch of the old colour (left half) and the new one (right half).
     QWidget* getComparison() const { return comparison; }
 

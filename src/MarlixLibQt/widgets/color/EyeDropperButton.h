@@ -17,9 +17,11 @@ class MARLIXLIBQT_EXPORT EyeDropperButton : public QToolButton, public BaseWithM
     Q_OBJECT
 
 public:
+    /// The tooltip of the button that picks the colour, untranslated.
     static constexpr const char* TOOL_TIP
         = "Picks pixel color from anywhere on the screen. To use this picker, just drag the button to anywhere on the "
           "screen. While in this pick mode, the sampled color will be displayed in the button.";
+    /// The tooltip of the button that picks the inverse colour, untranslated.
     static constexpr const char* INVERT_TOOL_TIP
         = "Picks inverse of a pixel color from anywhere on the screen. The inverse color is useful for example to "
           "select a color tint for the image. To use this picker, just drag the button to anywhere on the screen. "
@@ -30,18 +32,22 @@ public:
         QWidget* parent = nullptr);
     ~EyeDropperButton() override;
 
+    /// Whether the button picks the inverse of the colour under the cursor.
     bool isInverting() const { return invert; }
-    bool isPicking() const { return picking; }
+    bool isPicking() const { return picking; } ///< Whether a pick drag is under way.
     /// What the drag has picked so far (already inverted by an inverting button); invalid before the first sample.
     const QColorExtended& getSampledColor() const { return sampledColor; }
 
     void notify() override;
 
 protected:
+    /// A left press grabs the mouse and starts sampling under the cursor.
     void mousePressEvent(QMouseEvent* event) override;
+    /// Samples under the cursor while picking, also over other windows and applications.
     void mouseMoveEvent(QMouseEvent* event) override;
+    /// Samples once more, ends the pick and writes the colour's red, green and blue, if anything was read.
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
+    void paintEvent(QPaintEvent* event) override; ///< Fills the button with the sampled colour while picking.
 
     /// The colour under the global position `position`, averaged over a square reaching `halfSize` pixels from its
     /// centre; invalid where nothing could be read. The screen by default.

@@ -21,6 +21,7 @@ public:
     /// The title of the colour dialog that recolours a stop.
     static constexpr const char* COLOR_DIALOG_TITLE = "Select Color";
 
+    /// Edits \p gradient; every finished gesture writes the model once. A null model throws StopException.
     explicit GradientControl(SharedPtr<Model<ColorGradient>> gradient, QWidget* parent = nullptr);
     ~GradientControl() override;
 
@@ -37,10 +38,15 @@ public:
     void notify() override;
 
 protected:
+    /// Draws the ramp and a handle per stop, the dragged one highlighted.
     void paintEvent(QPaintEvent* event) override;
+    /// A left press takes the stop under the cursor.
     void mousePressEvent(QMouseEvent* event) override;
+    /// Drags the taken stop along the ramp; the model follows when the drag ends.
     void mouseMoveEvent(QMouseEvent* event) override;
+    /// Writes a moved stop to the model; a right-button release removes the stop under the cursor.
     void mouseReleaseEvent(QMouseEvent* event) override;
+    /// Recolours the stop under the cursor, or adds one on the ramp, through the colour dialog.
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:

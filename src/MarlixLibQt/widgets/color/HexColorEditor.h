@@ -16,12 +16,13 @@ class MARLIXLIBQT_EXPORT HexColorEditor : public QLineEdit, public BaseWithModel
     Q_OBJECT
 
 public:
+    /// Shows \p color and writes it when editing finishes (Return or focus loss); a null model throws StopException.
     explicit HexColorEditor(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~HexColorEditor() override;
 
-    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; }
+    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; } ///< The colour shown; never null.
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override; ///< Only as wide as its minimum: six digits need no more.
 
     void notify() override;
 

@@ -21,8 +21,8 @@ class MARLIXLIBQT_EXPORT HueBlacknessPicker : public QWidget, public BaseWithMod
     Q_OBJECT
 
 public:
-    static constexpr int INITIAL_WIDTH = 360;
-    static constexpr int INITIAL_HEIGHT = 256;
+    static constexpr int INITIAL_WIDTH = 360; ///< The preferred width in pixels: one column per degree of hue.
+    static constexpr int INITIAL_HEIGHT = 256; ///< The preferred height in pixels: one row per 0-255 step of blackness.
 
     /// `point`: x is the hue, y the blackness, both from 0 to 1.
     explicit HueBlacknessPicker(SharedPtr<Model<QPointF>> point, QWidget* parent = nullptr);
@@ -33,23 +33,26 @@ public:
     /// Makes the field again for the current size; skipped while the widget is hidden, whose show event catches up.
     void calculateFade();
 
-    const QPixmap& getField() const { return field; }
+    const QPixmap& getField() const { return field; } ///< The cached field; empty until it is first made.
     /// How often the field was made.
     int getFieldUpdateCount() const { return fieldUpdates; }
     /// Where in the widget a press selects hue `point.x()` and blackness `point.y()`.
     QPointF getPositionOf(const QPointF& point) const;
+    /// The hue (x) and blackness (y) edited; never null.
     const SharedPtr<Model<QPointF>>& getModel() const { return point; }
 
     void notify() override;
-    QSize sizeHint() const override;
+    QSize sizeHint() const override; ///< INITIAL_WIDTH × INITIAL_HEIGHT.
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override; ///< Draws the cached field and the cross-hair at the model's point.
+    void resizeEvent(QResizeEvent* event) override; ///< Makes the field again for the new size.
+    void showEvent(QShowEvent* event) override; ///< Makes the field if it went out of date while hidden.
+    /// A left press opens a change and sets the point under the cursor.
     void mousePressEvent(QMouseEvent* event) override;
+    /// While pressed, sets the point under the cursor, clamped to the field.
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override; ///< Commits the change the press opened.
 
 private:
     void drawCursor(QPainter& painter) const;
@@ -68,20 +71,21 @@ class MARLIXLIBQT_EXPORT WhitenessPicker : public QWidget, public BaseWithModel
     Q_OBJECT
 
 public:
-    static constexpr int INITIAL_WIDTH = 32;
-    static constexpr int INITIAL_HEIGHT = 256;
+    static constexpr int INITIAL_WIDTH = 32; ///< The preferred width in pixels.
+    static constexpr int INITIAL_HEIGHT = 256; ///< The preferred height in pixels: one row per 0-255 step of whiteness.
 
+    /// A bar on \p color; a null model throws StopException.
     explicit WhitenessPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~WhitenessPicker() override;
 
     /// Makes the bar again for the current size and colour; skipped while hidden.
     void calculateFade();
 
-    const QPixmap& getBar() const { return bar; }
-    int getBarUpdateCount() const { return barUpdates; }
+    const QPixmap& getBar() const { return bar; } ///< The cached bar; empty until it is first made.
+    int getBarUpdateCount() const { return barUpdates; } ///< How often the bar was made.
     /// The y of the widget where a press selects `whiteness`.
     double getPositionOf(float whiteness) const;
-    const SharedPtr<Model<QColorExtended>>& getModel() const { return color; }
+    const SharedPtr<Model<QColorExtended>>& getModel() const { return color; } ///< The colour edited; never null.
 
     void notify() override;
     /// The size of the bar as first made: the cursor is drawn on the row of the 0-255 whiteness, which matches the
@@ -89,12 +93,14 @@ public:
     QSize sizeHint() const override;
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override; ///< Draws the cached bar and the cursor at the colour's whiteness.
+    void resizeEvent(QResizeEvent* event) override; ///< Makes the bar again for the new size.
+    void showEvent(QShowEvent* event) override; ///< Makes the bar if it went out of date while hidden.
+    /// A left press opens a change and sets the whiteness under the cursor.
     void mousePressEvent(QMouseEvent* event) override;
+    /// While pressed, sets the whiteness under the cursor, clamped to the bar.
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override; ///< Commits the change the press opened.
 
 private:
     void drawCursor(QPainter& painter) const;
@@ -114,12 +120,13 @@ class MARLIXLIBQT_EXPORT HwbColorPicker : public QFrame
     Q_OBJECT
 
 public:
+    /// The panel on \p color; a null model throws StopException.
     explicit HwbColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~HwbColorPicker() override;
 
-    HueBlacknessPicker* getHueBlacknessPicker() const { return field; }
-    WhitenessPicker* getWhitenessPicker() const { return whitenessBar; }
-    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; }
+    HueBlacknessPicker* getHueBlacknessPicker() const { return field; } ///< The hue-blackness field.
+    WhitenessPicker* getWhitenessPicker() const { return whitenessBar; } ///< The whiteness bar.
+    const SharedPtr<Model<QColorExtended>>& getColorModel() const { return color; } ///< The colour edited; never null.
 
 private:
     SharedPtr<Model<QColorExtended>> color;

@@ -37,9 +37,10 @@ class MARLIXLIBQT_EXPORT ScreenColorPicker : public QWidget, public BaseWithMode
     Q_OBJECT
 
 public:
+    /// One choice of the square the eyedroppers average.
     struct SampleMode
     {
-        const char* text;
+        const char* text; ///< The label of the choice, untranslated.
         /// Pixels from the centre of the sampled square to its edge.
         int halfSize;
     };
@@ -52,13 +53,17 @@ public:
         { "31 by 31 Average", 15 },
     } };
 
+    /// The two buttons write \p color; \p sampleMode holds the index into SAMPLE_MODES. A null model throws
+    /// StopException.
     ScreenColorPicker(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> sampleMode,
         QWidget* parent = nullptr);
     ~ScreenColorPicker() override;
 
+    /// The button that picks the colour under the cursor.
     EyeDropperButton* getPickButton() const { return pickButton; }
+    /// The button that picks the inverse of the colour under the cursor.
     EyeDropperButton* getInvertPickButton() const { return invertPickButton; }
-    ComboBox* getSampleModeBox() const { return sampleModeBox; }
+    ComboBox* getSampleModeBox() const { return sampleModeBox; } ///< The choice of the sample mode.
 
     void notify() override;
 

@@ -18,20 +18,23 @@ class MARLIXLIBQT_EXPORT TemperatureColorPicker : public QFrame
     Q_OBJECT
 
 public:
-    static constexpr float LOWEST_KELVIN = 1700.0f;
-    static constexpr float HIGHEST_KELVIN = 15000.0f;
+    static constexpr float LOWEST_KELVIN = 1700.0f; ///< The temperature at the left end of the slider.
+    static constexpr float HIGHEST_KELVIN = 15000.0f; ///< The temperature at the right end of the slider.
     /// The reference white, where the colour of the temperature is white.
     static constexpr float INITIAL_KELVIN = 6500.0f;
-    static constexpr const char* LABEL = "Temp. [K]";
+    static constexpr const char* LABEL = "Temp. [K]"; ///< The row's label, untranslated.
 
+    /// A row on \p color, starting at INITIAL_KELVIN without changing the colour; a null model throws StopException.
     explicit TemperatureColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~TemperatureColorPicker() override;
 
     /// The stored temperature, normalised: 0 is 1700 K and 1 is 15000 K.
     float getTemperature() const { return temperature; }
-    ColorSliderRow* getRow() const { return row; }
+    ColorSliderRow* getRow() const { return row; } ///< The temperature row; its number is in kelvins.
 
+    /// \copydoc Marlix::temperatureToOriginalRange
     static float temperatureToOriginalRange(float t) { return Marlix::temperatureToOriginalRange(t); }
+    /// \copydoc Marlix::temperatureToColor
     static QColor temperatureToColor(float t) { return Marlix::temperatureToColor(t); }
 
 private:

@@ -14,9 +14,9 @@ namespace Marlix::Widgets {
 /// peak), or as the share of the pixels at or below each tone.
 enum class HistogramType : std::uint8_t
 {
-    Linear = 0,
-    Logarithmic = 1,
-    Cumulative = 2,
+    Linear = 0, ///< Bar heights in proportion to the counts.
+    Logarithmic = 1, ///< Bar heights on a logarithmic scale of the counts.
+    Cumulative = 2, ///< The share of the pixels at or below each tone, 0 to 1.
 };
 
 } // namespace Marlix::Widgets

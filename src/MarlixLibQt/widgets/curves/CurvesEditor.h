@@ -22,6 +22,7 @@ class MARLIXLIBQT_EXPORT CurvesEditor : public Container
     Q_OBJECT
 
 public:
+    /// The file-dialog filter of curve files, untranslated.
     static constexpr const char* FILE_FILTER = "Photoshop curve files (*.acv);;All files (*.*)";
 
     /// One name and colour per channel of `curves`; `layer` picks the host's image (see Curves); `viewportHost`, when
@@ -36,20 +37,26 @@ public:
     /// The pens of those channels: the palette's text for the master, the colour of each colour channel.
     static Stack<QColor> getColorChannelColors(std::size_t channelCount);
 
-    Curves* getCurvesWidget() const { return curvesWidget; }
-    QComboBox* getChannelComboBox() const { return channelBox; }
+    Curves* getCurvesWidget() const { return curvesWidget; } ///< The curve area.
+    QComboBox* getChannelComboBox() const { return channelBox; } ///< The channel choice.
+    /// The interpolation choice of the active channel.
     QComboBox* getInterpolationComboBox() const { return interpolationBox; }
     /// Null without a viewport host, like the equalize and picking buttons.
     QComboBox* getHistogramKindComboBox() const { return histogramBox; }
-    QToolButton* getPresetsButton() const { return presetsButton; }
+    QToolButton* getPresetsButton() const { return presetsButton; } ///< Opens the menu to load, save or reset curves.
+    /// Equalizes the active channel; null without a viewport host.
     QToolButton* getEqualizeButton() const { return equalizeButton; }
+    /// Toggles picking tones in the viewport; null without a viewport host.
     QToolButton* getClickAndDragButton() const { return clickAndDragButton; }
+    /// The channel being edited, shared by the channel box and the curve area.
     const SharedPtr<Model<int>>& getActiveChannelModel() const { return activeChannel; }
+    /// The interpolation of the active channel, shared by its box and the curve area.
     const SharedPtr<Model<CurveInterpolation>>& getInterpolationModel() const { return interpolation; }
 
     /// Asks for a curve file and loads it into every channel.
     void loadFromFile();
-    void saveToFile();
+    void saveToFile(); ///< Asks for a file name and writes the curves there; a failure is reported in a message box.
+    /// Returns the active channel to the default curve type given at construction, as one change.
     void resetActiveChannel();
 
 Q_SIGNALS:
@@ -57,6 +64,7 @@ Q_SIGNALS:
     void comboBoxFocusChanged(bool focused);
 
 protected:
+    /// Reports focus changes of the combo boxes through comboBoxFocusChanged().
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -13,7 +13,7 @@ class MARLIXLIBQT_EXPORT CurvesEditorDialog : public QDialog
     Q_OBJECT
 
 public:
-    static constexpr const char* TITLE = "Velkin Curve Editor";
+    static constexpr const char* TITLE = "Velkin Curve Editor"; ///< The window title, untranslated.
 
     /// The arguments of CurvesEditor.
     CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, Stack<String> channelNames, Stack<QColor> channelColors,
@@ -21,10 +21,10 @@ public:
         DefaultCurveType defaultType = DefaultCurveType::Identity, QWidget* parent = nullptr);
     ~CurvesEditorDialog() override;
 
-    CurvesEditor* getEditor() const { return editor; }
+    CurvesEditor* getEditor() const { return editor; } ///< The panel inside the dialog.
 
 Q_SIGNALS:
-    void comboBoxFocusChanged(bool focused);
+    void comboBoxFocusChanged(bool focused); ///< Forwards CurvesEditor::comboBoxFocusChanged().
 
 private:
     CurvesEditor* editor = nullptr;

@@ -21,18 +21,19 @@ class MARLIXLIBQT_EXPORT Histogram : public QWidget, public BaseWithModel, publi
     Q_OBJECT
 
 public:
-    using DisplayMode = HistogramType;
+    using DisplayMode = HistogramType; ///< How the counts are drawn.
 
     /// No channel shows red, green and blue over each other. The host must outlive the widget.
     Histogram(SharedPtr<Model<Optional<ColorCurveChannel>>> channel, SharedPtr<Model<DisplayMode>> displayMode,
         IViewportHost& host, QWidget* parent = nullptr);
     ~Histogram() override;
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override; ///< 256 × 100 pixels at 96 DPI.
+    QSize minimumSizeHint() const override; ///< 64 × 64 pixels at 96 DPI.
 
     /// Counts the host's image again; the result is drawn when it arrives.
     void updateHistogram();
+    /// The latest counts drawn; none before the first count arrives.
     const Optional<Marlix::Histogram>& getCounts() const { return counts; }
 
     void notify() override;
@@ -40,12 +41,13 @@ public:
     Optional<QCursor> getExclusiveMouseCursor() const override { return {}; }
 
 Q_SIGNALS:
-    void histogramChanged();
+    void histogramChanged(); ///< Emitted when new counts arrived and are drawn.
 
 protected:
+    /// Draws the counts of the chosen channel, or red, green and blue over each other.
     void paintEvent(QPaintEvent* event) override;
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+    void showEvent(QShowEvent* event) override; ///< Counts the host's image again.
+    void hideEvent(QHideEvent* event) override; ///< Drops any count still under way.
 
 private:
     SharedPtr<Model<Optional<ColorCurveChannel>>> channel;

@@ -27,16 +27,17 @@ public:
     explicit Address(SharedPtr<Model<QList<QString>>> model, QWidget* parent = nullptr);
     ~Address() override;
 
+    /// The parts shown; the bar's own model when it was made without one.
     const SharedPtr<Model<QList<QString>>>& getModel() const { return model; }
 
-    int partCount() const { return static_cast<int>(buttons.size()); }
+    int partCount() const { return static_cast<int>(buttons.size()); } ///< The number of parts shown.
     /// The button of part `index`, or null.
     QAbstractButton* partButton(int index) const;
 
     void notify() override;
 
 Q_SIGNALS:
-    void clicked(int index);
+    void clicked(int index); ///< Emitted when the user clicks part \p index (0 is the first, outermost one).
 
 private:
     void rebuild(const QList<QString>& parts);

@@ -19,8 +19,9 @@ public:
     CheckBox(SharedPtr<Model<bool>> model, bool defaultValue, const QString& text, QWidget* parent = nullptr);
     ~CheckBox() override;
 
+    /// The value shown; the box's own model when it was made without one.
     const SharedPtr<Model<bool>>& getModel() const { return model; }
-    bool getDefaultValue() const { return defaultValue; }
+    bool getDefaultValue() const { return defaultValue; } ///< The value "Reset to default" sets.
 
     void notify() override;
 

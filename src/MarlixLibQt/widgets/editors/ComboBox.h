@@ -18,12 +18,13 @@ namespace Marlix::Widgets {
 template <class T> class ListViewModel final : public AbstractModel<ArrayView<const T>>
 {
 public:
+    /// Starts with \p items; nothing is notified.
     explicit ListViewModel(Array<T> items = {})
         : items(std::move(items))
     {
     }
 
-    ArrayView<const T> get() const override { return items; }
+    ArrayView<const T> get() const override { return items; } ///< A view of the owned list; valid until the next set().
 
     void set(ArrayView<const T> value) override
     {
@@ -51,6 +52,7 @@ class MARLIXLIBQT_EXPORT ComboBox : public QComboBox, public BaseWithModel, publ
     Q_OBJECT
 
 public:
+    /// Where the list opens.
     enum class PopupDirection : std::int32_t {
         /// Where the style places the list.
         Default = 0,
@@ -60,12 +62,14 @@ public:
         Over = 2,
     };
 
+    /// What the box's tooltip shows.
     enum class ToolTipBehavior : std::int32_t {
-        NoToolTip = 0,
+        NoToolTip = 0, ///< The box sets no tooltip of its own.
         /// The tooltip is the chosen entry's text, for boxes too narrow to show it whole.
         CurrentText = 1,
     };
 
+    /// How wide the opened list is.
     enum class DropDownWidthBehavior : std::int32_t {
         /// The list is at least as wide as the box's size hint.
         BoxWidth = 0,
@@ -73,12 +77,14 @@ public:
         WidestEntry = 1,
     };
 
-    using LabelsModel = Model<ArrayView<const String>>;
+    using LabelsModel = Model<ArrayView<const String>>; ///< The labels of the entries.
+    /// The chosen value (not the entry's position, unless there is no value list).
     using IndexModel = Model<std::int64_t>;
-    using ValuesModel = Model<ArrayView<const std::int64_t>>;
+    using ValuesModel = Model<ArrayView<const std::int64_t>>; ///< The value each entry stands for.
 
     /// An unbound box; it behaves as a plain QComboBox until setModel binds it.
     explicit ComboBox(QWidget* parent = nullptr);
+    /// A box bound to the models (see setModel()); \p defaultValue is what "Reset to default" chooses.
     ComboBox(SharedPtr<LabelsModel> labels, SharedPtr<IndexModel> index, SharedPtr<ValuesModel> values,
         std::int64_t defaultValue, QWidget* parent = nullptr);
     ~ComboBox() override;
@@ -87,19 +93,23 @@ public:
     void setModel(SharedPtr<LabelsModel> labels, SharedPtr<IndexModel> index, SharedPtr<ValuesModel> values);
     using QComboBox::setModel;
 
+    /// The value "Reset to default" chooses; the choice shown stays.
     void setDefaultValue(std::int64_t value) { defaultValue = value; }
-    std::int64_t getDefaultValue() const { return defaultValue; }
+    std::int64_t getDefaultValue() const { return defaultValue; } ///< The value "Reset to default" chooses.
 
+    /// The labels shown; null while unbound.
     const SharedPtr<LabelsModel>& getLabelsModel() const { return labelsModel; }
-    const SharedPtr<IndexModel>& getIndexModel() const { return indexModel; }
+    const SharedPtr<IndexModel>& getIndexModel() const { return indexModel; } ///< The chosen value; null while unbound.
+    /// The values of the entries; may be null.
     const SharedPtr<ValuesModel>& getValuesModel() const { return valuesModel; }
 
+    /// Takes effect the next time the list opens.
     void setPopupDirection(PopupDirection direction) { popupDirection = direction; }
-    PopupDirection getPopupDirection() const { return popupDirection; }
-    void setToolTipBehavior(ToolTipBehavior behavior);
-    ToolTipBehavior getToolTipBehavior() const { return toolTipBehavior; }
-    void setDropDownWidthBehavior(DropDownWidthBehavior behavior);
-    DropDownWidthBehavior getDropDownWidthBehavior() const { return dropDownWidthBehavior; }
+    PopupDirection getPopupDirection() const { return popupDirection; } ///< Default unless set.
+    void setToolTipBehavior(ToolTipBehavior behavior); ///< Applies at once.
+    ToolTipBehavior getToolTipBehavior() const { return toolTipBehavior; } ///< NoToolTip unless set.
+    void setDropDownWidthBehavior(DropDownWidthBehavior behavior); ///< Applies at once.
+    DropDownWidthBehavior getDropDownWidthBehavior() const { return dropDownWidthBehavior; } ///< BoxWidth unless set.
 
     /// Names the box and its drop-down list (the name followed by ".List"), so hosts and tests can find both.
     void setObjectName(const QString& name);
@@ -109,8 +119,8 @@ public:
     /// The entry that stands for `value`, or -1.
     int entryOfValue(std::int64_t value) const;
 
-    void showPopup() override;
-    void hidePopup() override;
+    void showPopup() override; ///< Opens the list in the chosen direction and emits focusChanged(true).
+    void hidePopup() override; ///< Closes the list and emits focusChanged(false).
 
     void notify() override;
 
@@ -123,7 +133,9 @@ Q_SIGNALS:
     void focusChanged(bool hasFocus);
 
 protected:
+    /// Leaves a wheel turn over the box to the surrounding view while the box has no keyboard focus.
     bool event(QEvent* event) override;
+    /// Notices the list closing without hidePopup(), after a click outside the application.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

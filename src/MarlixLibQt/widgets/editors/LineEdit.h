@@ -20,6 +20,7 @@ class MARLIXLIBQT_EXPORT LineEdit : public QLineEdit, public BaseWithModel, publ
     Q_OBJECT
 
 public:
+    /// How the field behaves, given once at construction.
     enum class Option : std::uint32_t {
         /// Starts read-only (see setReadOnly).
         ReadOnly = 1 << 0,
@@ -35,8 +36,9 @@ public:
         QWidget* parent = nullptr);
     ~LineEdit() override;
 
+    /// The text shown; the field's own model when it was made without one.
     const SharedPtr<Model<String>>& getModel() const { return model; }
-    Flags<Option> getOptions() const { return options; }
+    Flags<Option> getOptions() const { return options; } ///< The options given at construction.
 
     /// Switches read-only and the background: the default palette's Window colour when read-only, its Base colour
     /// when editable.

@@ -23,16 +23,20 @@ class MARLIXLIBQT_EXPORT Number : public Container, public BaseWithModel, public
     Q_OBJECT
 
 public:
+    /// A number on \p model (never null, else StopException) that resets to \p defaultValue; \p userData may carry the
+    /// slider's options.
     Number(SharedPtr<Model<double>> model, double defaultValue, bool withSlider = false,
            const UserData& userData = {}, QWidget* parent = nullptr);
     ~Number() override;
 
+    /// Bounds in model units, the step in display units; an automatic slider follows them.
     void setRange(double minimum, double maximum, double step, int decimals);
-    void setStepType(SpinBox::StepType type);
-    void setSuffix(const QString& suffix);
+    void setStepType(SpinBox::StepType type); ///< The stepping of the spin box.
+    void setSuffix(const QString& suffix); ///< Replaces the suffix shown after the number.
+    /// The display conversion of the spin box; an automatic slider follows it.
     void setConversion(ModelValueConverter<double> converter);
 
-    SpinBox* getSpinBox() const { return spinBox; }
+    SpinBox* getSpinBox() const { return spinBox; } ///< The field; it shares the number's model.
     /// Null when the number was made without a slider.
     Slider* getSlider() const { return slider; }
 

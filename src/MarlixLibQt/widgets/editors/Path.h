@@ -22,8 +22,8 @@ public:
     /// Lets the user pick a path for `flags`, starting at the current one; empty when the user cancels.
     using BrowseFunction = Function<Optional<Io::Path>(const UiPathFlags&, Optional<Io::Path>)>;
 
-    static constexpr const char* BROWSE_TEXT = "...";
-    static constexpr const char* BROWSE_TOOLTIP = "Browse";
+    static constexpr const char* BROWSE_TEXT = "..."; ///< The text of the browse button.
+    static constexpr const char* BROWSE_TOOLTIP = "Browse"; ///< The untranslated tooltip of the browse button.
 
     /// Reads the UiPathFlags of `userData` (a file to open when there are none); a stored mode that is not one of
     /// the three raises the stop exception. Without a browse function the button is hidden. A null model makes the
@@ -31,19 +31,21 @@ public:
     Path(SharedPtr<Model<Io::Path>> model, BrowseFunction browse, const UserData& userData, QWidget* parent = nullptr);
     ~Path() override;
 
+    /// The path shown; the field's own model when it was made without one.
     const SharedPtr<Model<Io::Path>>& getModel() const { return model; }
+    /// The path flags read from the user data: file or directory, open or save, filters.
     const UiPathFlags& getPathFlags() const { return flags; }
 
-    QLineEdit* lineEdit() const { return field; }
-    QToolButton* browseButton() const { return button; }
+    QLineEdit* lineEdit() const { return field; } ///< The text field; the model is written when its editing finishes.
+    QToolButton* browseButton() const { return button; } ///< The browse button; hidden without a browse function.
 
     /// Opens the host's picker and writes the chosen path; returns whether one was chosen.
     bool browse();
 
     void notify() override;
 
-    static QString toText(const Io::Path& path);
-    static Io::Path fromText(const QString& text);
+    static QString toText(const Io::Path& path); ///< The path as it is typed, in the platform's separators.
+    static Io::Path fromText(const QString& text); ///< A typed text as a path, without surrounding white space.
 
 private:
     void writeModel(const Io::Path& path);

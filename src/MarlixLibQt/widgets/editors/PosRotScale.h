@@ -25,30 +25,39 @@ class MARLIXLIBQT_EXPORT PosRotScale : public Container, public BaseWithModel
     Q_OBJECT
 
 public:
+    /// The rows of the editor, top to bottom.
     enum class Row
     {
-        Position = 0,
-        Rotation = 1,
-        Scale = 2,
-        Shear = 3,
+        Position = 0, ///< X, Y and Z of the position, in the scene's length unit.
+        Rotation = 1, ///< Euler angles, in the scene's angle unit.
+        Scale = 2, ///< Scale factors along X, Y and Z.
+        Shear = 3, ///< Shear; shown only while the transformation has one.
     };
 
+    /// Untranslated text of the action that resets everything.
     static constexpr const char* RESET_ALL_TEXT = "Reset all";
+    /// Untranslated text of the action that resets all but the position.
     static constexpr const char* RESET_KEEP_POSITION_TEXT = "Reset all (keep position)";
+    /// Untranslated text of the action that resets the shear.
     static constexpr const char* RESET_SHEAR_TEXT = "Reset shear";
 
+    /// Edits \p model, showing lengths and angles in the \p units it observes; a null model throws StopException.
     PosRotScale(SharedPtr<Model<PosRotScaleTm>> model, SharedPtr<Model<DisplayUnits>> units,
                 QWidget* parent = nullptr);
     ~PosRotScale() override;
 
+    /// The field of component 0 to 2 of \p row; a component out of range throws StopException.
     SpinBox* getField(Row row, int component) const;
-    QLabel* getRowLabel(Row row) const;
+    QLabel* getRowLabel(Row row) const; ///< The label ahead of \p row.
     /// Whether the shear row is shown: only while the transformation has a shear, which only "Reset shear" or another
     /// editor can take away.
     bool isShearShown() const;
 
+    /// "Reset all" of the context menu; disabled while the transformation is the identity.
     QAction* getResetAllAction() const { return resetAllAction; }
+    /// "Reset all (keep position)"; disabled while only the position differs from the identity.
     QAction* getResetKeepPositionAction() const { return resetKeepPositionAction; }
+    /// "Reset shear"; enabled only while there is a shear.
     QAction* getResetShearAction() const { return resetShearAction; }
 
     /// Identity transformation.

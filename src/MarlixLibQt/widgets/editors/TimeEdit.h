@@ -21,9 +21,12 @@ public:
     /// Whole hours, minutes (0..59) and seconds (0..59) of a duration; the milliseconds are dropped.
     static Array<double> toTimeArray(double milliseconds);
 
+    /// New bounds in milliseconds; the fields are re-shown. A NaN bound or a minimum above the maximum throws
+    /// StopException and changes nothing.
     void setRange(double minimum, double maximum);
-    double getMinimum() const;
-    double getMaximum() const;
+    double getMinimum() const; ///< The lower bound in milliseconds.
+    double getMaximum() const; ///< The upper bound in milliseconds.
+    /// The duration model in milliseconds, as given to the constructor.
     const SharedPtr<Model<double>>& getTimeModel() const { return timeModel; }
 
 private:

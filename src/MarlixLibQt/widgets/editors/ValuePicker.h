@@ -17,6 +17,7 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT ValuePicker : public QToolButton
 {
     Q_OBJECT
+    /// Whether the panel is drawn as enabled; the button works either way.
     Q_PROPERTY(bool buttonEnabled READ isButtonEnabled WRITE setButtonEnabled)
 
 public:
@@ -24,8 +25,8 @@ public:
     explicit ValuePicker(QMenu* menu, QWidget* parent = nullptr);
     ~ValuePicker() override;
 
-    bool isButtonEnabled() const { return buttonEnabled; }
-    void setButtonEnabled(bool enabled);
+    bool isButtonEnabled() const { return buttonEnabled; } ///< Whether the panel is drawn as enabled; true by default.
+    void setButtonEnabled(bool enabled); ///< Repaints when the value changes; the button keeps working.
 
     /// Top-left corner of a menu of `menuSize` opened from a button whose outer bottom-right corner (one past the
     /// last pixel) is `buttonCorner`: below the button and right-aligned with it, moved left and up as far as needed
@@ -33,7 +34,7 @@ public:
     static QPoint menuPosition(const QPoint& buttonCorner, const QSize& menuSize, const QRect& availableScreen);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override; ///< Places the menu each time it is shown.
 
 private:
     void placeMenu();

@@ -45,16 +45,20 @@ public:
 
     /// Both arrays need one entry per component.
     void setRange(const Array<double>& minimum, const Array<double>& maximum, float step, int decimals);
-    void setStepType(SpinBox::StepType type);
+    void setStepType(SpinBox::StepType type); ///< The stepping of every field.
     /// One suffix per component.
     void setSuffix(const Array<QString>& suffixes);
-    void setConversion(ModelValueConverter<double> converter);
+    void setConversion(ModelValueConverter<double> converter); ///< The same display conversion for every field.
 
+    /// The number of components: the length of the default value.
     int getComponentCount() const { return componentCount; }
+    /// The editor of component \p index; an index out of range throws StopException.
     Number* getComponent(int index) const;
+    /// The label of component \p index, or null when it has none; an index out of range throws StopException.
     QLabel* getLabel(int index) const;
+    /// The array model; every component writes the whole array.
     const SharedPtr<Model<Array<double>>>& getModel() const { return model; }
-    const Array<double>& getDefaultValue() const { return defaultValue; }
+    const Array<double>& getDefaultValue() const { return defaultValue; } ///< The value "Reset to default" sets.
 
     /// The components' texts separated by "; ", as "Copy" writes them.
     QString toText() const;
