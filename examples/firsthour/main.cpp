@@ -156,6 +156,8 @@ int main(int argc, char** argv)
         Dock::insertToParent(row, row->count(), makeDock("history", tr("Undo history"), history));
         //! [docks]
         window.resize(getDeviceIndependentPixels(1200, &window), getDeviceIndependentPixels(600, &window));
+        // Placed by the host: a window that the platform placed may come back a title bar lower on the offscreen one.
+        window.move(getDeviceIndependentPixels(40, &window), getDeviceIndependentPixels(40, &window));
         window.show();
         graphView->rearrange();
         QCoreApplication::processEvents();
