@@ -14,11 +14,13 @@ enum class AngleUnit : std::uint8_t
     Degree,
 };
 
+/// Every angle unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.
 inline constexpr std::array<UnitInfo<AngleUnit>, 2> ANGLE_UNITS { {
     { AngleUnit::Radian, 1.0, "rad", "Radians", {} },
     { AngleUnit::Degree, std::numbers::pi / 180.0, "°", "Degrees", "deg" },
 } };
 
+/// ANGLE_UNITS, found by argument-dependent lookup by the unit templates (getUnitFactor() and the others).
 constexpr const auto& unitTable(AngleUnit)
 {
     return ANGLE_UNITS;

@@ -20,6 +20,7 @@ enum class LengthUnit : std::uint8_t
     Mile,
 };
 
+/// Every length unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.
 inline constexpr std::array<UnitInfo<LengthUnit>, 9> LENGTH_UNITS { {
     { LengthUnit::Micrometer, 1e-6, "µm", "Micrometers", "um" },
     { LengthUnit::Millimeter, 1e-3, "mm", "Millimeters", {} },
@@ -32,6 +33,7 @@ inline constexpr std::array<UnitInfo<LengthUnit>, 9> LENGTH_UNITS { {
     { LengthUnit::Mile, 1609.344, "mi", "Miles", {} },
 } };
 
+/// LENGTH_UNITS, found by argument-dependent lookup by the unit templates (getUnitFactor() and the others).
 constexpr const auto& unitTable(LengthUnit)
 {
     return LENGTH_UNITS;

@@ -16,6 +16,7 @@ enum class RadianceUnit : std::uint8_t
     Nit,
 };
 
+/// Every radiance unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.
 inline constexpr std::array<UnitInfo<RadianceUnit>, 3> RADIANCE_UNITS { {
     { RadianceUnit::WattPerSquareMeterSteradian, 1.0, "W/(m²·sr)", "Watts per square meter and steradian", "W/m2/sr" },
     { RadianceUnit::WattPerSquareCentimeterSteradian, 1e4, "W/(cm²·sr)", "Watts per square centimeter and steradian",
@@ -23,6 +24,7 @@ inline constexpr std::array<UnitInfo<RadianceUnit>, 3> RADIANCE_UNITS { {
     { RadianceUnit::Nit, 1.0 / 683.0, "cd/m²", "Nits", "nt" },
 } };
 
+/// RADIANCE_UNITS, found by argument-dependent lookup by the unit templates (getUnitFactor() and the others).
 constexpr const auto& unitTable(RadianceUnit)
 {
     return RADIANCE_UNITS;
