@@ -21,7 +21,7 @@ namespace Marlix {
 class MARLIXLIB_EXPORT Histogram
 {
 public:
-    static constexpr int CHANNEL_COUNT = 5; ///< Red, green, blue, alpha and luminance.
+    static constexpr int CHANNEL_COUNT = 5; ///< Luminance, red, green, blue and alpha, in ColorCurveChannel order.
     static constexpr int DEFAULT_BIN_COUNT = 256; ///< One bin per 8-bit tone.
     static constexpr int MAX_BIN_COUNT = 1 << 16; ///< The most bins a histogram may have.
     /// Equalizing curves stop at this many points, so that they fit a curve file unchanged.

@@ -17,7 +17,7 @@ class GenericDataObject;
 /// What kind of change an undo action stands for.
 enum class ActionFlag : std::uint32_t
 {
-    None = 0, ///< A change made by the program (a load, a script).
+    None = 0, ///< No flag: a change the program made by itself (a load, a script).
     /// The action was opened by an editor for one edit or one gesture of the user.
     UserEdit = 1,
 };

@@ -10,8 +10,8 @@ namespace Marlix {
 /// Display units of angles; the base unit is the radian.
 enum class AngleUnit : std::uint8_t
 {
-    Radian,
-    Degree,
+    Radian, ///< "rad", the base unit.
+    Degree, ///< "°", also typed as "deg".
 };
 
 /// Every angle unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.

@@ -9,15 +9,15 @@ namespace Marlix {
 /// Display units of lengths; the base unit is the metre.
 enum class LengthUnit : std::uint8_t
 {
-    Micrometer,
-    Millimeter,
-    Centimeter,
-    Meter,
-    Kilometer,
-    Inch,
-    Foot,
-    Yard,
-    Mile,
+    Micrometer, ///< "µm", also typed as "um".
+    Millimeter, ///< "mm".
+    Centimeter, ///< "cm".
+    Meter, ///< "m", the base unit.
+    Kilometer, ///< "km".
+    Inch, ///< "in" (25.4 mm), also typed as a double quote.
+    Foot, ///< "ft" (0.3048 m), also typed as an apostrophe.
+    Yard, ///< "yd" (0.9144 m).
+    Mile, ///< "mi" (1609.344 m).
 };
 
 /// Every length unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.

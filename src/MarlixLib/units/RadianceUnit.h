@@ -9,8 +9,8 @@ namespace Marlix {
 /// Display units of radiance; the base unit is the watt per square metre and steradian.
 enum class RadianceUnit : std::uint8_t
 {
-    WattPerSquareMeterSteradian,
-    WattPerSquareCentimeterSteradian,
+    WattPerSquareMeterSteradian, ///< "W/(m²·sr)", the base unit; also typed as "W/m2/sr".
+    WattPerSquareCentimeterSteradian, ///< "W/(cm²·sr)", 10 000 base units; also typed as "W/cm2/sr".
     /// Candela per square metre, converted with the luminous efficacy of 683 lm/W (monochromatic light at 555 nm),
     /// the convention renderers use for a single radiance number.
     Nit,

@@ -9,10 +9,10 @@ namespace Marlix {
 /// Display units of durations and times; the base unit is the second.
 enum class TimeUnit : std::uint8_t
 {
-    Millisecond,
-    Second,
-    Minute,
-    Hour,
+    Millisecond, ///< "ms".
+    Second, ///< "s", the base unit; also typed as "sec".
+    Minute, ///< "min".
+    Hour, ///< "h".
 };
 
 /// Every time unit in menu order, with its factor to the base unit, suffix, menu name and typed alternative.
