@@ -98,7 +98,7 @@ int main(int argc, char** argv)
     const bool check = argc > 1 && std::strcmp(argv[1], "--check") == 0;
 
     //! [startup]
-    // Starts the core (type database, schedulers) and creates the QApplication with the library's style and font.
+    // Starts the core (its value types) and creates the QApplication with the library's style and font.
     LibQt::startup("First Hour");
     //! [startup]
     {
