@@ -28,16 +28,20 @@ public:
 class MARLIXLIB_EXPORT CallbackLifetime
 {
 public:
-    CallbackLifetime() = default;
+    CallbackLifetime() = default; ///< Ends nothing: a lifetime to assign a registration to later.
+    /// Made by CallbackList::add for entry \p id of \p list; hosts receive lifetimes, they do not make them.
     CallbackLifetime(WeakPtr<Detail::CallbackRemover> list, std::uint64_t id);
-    CallbackLifetime(CallbackLifetime&& other) noexcept;
+    CallbackLifetime(CallbackLifetime&& other) noexcept; ///< Takes over the registration; \p other ends nothing.
+    /// Ends the registration held so far, then takes over the one of \p other.
     CallbackLifetime& operator=(CallbackLifetime&& other) noexcept;
     CallbackLifetime(const CallbackLifetime&) = delete;
     CallbackLifetime& operator=(const CallbackLifetime&) = delete;
-    ~CallbackLifetime();
+    ~CallbackLifetime(); ///< Ends the registration, as reset() does.
 
+    /// Removes the entry from its list now (it is not called again, even by a round in progress); no-op when the
+    /// list is gone or the lifetime is empty. Safe from any thread.
     void reset();
-    bool isActive() const;
+    bool isActive() const; ///< Whether the lifetime holds an entry of a list that still exists.
 
 private:
     WeakPtr<Detail::CallbackRemover> list;
@@ -49,13 +53,15 @@ class MARLIXLIB_EXPORT CallbacksOwner
 {
 public:
     CallbacksOwner() = default;
-    CallbacksOwner(CallbacksOwner&&) noexcept = default;
+    CallbacksOwner(CallbacksOwner&&) noexcept = default; ///< Takes over the registrations of the other owner.
+    /// Ends the registrations held so far, then takes over those of \p other.
     CallbacksOwner& operator=(CallbacksOwner&& other) noexcept;
-    ~CallbacksOwner();
+    ~CallbacksOwner(); ///< Ends every registration, as clear() does.
 
-    void add(CallbackLifetime&& lifetime);
+    void add(CallbackLifetime&& lifetime); ///< Keeps the registration until clear() or the owner's end.
+    /// Ends every registration, the latest first, since later ones may depend on earlier ones.
     void clear();
-    std::size_t size() const { return lifetimes.size(); }
+    std::size_t size() const { return lifetimes.size(); } ///< The number of registrations held (ended or not).
 
 private:
     Array<CallbackLifetime> lifetimes;
@@ -140,7 +146,7 @@ private:
 template <class... A> class CallbackList
 {
 public:
-    using Callback = Function<void(A...)>;
+    using Callback = Function<void(A...)>; ///< What an entry calls; it receives the arguments of call().
 
     CallbackList() = default;
     CallbackList(const CallbackList&) = delete;
@@ -156,6 +162,8 @@ public:
             current.orphan = std::move(state);
     }
 
+    /// Appends \p callback; it is called until the returned lifetime ends. Safe from any thread, and from a callback
+    /// of this list (the new entry is called from the next round on).
     [[nodiscard]] CallbackLifetime add(Callback callback)
     {
         const Detail::ReentrantLock lock(state->mutex);
@@ -164,6 +172,8 @@ public:
         return CallbackLifetime(state, id);
     }
 
+    /// Calls every entry in registration order on this thread, with the list locked against other threads. Throws
+    /// the first exception a callback threw, once all of them ran.
     void call(const A&... args) const
     {
         // Only this reference is used from here on: `this` may be destroyed by a callback (see ~CallbackList).
@@ -198,12 +208,13 @@ public:
             std::rethrow_exception(first);
     }
 
+    /// The number of entries not removed.
     std::size_t size() const
     {
         const Detail::ReentrantLock lock(state->mutex);
         return static_cast<std::size_t>(std::ranges::count_if(state->entries, [](const Entry& e) { return !e.removed; }));
     }
-    bool isEmpty() const { return size() == 0; }
+    bool isEmpty() const { return size() == 0; } ///< Whether no entry remains.
 
 private:
     struct Entry

@@ -11,9 +11,9 @@ namespace Marlix {
 class MARLIXLIB_EXPORT Exception : public std::exception
 {
 public:
-    explicit Exception(String message);
-    const char* what() const noexcept override;
-    const String& getMessage() const noexcept { return message; }
+    explicit Exception(String message); ///< \p message says what failed, in words fit for the user.
+    const char* what() const noexcept override; ///< The message, UTF-8.
+    const String& getMessage() const noexcept { return message; } ///< The message given at construction.
 
 private:
     String message;
@@ -24,10 +24,10 @@ private:
 class MARLIXLIB_EXPORT StopException : public std::exception
 {
 public:
-    StopException(String unit, int line);
-    const char* what() const noexcept override;
-    const String& getUnit() const noexcept { return unit; }
-    int getLine() const noexcept { return line; }
+    StopException(String unit, int line); ///< The check at \p line of \p unit failed.
+    const char* what() const noexcept override; ///< "Stopped at widgets/Slider:42".
+    const String& getUnit() const noexcept { return unit; } ///< The source unit, such as "widgets/Slider".
+    int getLine() const noexcept { return line; } ///< The line of the failed check in that unit.
 
 private:
     String unit;

@@ -13,37 +13,42 @@ namespace Marlix {
 template <class K, class V, class Compare = std::less<>> class FlatMap
 {
 public:
-    using value_type = std::pair<K, V>;
-    using iterator = typename Array<value_type>::iterator;
-    using const_iterator = typename Array<value_type>::const_iterator;
+    using value_type = std::pair<K, V>; ///< A key and its value; iteration yields these in key order.
+    using iterator = typename Array<value_type>::iterator; ///< Do not change the key through it: the order breaks.
+    using const_iterator = typename Array<value_type>::const_iterator; ///< Read-only iterator in key order.
 
     FlatMap() = default;
+    /// Pairs in any order; of equal keys, the last one counts.
     FlatMap(std::initializer_list<value_type> values)
     {
         for (const auto& [k, v] : values)
             insertOrAssign(k, v);
     }
 
+    /// The pair of \p key (any type that compares with `K`, such as a StringView for a String key), or end().
     template <class Key> iterator find(const Key& key) { return items.begin() + (std::as_const(*this).find(key) - items.cbegin()); }
+    /// \overload
     template <class Key> const_iterator find(const Key& key) const
     {
         const auto it = lowerBound(key);
         return it != items.end() && !Compare {}(key, it->first) ? it : items.end();
     }
-    template <class Key> bool contains(const Key& key) const { return find(key) != end(); }
+    template <class Key> bool contains(const Key& key) const { return find(key) != end(); } ///< Whether \p key is in.
 
-    /// The value of a key, or null when the key is absent.
+    /// The value of a key, or null when the key is absent. The pointer is valid until the map changes.
     template <class Key> V* get(const Key& key)
     {
         const auto it = find(key);
         return it == items.end() ? nullptr : &it->second;
     }
+    /// \overload
     template <class Key> const V* get(const Key& key) const
     {
         const auto it = find(key);
         return it == items.end() ? nullptr : &it->second;
     }
 
+    /// Sets the value of \p key, adding the key when absent; the bool is true when it was added.
     std::pair<iterator, bool> insertOrAssign(K key, V value)
     {
         auto it = items.begin() + (lowerBound(key) - items.cbegin());
@@ -54,6 +59,7 @@ public:
         return { items.insert(it, value_type(std::move(key), std::move(value))), true };
     }
 
+    /// The value of \p key, added as `V {}` when absent. The reference is valid until the map changes.
     V& operator[](const K& key)
     {
         auto it = items.begin() + (lowerBound(key) - items.cbegin());
@@ -62,6 +68,7 @@ public:
         return it->second;
     }
 
+    /// Removes \p key; false when it was not there.
     template <class Key> bool erase(const Key& key)
     {
         const auto it = find(key);
@@ -71,15 +78,15 @@ public:
         return true;
     }
 
-    iterator begin() { return items.begin(); }
-    iterator end() { return items.end(); }
-    const_iterator begin() const { return items.begin(); }
-    const_iterator end() const { return items.end(); }
-    std::size_t size() const { return items.size(); }
-    bool empty() const { return items.empty(); }
-    void clear() { items.clear(); }
+    iterator begin() { return items.begin(); } ///< The pair of the smallest key.
+    iterator end() { return items.end(); } ///< Past the pair of the largest key.
+    const_iterator begin() const { return items.begin(); } ///< \overload
+    const_iterator end() const { return items.end(); } ///< \overload
+    std::size_t size() const { return items.size(); } ///< The number of keys.
+    bool empty() const { return items.empty(); } ///< Whether there is no key.
+    void clear() { items.clear(); } ///< Removes every pair.
 
-    bool operator==(const FlatMap&) const = default;
+    bool operator==(const FlatMap&) const = default; ///< Equal when both hold the same pairs.
 
 private:
     template <class Key> const_iterator lowerBound(const Key& key) const

@@ -16,15 +16,17 @@ template <class Signature> class Function;
 template <class R, class... A> class Function<R(A...)>
 {
 public:
-    using Pointer = R (*)(A...);
+    using Pointer = R (*)(A...); ///< The plain function pointer kept without allocation.
 
     Function() = default;
-    Function(std::nullptr_t) { }
+    Function(std::nullptr_t) { } ///< An empty function, as the default one.
+    /// Calls \p pointer directly; a null pointer makes an empty function.
     Function(Pointer pointer)
         : pointer(pointer)
     {
     }
 
+    /// Moves or copies \p callable into a shared wrapper; copies of the Function call that one object.
     template <class F>
         requires(!std::same_as<std::remove_cvref_t<F>, Function> && !std::is_convertible_v<F, Pointer>
                  && std::is_invocable_r_v<R, std::remove_cvref_t<F>&, A...>)
@@ -33,7 +35,8 @@ public:
     {
     }
 
-    // Captureless lambdas decay to a pointer: no allocation for them.
+    /// \overload
+    /// A captureless lambda is kept as the function pointer it decays to, without allocation.
     template <class F>
         requires(!std::same_as<std::remove_cvref_t<F>, Function> && std::is_convertible_v<F, Pointer>
                  && !std::is_same_v<std::remove_cvref_t<F>, Pointer>)
@@ -42,8 +45,9 @@ public:
     {
     }
 
-    explicit operator bool() const noexcept { return pointer || wrapper; }
+    explicit operator bool() const noexcept { return pointer || wrapper; } ///< Whether there is something to call.
 
+    /// Calls the function; an empty one throws std::bad_function_call.
     R operator()(A... args) const
     {
         if (pointer)

@@ -7,10 +7,10 @@ class Polymorphic
 {
 public:
     Polymorphic() = default;
-    Polymorphic(const Polymorphic&) = default;
-    Polymorphic(Polymorphic&&) = default;
-    Polymorphic& operator=(const Polymorphic&) = default;
-    Polymorphic& operator=(Polymorphic&&) = default;
+    Polymorphic(const Polymorphic&) = default; ///< Copyable, so derived classes decide themselves.
+    Polymorphic(Polymorphic&&) = default; ///< Movable, so derived classes decide themselves.
+    Polymorphic& operator=(const Polymorphic&) = default; ///< Copy-assignable, as derived classes decide.
+    Polymorphic& operator=(Polymorphic&&) = default; ///< Move-assignable, as derived classes decide.
     virtual ~Polymorphic() = default;
 };
 

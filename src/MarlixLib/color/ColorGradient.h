@@ -19,12 +19,13 @@ template <class T> struct ValueTraits;
 class MARLIXLIB_EXPORT ColorGradient
 {
 public:
+    /// One colour of the ramp and where it sits.
     struct Stop
     {
-        Rgb color;
-        float position = 0.0f;
+        Rgb color; ///< Linear RGBA, straight alpha.
+        float position = 0.0f; ///< In [0, 1].
 
-        friend constexpr bool operator==(const Stop&, const Stop&) = default;
+        friend constexpr bool operator==(const Stop&, const Stop&) = default; ///< Same colour at the same position.
     };
 
     /// An empty gradient: no stops, and black wherever it is read.
@@ -33,11 +34,12 @@ public:
     /// numbers are made finite (Rgb::toFinite), here and wherever stops are added.
     explicit ColorGradient(Array<Stop> stops);
 
-    const Array<Stop>& getStops() const& noexcept { return stops; }
-    // A gradient returned by value (a model's get()) hands its stops over, so a loop over them never dangles.
+    const Array<Stop>& getStops() const& noexcept { return stops; } ///< The stops, sorted by position.
+    /// \overload
+    /// A gradient returned by value (a model's get()) hands its stops over, so a loop over them never dangles.
     Array<Stop> getStops() && noexcept { return std::move(stops); }
-    std::size_t getStopCount() const noexcept { return stops.size(); }
-    bool isEmpty() const noexcept { return stops.empty(); }
+    std::size_t getStopCount() const noexcept { return stops.size(); } ///< The number of stops.
+    bool isEmpty() const noexcept { return stops.empty(); } ///< Whether there is no stop (black everywhere).
 
     /// Replaces all stops, sorting them; on a bad position throws Exception and keeps the old stops.
     void setStops(Array<Stop> newStops);
@@ -52,7 +54,7 @@ public:
     /// getRgbAt as hue, saturation and value.
     Hsv getColorAt(float position) const noexcept { return Hsv::fromRgb(getRgbAt(position)); }
 
-    friend bool operator==(const ColorGradient&, const ColorGradient&) = default;
+    friend bool operator==(const ColorGradient&, const ColorGradient&) = default; ///< Same stops in the same order.
 
 private:
     Array<Stop> stops;
@@ -63,9 +65,12 @@ private:
 /// number, as it refuses a bad position.
 template <> struct MARLIXLIB_EXPORT ValueTraits<ColorGradient>
 {
-    static String toString(const ColorGradient& value);
+    static String toString(const ColorGradient& value); ///< "0 (1, 0, 0, 1); 1 (0, 0, 1, 1)".
+    /// The gradient the text form describes, or an error naming the stop that is wrong.
     static Expected<ColorGradient, String> fromString(StringView text);
+    /// Writes the stops as an array under \p key.
     static void serialize(ISerializer& out, StringView key, const ColorGradient& value);
+    /// Reads what serialize() wrote; a missing key, a bad position or colour is an error and no gradient.
     static Expected<ColorGradient, String> deserialize(IDeserializer& in, StringView key);
 };
 

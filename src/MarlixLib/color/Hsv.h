@@ -11,12 +11,12 @@ namespace Marlix {
 /// on the components as they are; they apply no transfer function.
 struct Hsv
 {
-    float h = 0.0f;
-    float s = 0.0f;
-    float v = 0.0f;
-    float a = 1.0f;
+    float h = 0.0f; ///< Hue as a fraction of the colour circle, in [0, 1).
+    float s = 0.0f; ///< Saturation, 0 grey to 1 pure.
+    float v = 0.0f; ///< Value: the largest RGB component.
+    float a = 1.0f; ///< Opacity, carried over unchanged.
 
-    friend constexpr bool operator==(const Hsv&, const Hsv&) = default;
+    friend constexpr bool operator==(const Hsv&, const Hsv&) = default; ///< Exact comparison of all four components.
 
     /// The colour with these components; a hue outside [0, 1) wraps around the circle.
     constexpr Rgb toRgb() const
@@ -46,7 +46,7 @@ struct Hsv
         }
     }
 
-    /// Grey colours (no saturation) get hue 0.
+    /// The hue, saturation and value of \p c; grey colours (no saturation) get hue 0.
     static constexpr Hsv fromRgb(const Rgb& c)
     {
         const float maximum = c.r > c.g ? (c.r > c.b ? c.r : c.b) : (c.g > c.b ? c.g : c.b);

@@ -14,11 +14,11 @@ namespace Marlix {
 /// histogram), then red, green and blue, then alpha, so that a curve channel and its histogram share an index.
 enum class ColorCurveChannel : std::uint8_t
 {
-    Master = 0,
-    Red = 1,
-    Green = 2,
-    Blue = 3,
-    Alpha = 4,
+    Master = 0, ///< The curve applied to red, green and blue alike; luminance in a histogram.
+    Red = 1, ///< The red channel's own curve.
+    Green = 2, ///< The green channel's own curve.
+    Blue = 3, ///< The blue channel's own curve.
+    Alpha = 4, ///< Opacity; colour curves pass it unchanged.
 };
 
 /// Lookup tables of 8-bit tones for red, green and blue: the master curve first, then the colour's own curve (each

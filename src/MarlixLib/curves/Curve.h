@@ -15,14 +15,14 @@ namespace Marlix {
 /// interpolation, so that switching to Bézier and back loses nothing; only Bézier curves read them.
 struct CurvePoint
 {
-    Vector2 position;
-    Vector2 leftHandle;
-    Vector2 rightHandle;
+    Vector2 position; ///< x is the input tone, y the output tone, both in [0, 1].
+    Vector2 leftHandle; ///< The tangent handle towards the previous point, in curve space.
+    Vector2 rightHandle; ///< The tangent handle towards the next point, in curve space.
 
     /// A point whose handles lie at the default offset down-left and up-right of it.
     static CurvePoint at(const Vector2& position) noexcept;
 
-    friend constexpr bool operator==(const CurvePoint&, const CurvePoint&) = default;
+    friend constexpr bool operator==(const CurvePoint&, const CurvePoint&) = default; ///< Same position and handles.
 };
 
 namespace Detail {
@@ -46,10 +46,11 @@ public:
     static constexpr double EPSILON = 1.0 / 255.0;
     /// How far a new point's handles lie from it along each axis.
     static constexpr double HANDLE_OFFSET = 0.1;
-    static constexpr std::size_t MIN_POINT_COUNT = 2;
+    static constexpr std::size_t MIN_POINT_COUNT = 2; ///< A curve never has fewer points.
 
     /// The identity, interpolated by cubic spline.
     Curve();
+    /// The two points of \p type; an unknown interpolation stops the program (a programming error).
     explicit Curve(DefaultCurveType type, CurveInterpolation interpolation = CurveInterpolation::CubicSpline);
     /// Throws Exception, naming the point, when the points break the rules above or the interpolation is unknown.
     Curve(Array<CurvePoint> points, CurveInterpolation interpolation);
@@ -58,18 +59,20 @@ public:
     /// The constructor's checks without the throw, for readers of outside data.
     static Expected<Curve, String> make(Array<CurvePoint> points, CurveInterpolation interpolation);
 
-    CurveInterpolation getInterpolation() const noexcept { return interpolation; }
+    CurveInterpolation getInterpolation() const noexcept { return interpolation; } ///< How the points are joined.
     /// An unknown value stops the program (a programming error).
     void setInterpolation(CurveInterpolation newInterpolation);
 
-    const Array<CurvePoint>& getPoints() const noexcept { return points; }
-    std::size_t getPointCount() const noexcept { return points.size(); }
+    const Array<CurvePoint>& getPoints() const noexcept { return points; } ///< The points, sorted by x.
+    std::size_t getPointCount() const noexcept { return points.size(); } ///< At least MIN_POINT_COUNT.
     /// An index past the end stops the program.
     const CurvePoint& getPoint(std::size_t index) const;
 
     /// Inserts a point at its place in x order and returns its index; nothing is added (an empty result) when the
     /// position is not finite, lies outside [0, 1]², or is closer than EPSILON in x to an existing point.
     Optional<std::size_t> addPoint(const Vector2& position);
+    /// \overload
+    /// The point keeps its own handles.
     Optional<std::size_t> addPoint(const CurvePoint& point);
     /// Moves a point, its handles following it. The position is clamped into [0, 1]² and to at least EPSILON from its
     /// neighbours in x, so a point never passes another; returns the position it took. A position that is not finite
@@ -85,7 +88,7 @@ public:
 
     /// The curve at x; x is clamped into [0, 1] (a NaN reads as 0) and so is the result.
     float operator()(float x) const noexcept { return static_cast<float>(evaluate(x)); }
-    double evaluate(double x) const noexcept;
+    double evaluate(double x) const noexcept; ///< The curve at x in double precision, clamped as operator() is.
     /// `count` values at evenly spaced x from 0 to 1 (both included when count > 1): a lookup table for images.
     Array<float> sample(std::size_t count) const;
     /// Fills the table the same way.
@@ -93,6 +96,7 @@ public:
     /// The curve applied to 8-bit tones, rounded: out[v] = round(255 * curve(v / 255)).
     std::array<std::uint8_t, 256> makeByteTable() const noexcept;
 
+    /// Same interpolation and the same points with the same handles.
     friend bool operator==(const Curve& a, const Curve& b) noexcept
     {
         return a.interpolation == b.interpolation && a.points == b.points;

@@ -9,16 +9,16 @@
 
 namespace Marlix {
 
-/// The limits of the published Photoshop curves format (".acv"): big-endian 16-bit integers, the version (1 or 4), the
+/// The limits of the published 8-bit curves format (".acv"): big-endian 16-bit integers, the version (1 or 4), the
 /// curve count, then per curve its point count and that many (output, input) pairs of 8-bit tones. A version 4 file
 /// may carry after them a block that starts with "Crv " and repeats the curves with a channel index each.
 struct CurveFileFormat
 {
-    static constexpr std::uint16_t VERSION = 1;
-    static constexpr std::uint16_t EXTENDED_VERSION = 4;
-    static constexpr std::size_t MIN_POINT_COUNT = 2;
-    static constexpr std::size_t MAX_POINT_COUNT = 19;
-    static constexpr int MAX_TONE = 255;
+    static constexpr std::uint16_t VERSION = 1; ///< The version written; every reader of the format knows it.
+    static constexpr std::uint16_t EXTENDED_VERSION = 4; ///< Also read: may carry the block of indexed curves.
+    static constexpr std::size_t MIN_POINT_COUNT = 2; ///< The fewest points a curve of a file has.
+    static constexpr std::size_t MAX_POINT_COUNT = 19; ///< The most points a curve of a file has.
+    static constexpr int MAX_TONE = 255; ///< Tones are stored as 0 to 255 and map to 0 to 1.
     /// The largest file a reader accepts: 65 535 curves of 19 points, twice (the extended block), and some slack.
     static constexpr std::size_t MAX_FILE_SIZE = 16u << 20;
 };

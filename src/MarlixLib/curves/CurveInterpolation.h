@@ -12,7 +12,7 @@ enum class CurveInterpolation : std::uint8_t
 {
     /// Natural cubic spline through the points (smooth; may overshoot between points of a steep step).
     CubicSpline = 0,
-    Linear = 1,
+    Linear = 1, ///< Straight lines between the points.
     /// Catmull-Rom through the points, every span given the same parameter length.
     CubicUniform = 2,
     /// Catmull-Rom through the points, spans parametrised by their length, which keeps uneven spacing tight.
@@ -21,7 +21,7 @@ enum class CurveInterpolation : std::uint8_t
     Bezier = 4,
 };
 
-inline constexpr int CURVE_INTERPOLATION_COUNT = 5;
+inline constexpr int CURVE_INTERPOLATION_COUNT = 5; ///< The number of interpolations; values 0 to 4 are valid.
 
 /// The name of an interpolation in the text form of curves ("cubic", "linear", "cubic uniform", "cubic chordal",
 /// "bezier"); an unknown value gives the empty view.

@@ -21,9 +21,9 @@ namespace Marlix {
 class MARLIXLIB_EXPORT Histogram
 {
 public:
-    static constexpr int CHANNEL_COUNT = 5;
-    static constexpr int DEFAULT_BIN_COUNT = 256;
-    static constexpr int MAX_BIN_COUNT = 1 << 16;
+    static constexpr int CHANNEL_COUNT = 5; ///< Luminance, red, green, blue and alpha, in ColorCurveChannel order.
+    static constexpr int DEFAULT_BIN_COUNT = 256; ///< One bin per 8-bit tone.
+    static constexpr int MAX_BIN_COUNT = 1 << 16; ///< The most bins a histogram may have.
     /// Equalizing curves stop at this many points, so that they fit a curve file unchanged.
     static constexpr std::size_t MAX_EQUALIZING_POINTS = 19;
 
@@ -36,26 +36,28 @@ public:
     /// over bands that no worker has started. Throws Exception for a bad bin count.
     static Histogram compute(const BitmapImpl<RgbaBytes>& image, int binCount = DEFAULT_BIN_COUNT,
         Scheduler& scheduler = Scheduler::highPriorityInstance());
+    /// \overload
     static Histogram compute(const BitmapImpl<Rgb>& image, int binCount = DEFAULT_BIN_COUNT,
         Scheduler& scheduler = Scheduler::highPriorityInstance());
     /// compute() without blocking the caller: `done` gets the histogram on a worker thread (a GUI hands it over to its
     /// own thread). The image is shared, never copied; the returned task reports a failure, `done`'s included.
     static SharedPtr<Task> computeAsync(SharedPtr<const BitmapImpl<RgbaBytes>> image, int binCount,
         Function<void(Histogram)> done, Scheduler& scheduler = Scheduler::highPriorityInstance());
+    /// \overload
     static SharedPtr<Task> computeAsync(SharedPtr<const BitmapImpl<Rgb>> image, int binCount,
         Function<void(Histogram)> done, Scheduler& scheduler = Scheduler::highPriorityInstance());
 
     /// Counts pixels on this thread.
     void addPixels(ArrayView<const RgbaBytes> pixels);
-    void addPixels(ArrayView<const Rgb> pixels);
+    void addPixels(ArrayView<const Rgb> pixels); ///< \overload
     /// Adds the counts of another histogram; throws Exception when the bin counts differ.
     void merge(const Histogram& other);
 
-    int getBinCount() const noexcept { return binCount; }
-    std::uint64_t getPixelCount() const noexcept { return pixelCount; }
+    int getBinCount() const noexcept { return binCount; } ///< The number of bins of every channel.
+    std::uint64_t getPixelCount() const noexcept { return pixelCount; } ///< The number of pixels counted.
     /// The counts of one channel (a ColorCurveChannel value); another value stops the program, here and below.
     ArrayView<const std::uint64_t> getBins(int channel) const;
-    std::uint64_t getMaximum(int channel) const;
+    std::uint64_t getMaximum(int channel) const; ///< The largest count of one channel's bins, to scale a display.
     /// The share of the pixels at or below each bin, rising to 1 (all 0 when nothing was counted).
     Stack<float> getCumulativeHistogram(int channel = int(ColorCurveChannel::Master)) const;
     /// The curve that spreads the channel's tones evenly (histogram equalization): the cumulative share of each bin,
@@ -63,7 +65,7 @@ public:
     /// points that follow it within half a tone step where they can. The identity when fewer than two tones occur.
     Curve computeEqualizingCurve(int channel) const;
 
-    friend bool operator==(const Histogram&, const Histogram&) = default;
+    friend bool operator==(const Histogram&, const Histogram&) = default; ///< Same bins with the same counts.
 
 private:
     std::size_t channelOffset(int channel, int line) const;

@@ -15,7 +15,7 @@ namespace Marlix {
 class MARLIXLIB_EXPORT IThumbnailProvider : public Polymorphic
 {
 public:
-    using Bitmap = BitmapImpl<RgbaBytes>;
+    using Bitmap = BitmapImpl<RgbaBytes>; ///< Rows of 8-bit RGBA pixels, top row first.
 
     /// The entity drawn into a bitmap of exactly `width` x `height` pixels (straight alpha). An empty bitmap means the
     /// entity has no picture; an exception means rendering failed, and the entity is not tried again until it changes.

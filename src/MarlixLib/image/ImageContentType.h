@@ -8,16 +8,16 @@ namespace Marlix {
 /// The image file formats that the framework recognises by name.
 enum class ImageContentType
 {
-    Png,
-    Jpeg,
-    Bmp,
-    Tga,
-    Tiff,
-    Gif,
-    WebP,
-    OpenExr,
-    RadianceHdr,
-    Dds,
+    Png, ///< ".png".
+    Jpeg, ///< ".jpg", ".jpeg", ".jpe".
+    Bmp, ///< ".bmp", ".dib".
+    Tga, ///< ".tga".
+    Tiff, ///< ".tif", ".tiff".
+    Gif, ///< ".gif".
+    WebP, ///< ".webp".
+    OpenExr, ///< ".exr", floating-point.
+    RadianceHdr, ///< ".hdr", ".pic", ".rgbe", floating-point (shared-exponent RGB).
+    Dds, ///< ".dds", GPU texture containers.
 };
 
 /// The content type a file name announces by its extension (case-insensitive); empty for names of no known image

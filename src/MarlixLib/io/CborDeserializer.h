@@ -18,7 +18,7 @@ namespace Marlix {
 class MARLIXLIB_EXPORT CborDeserializer final : public IDeserializer
 {
 public:
-    static constexpr std::size_t MAX_DEPTH = 200;
+    static constexpr std::size_t MAX_DEPTH = 200; ///< Deeper nesting makes the stream an error (no stack overflow).
 
     /// Reads `bytes` in place: they must outlive the reader.
     explicit CborDeserializer(ArrayView<const std::byte> bytes);

@@ -15,11 +15,11 @@ namespace Marlix {
 class MARLIXLIB_EXPORT CborSerializer final : public ISerializer
 {
 public:
-    static constexpr StringView VERSION_KEY = "@version";
-    static constexpr StringView ARRAY_KEY = "@";
-    static constexpr StringView ENTITY_KEY = "#";
+    static constexpr StringView VERSION_KEY = "@version"; ///< The key of the format version, first in the root record.
+    static constexpr StringView ARRAY_KEY = "@"; ///< The one key of the map that wraps an array's values.
+    static constexpr StringView ENTITY_KEY = "#"; ///< The one key of the map that wraps an entity identity.
 
-    CborSerializer();
+    CborSerializer(); ///< An empty stream; serializeFormatVersion() comes next.
     ~CborSerializer() override;
     CborSerializer(const CborSerializer&) = delete;
     CborSerializer& operator=(const CborSerializer&) = delete;

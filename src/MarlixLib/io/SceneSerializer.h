@@ -27,11 +27,14 @@ public:
     static void save(const EntityGraphTracker& scene, ISerializer& out);
     /// The entities of a stream, new identities given, references resolved among them. Nothing else changes.
     static Expected<Array<EntityHolder<Entity>>, String> read(IDeserializer& in);
+    /// Replaces the scene's entities with those of the stream; on any error the scene is left exactly as it was.
     static Expected<void, String> load(EntityGraphTracker& scene, IDeserializer& in);
 
     /// The scene as CBOR bytes; an Exception when its references form a loop.
     static Array<std::byte> saveToBytes(const EntityGraphTracker& scene);
+    /// read() of CBOR bytes that saveToBytes() wrote.
     static Expected<Array<EntityHolder<Entity>>, String> readFromBytes(ArrayView<const std::byte> bytes);
+    /// load() of CBOR bytes that saveToBytes() wrote.
     static Expected<void, String> loadFromBytes(EntityGraphTracker& scene, ArrayView<const std::byte> bytes);
 };
 

@@ -28,7 +28,9 @@ public:
     Scheduler(const Scheduler&) = delete;
     Scheduler& operator=(const Scheduler&) = delete;
 
+    /// The shared pool for short work a user waits for, one thread per core ("MarlixHigh"); made on first use.
     static Scheduler& highPriorityInstance();
+    /// The shared pool for long background work, one thread per core ("MarlixNormal"); made on first use.
     static Scheduler& normalPriorityInstance();
 
     /// Queues the work; the returned task tells its state and keeps its failure.
@@ -37,8 +39,8 @@ public:
     /// Blocks until no task is queued or running.
     void waitForIdle();
 
-    const String& getName() const noexcept { return name; }
-    std::size_t getThreadCount() const noexcept { return workers.size(); }
+    const String& getName() const noexcept { return name; } ///< The name the worker threads are named after.
+    std::size_t getThreadCount() const noexcept { return workers.size(); } ///< The number of worker threads.
 
 private:
     void work(std::stop_token stop);

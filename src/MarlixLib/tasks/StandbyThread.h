@@ -20,7 +20,7 @@ namespace Marlix {
 class MARLIXLIB_EXPORT StandbyThread
 {
 public:
-    using Body = Function<void(std::stop_token)>;
+    using Body = Function<void(std::stop_token)>; ///< The thread's work; it returns when the token asks it to stop.
 
     /// The longest name the system shows for a thread, in bytes; longer names are cut there (on a character boundary)
     /// for the system but kept whole in getName().
@@ -33,15 +33,15 @@ public:
     StandbyThread(const StandbyThread&) = delete;
     StandbyThread& operator=(const StandbyThread&) = delete;
 
-    const String& getName() const noexcept { return name; }
+    const String& getName() const noexcept { return name; } ///< The whole name given at construction.
     /// The name as the system knows it (possibly cut, see SYSTEM_NAME_LIMIT).
     const String& getSystemName() const noexcept { return systemName; }
     /// The stack size the thread was created with, after rounding; 0 for the system default.
     std::size_t getStackSize() const noexcept { return stackSize; }
 
-    void requestStop() noexcept;
-    bool isStopRequested() const noexcept;
-    std::stop_token getStopToken() const noexcept;
+    void requestStop() noexcept; ///< Asks the body to return; does not wait for it (join() does). Any thread.
+    bool isStopRequested() const noexcept; ///< Whether a stop was requested, by requestStop() or the destructor.
+    std::stop_token getStopToken() const noexcept; ///< The token the body receives, for work it hands elsewhere.
 
     /// True until the body has returned.
     bool isRunning() const noexcept { return running.load(std::memory_order_acquire); }

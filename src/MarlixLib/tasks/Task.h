@@ -12,12 +12,13 @@ namespace Marlix {
 
 class Scheduler;
 
+/// Where a Task is in its life; it only moves forward, Queued to Running to Finished or Failed.
 enum class TaskState : std::uint8_t
 {
-    Queued,
-    Running,
-    Finished,
-    Failed,
+    Queued, ///< Waiting for a worker, or for a wait() that runs it.
+    Running, ///< The work is running on some thread.
+    Finished, ///< The work returned.
+    Failed, ///< The work threw; the task keeps the exception.
 };
 
 /// One piece of work handed to a Scheduler. An exception thrown by the work is kept: it is reported by getFailure()
@@ -26,14 +27,15 @@ enum class TaskState : std::uint8_t
 class MARLIXLIB_EXPORT Task
 {
 public:
-    using State = TaskState;
+    using State = TaskState; ///< Task::State::Running reads better at the call site.
 
+    /// A queued task for \p work; an empty function raises the stop exception. Usually made by Scheduler::submit.
     explicit Task(Function<void()> work);
     ~Task();
     Task(const Task&) = delete;
     Task& operator=(const Task&) = delete;
 
-    State getState() const noexcept { return state.load(std::memory_order_acquire); }
+    State getState() const noexcept { return state.load(std::memory_order_acquire); } ///< Safe from any thread.
     /// Finished or failed.
     bool isDone() const noexcept;
 

@@ -14,9 +14,10 @@ namespace Marlix {
 
 class GenericDataObject;
 
+/// What kind of change an undo action stands for.
 enum class ActionFlag : std::uint32_t
 {
-    None = 0,
+    None = 0, ///< No flag: a change the program made by itself (a load, a script).
     /// The action was opened by an editor for one edit or one gesture of the user.
     UserEdit = 1,
 };
@@ -25,12 +26,13 @@ enum class ActionFlag : std::uint32_t
 class MARLIXLIB_EXPORT UndoStep
 {
 public:
+    /// Made by a committing action from the records it collected, in the order of the changes.
     UndoStep(String label, Flags<ActionFlag> flags, Array<UniquePtr<UndoRecord>> records);
-    const String& getLabel() const { return label; }
-    Flags<ActionFlag> getFlags() const { return flags; }
-    std::size_t getRecordCount() const { return records.size(); }
-    void undo();
-    void redo();
+    const String& getLabel() const { return label; } ///< The label given when the action was opened.
+    Flags<ActionFlag> getFlags() const { return flags; } ///< The flags given when the action was opened.
+    std::size_t getRecordCount() const { return records.size(); } ///< The number of reversible changes in the step.
+    void undo(); ///< Undoes the records, the last change first.
+    void redo(); ///< Redoes the records in the order of the changes.
 
 private:
     String label;

@@ -9,19 +9,22 @@ namespace Marlix {
 class MARLIXLIB_EXPORT ActionHolder
 {
 public:
-    ActionHolder() = default;
+    ActionHolder() = default; ///< Holds no action; isOpen() is false.
+    /// Made by IUndoManager::createAction, which is how hosts get one.
     explicit ActionHolder(SharedPtr<Detail::Action> action);
-    ActionHolder(ActionHolder&& other) noexcept = default;
+    ActionHolder(ActionHolder&& other) noexcept = default; ///< Takes over the action; \p other holds none.
+    /// Reverts the action held so far if it is open, then takes over the action of \p other.
     ActionHolder& operator=(ActionHolder&& other) noexcept;
     ActionHolder(const ActionHolder&) = delete;
     ActionHolder& operator=(const ActionHolder&) = delete;
-    ~ActionHolder();
+    ~ActionHolder(); ///< Reverts the action if it is still open.
 
-    bool isOpen() const { return action && action->isOpen(); }
-    explicit operator bool() const { return isOpen(); }
-    String getLabel() const { return action ? action->getLabel() : String(); }
+    bool isOpen() const { return action && action->isOpen(); } ///< Whether an action is held and still recording.
+    explicit operator bool() const { return isOpen(); } ///< isOpen().
+    String getLabel() const { return action ? action->getLabel() : String(); } ///< Empty when no action is held.
 
     /// Closes the action: if it changed something it becomes one undo step (a nested one joins its outer action).
+    /// Committing, reverting or publishing a holder that is not open is a stop error.
     void commit();
     /// Restores every value recorded by the action, tells the observers and leaves no trace.
     void revert();

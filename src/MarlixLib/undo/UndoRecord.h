@@ -10,8 +10,8 @@ namespace Marlix {
 class MARLIXLIB_EXPORT UndoRecord : public Polymorphic
 {
 public:
-    virtual void undo() = 0;
-    virtual void redo() = 0;
+    virtual void undo() = 0; ///< Puts back the state from before the change.
+    virtual void redo() = 0; ///< Puts back the state captured when the action closed.
     /// Called when the action closes: a record keeps the newest state it needs for redo.
     virtual void captureFinalState() { }
     /// True when undoing would change nothing (a property written back to its old value).

@@ -18,29 +18,33 @@ enum class Quantity : std::uint8_t
 {
     /// A plain number: shown as it is, without a suffix.
     None,
-    Length,
-    Angle,
-    Radiance,
-    Time,
+    Length, ///< Kept in metres.
+    Angle, ///< Kept in radians.
+    Radiance, ///< Kept in watts per square metre and steradian.
+    Time, ///< Kept in seconds.
 };
 
 /// The units a scene is shown in: length, angle, radiance and time, in this order.
 using DisplayUnits = std::tuple<LengthUnit, AngleUnit, RadianceUnit, TimeUnit>;
 
+/// Metres, degrees, W/(m²·sr) and seconds: what a scene is shown in until the user picks otherwise.
 inline constexpr DisplayUnits DEFAULT_DISPLAY_UNITS { LengthUnit::Meter, AngleUnit::Degree,
     RadianceUnit::WattPerSquareMeterSteradian, TimeUnit::Second };
 
 /// How a number of one quantity is shown in given display units: displayed = base / factor.
 struct QuantityConversion
 {
-    double factor = 1.0;
-    StringView suffix;
+    double factor = 1.0; ///< Base units per display unit; 1 for a plain number.
+    StringView suffix; ///< The unit's symbol ("cm"), empty for a plain number; static text, never dangling.
 
-    constexpr double toDisplay(double baseValue) const { return baseValue / factor; }
-    constexpr double fromDisplay(double displayValue) const { return displayValue * factor; }
+    constexpr double toDisplay(double baseValue) const { return baseValue / factor; } ///< Base to display unit.
+    constexpr double fromDisplay(double displayValue) const { return displayValue * factor; } ///< And back.
+    /// Equal when factor and suffix are.
     friend constexpr bool operator==(const QuantityConversion&, const QuantityConversion&) = default;
 };
 
+/// The conversion for \p quantity in the display unit that \p units picks for its family; the identity without a
+/// suffix for Quantity::None.
 constexpr QuantityConversion getQuantityConversion(Quantity quantity, const DisplayUnits& units)
 {
     switch (quantity) {

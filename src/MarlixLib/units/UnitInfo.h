@@ -11,11 +11,11 @@ namespace Marlix {
 /// name shown in menus, and a second spelling accepted when typed (empty when there is none).
 template <class Unit> struct UnitInfo
 {
-    Unit unit;
-    double factor;
-    StringView suffix;
-    StringView name;
-    StringView alternativeSuffix;
+    Unit unit; ///< The unit described.
+    double factor; ///< How many base units one of this unit is (0.01 for centimetres).
+    StringView suffix; ///< Shown after numbers, UTF-8, without a leading space ("cm", "°").
+    StringView name; ///< Shown in menus ("Centimeters").
+    StringView alternativeSuffix; ///< Also accepted when typed ("deg" for "°"); empty when there is none.
 };
 
 namespace Detail {
@@ -54,6 +54,7 @@ template <class Unit> constexpr double fromDisplayUnit(double displayValue, Unit
     return displayValue * getUnitFactor(unit);
 }
 
+/// \p value in unit \p from expressed in unit \p to of the same family; exact when the units are the same.
 template <class Unit> constexpr double convertUnit(double value, Unit from, Unit to)
 {
     return from == to ? value : toDisplayUnit(fromDisplayUnit(value, from), to);
@@ -65,6 +66,7 @@ template <class Unit> constexpr StringView getUnitSuffix(Unit unit)
     return Detail::findUnitInfo(unit).suffix;
 }
 
+/// The unit's name as menus show it ("Centimeters"), UTF-8.
 template <class Unit> constexpr StringView getUnitName(Unit unit)
 {
     return Detail::findUnitInfo(unit).name;
