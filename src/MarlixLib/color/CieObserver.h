@@ -1,5 +1,7 @@
 #pragma once
 
+#include <MarlixLib/MarlixLibExport.h>
+
 #include <array>
 #include <cstddef>
 
@@ -23,7 +25,7 @@ constexpr int WAVELENGTH_STEP = 5; ///< Nanometres between samples.
 constexpr std::size_t SAMPLE_COUNT = (LAST_WAVELENGTH - FIRST_WAVELENGTH) / WAVELENGTH_STEP + 1;
 
 /// Sample i belongs to the wavelength FIRST_WAVELENGTH + i × WAVELENGTH_STEP nanometres.
-const std::array<Sample, SAMPLE_COUNT>& getSamples() noexcept;
+MARLIXLIB_EXPORT const std::array<Sample, SAMPLE_COUNT>& getSamples() noexcept;
 
 } // namespace CieObserver
 

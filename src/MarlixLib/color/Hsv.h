@@ -21,7 +21,10 @@ struct Hsv
     /// The colour with these components; a hue outside [0, 1) wraps around the circle.
     constexpr Rgb toRgb() const
     {
-        float hue = h - static_cast<float>(static_cast<long long>(h));
+        // A hue beyond ±2^23 has no fraction left in single precision and NaN has none at all: both read as 0, and
+        // neither reaches the integer conversion, where they would be undefined.
+        constexpr float NO_FRACTION = 8388608.0f;
+        float hue = h > -NO_FRACTION && h < NO_FRACTION ? h - static_cast<float>(static_cast<long long>(h)) : 0.0f;
         if (hue < 0.0f)
             hue += 1.0f;
         const float sector = hue * 6.0f;

@@ -13,9 +13,9 @@ namespace Marlix {
 template <class T> class BitmapImpl
 {
 public:
-    using Pixel = T;
+    using Pixel = T; ///< The pixel type.
 
-    BitmapImpl() = default;
+    BitmapImpl() = default; ///< An empty bitmap, 0 x 0.
     /// Throws Exception when a dimension is negative or the pixel count does not fit in memory addressing.
     BitmapImpl(int width, int height, const T& fill = T {})
         : width(width)
@@ -33,18 +33,22 @@ public:
             throw Exception("The pixel count of the bitmap does not match its width and height.");
     }
 
-    int getWidth() const noexcept { return width; }
-    int getHeight() const noexcept { return height; }
-    bool isEmpty() const noexcept { return pixels.empty(); }
-    std::size_t getPixelCount() const noexcept { return pixels.size(); }
+    int getWidth() const noexcept { return width; } ///< Pixels per row.
+    int getHeight() const noexcept { return height; } ///< Rows.
+    bool isEmpty() const noexcept { return pixels.empty(); } ///< True when there is no pixel.
+    std::size_t getPixelCount() const noexcept { return pixels.size(); } ///< width x height.
 
+    /// The pixel in column x of row y (0, 0 is the top left); outside the bitmap it stops the program.
     const T& at(int x, int y) const { return pixels[index(x, y)]; }
-    T& at(int x, int y) { return pixels[index(x, y)]; }
+    T& at(int x, int y) { return pixels[index(x, y)]; } ///< \overload
+    /// The pixels of row y, left to right; a row outside the bitmap stops the program.
     ArrayView<const T> getRow(int y) const { return { pixels.data() + index(0, y), std::size_t(width) }; }
+    /// \overload
     ArrayView<T> getRow(int y) { return { pixels.data() + index(0, y), std::size_t(width) }; }
-    ArrayView<const T> getPixels() const noexcept { return pixels; }
-    ArrayView<T> getPixels() noexcept { return pixels; }
+    ArrayView<const T> getPixels() const noexcept { return pixels; } ///< Every pixel, row by row from the top.
+    ArrayView<T> getPixels() noexcept { return pixels; } ///< \overload
 
+    /// Equal when the sizes and every pixel are equal.
     friend bool operator==(const BitmapImpl&, const BitmapImpl&) = default;
 
 private:

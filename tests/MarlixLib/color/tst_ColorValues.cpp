@@ -4,6 +4,7 @@
 
 #include <QtTest/QTest>
 
+#include <limits>
 #include <random>
 
 using namespace Marlix;
@@ -69,6 +70,11 @@ void TestColorValues::hueWraps()
     QCOMPARE(red, Rgb(1.f, 0.f, 0.f));
     const Rgb blue = Hsv { -1.f / 3, 1.f, 1.f, 1.f }.toRgb();
     QVERIFY(std::abs(blue.b - 1.f) < 1e-6f && blue.r < 1e-6f && blue.g < 1e-6f);
+    // Hues with no fraction left read as red rather than converting out of range (the sanitizers catch that).
+    for (const float hue : { std::numeric_limits<float>::quiet_NaN(), 1e30f, -1e30f }) {
+        const Hsv hsv { hue, 1.f, 1.f, 1.f };
+        QCOMPARE(hsv.toRgb(), Rgb(1.f, 0.f, 0.f));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestColorValues)
