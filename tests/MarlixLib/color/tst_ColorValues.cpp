@@ -70,7 +70,7 @@ void TestColorValues::hueWraps()
     QCOMPARE(red, Rgb(1.f, 0.f, 0.f));
     const Rgb blue = Hsv { -1.f / 3, 1.f, 1.f, 1.f }.toRgb();
     QVERIFY(std::abs(blue.b - 1.f) < 1e-6f && blue.r < 1e-6f && blue.g < 1e-6f);
-    // Hues with no fraction left read as red rather than converting out of range (the sanitizers catch that).
+    // Hues with no fraction left read as red, not as whatever an out-of-range integer conversion makes of them.
     for (const float hue : { std::numeric_limits<float>::quiet_NaN(), 1e30f, -1e30f }) {
         const Hsv hsv { hue, 1.f, 1.f, 1.f };
         QCOMPARE(hsv.toRgb(), Rgb(1.f, 0.f, 0.f));
