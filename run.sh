@@ -8,6 +8,8 @@
 #                                                      on its corpus for SECONDS each (default 60)
 #   ./run.sh docs                                      write the API reference to build/docs/html (fails on any
 #                                                      undocumented public declaration)
+#   ./run.sh gallery                                   render the studio offscreen and refresh the README's
+#                                                      screenshots in docs/images
 # Presets: dev (default), asan (address + undefined-behaviour sanitizers), ci, tsan (thread sanitizer), release, fuzz.
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -70,6 +72,19 @@ case "$command" in
         else
             exec "$studio" "${extra[@]}"
         fi
+        ;;
+    gallery)
+        build
+        out="build/$preset/gallery"
+        rm -rf "$out"
+        QT_QPA_PLATFORM=offscreen "build/$preset/examples/studio/marlix-studio" --screenshots "$out"
+        # Every page at scale 1, and a few in German and at scale 2: enough to show them without growing the history
+        # by every variant of every page.
+        mkdir -p docs/images/de docs/images/scale-2
+        cp "$out"/*.png docs/images/
+        for page in workspace properties colour; do cp "$out/de/$page.png" docs/images/de/; done
+        for page in workspace curves colour; do cp "$out/scale-2/$page.png" docs/images/scale-2/; done
+        echo "Gallery refreshed in $PWD/docs/images (commit it with the change that altered the pictures)"
         ;;
     test)
         build
