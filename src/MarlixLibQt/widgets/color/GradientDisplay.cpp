@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace Marlix::Widgets {
@@ -72,22 +73,30 @@ void GradientDisplay::calculateFade()
         ramp = QPixmap();
         return;
     }
-    QImage image(rect.size(), QImage::Format_RGB32);
+    // One column per device pixel, so that a scaled screen shows the ramp as finely as it can.
+    const qreal ratio = devicePixelRatioF();
+    QImage image(
+        QSize(static_cast<int>(std::ceil(rect.width() * ratio)), static_cast<int>(std::ceil(rect.height() * ratio))),
+        QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    const int columns = image.width();
     auto* first = reinterpret_cast<QRgb*>(image.scanLine(0));
-    for (int x = 0; x < rect.width(); ++x) {
-        const float t = rect.width() > 1 ? static_cast<float>(x) / static_cast<float>(rect.width() - 1) : 0.0f;
+    for (int x = 0; x < columns; ++x) {
+        const float t = columns > 1 ? static_cast<float>(x) / static_cast<float>(columns - 1) : 0.0f;
         const RgbBytes c = mapping(t);
         first[x] = qRgb(c.r, c.g, c.b);
     }
     const auto lineBytes = static_cast<std::size_t>(image.bytesPerLine());
-    for (int y = 1; y < rect.height(); ++y)
+    for (int y = 1; y < image.height(); ++y)
         std::memcpy(image.scanLine(y), first, lineBytes);
     ramp = QPixmap::fromImage(std::move(image));
 }
 
 void GradientDisplay::paintEvent(QPaintEvent*)
 {
-    if (rampOutdated || ramp.size() != getGradientRectangle().size()) {
+    // A window moved to a screen of another scale paints again without a resize.
+    if (rampOutdated || ramp.deviceIndependentSize().toSize() != getGradientRectangle().size()
+        || ramp.devicePixelRatio() != devicePixelRatioF()) {
         calculateFade();
         rampOutdated = false;
     }
