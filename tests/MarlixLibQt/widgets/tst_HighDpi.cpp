@@ -38,6 +38,12 @@ enum class Screen
     LargeFont,
 };
 
+} // namespace
+
+Q_DECLARE_METATYPE(Screen)
+
+namespace {
+
 QScreen* screenFor(Screen screen)
 {
     const QString name = screen == Screen::LargeFont ? QStringLiteral("large-font") : QStringLiteral("standard");
@@ -88,7 +94,6 @@ using Measure = std::function<int(QWidget&)>;
 
 } // namespace
 
-Q_DECLARE_METATYPE(Screen)
 Q_DECLARE_METATYPE(RampMaker)
 Q_DECLARE_METATYPE(RampProbe)
 Q_DECLARE_METATYPE(Measure)
