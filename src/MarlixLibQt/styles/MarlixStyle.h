@@ -68,6 +68,8 @@ public:
         PixelMetric metric, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
         QStyleHintReturn* returnData = nullptr) const override;
+    QIcon standardIcon(
+        StandardPixmap icon, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
 
     /// Cursors are not part of this style; asking for one is a programming error and stops with the unit's name.
     virtual QCursor standardCursor(
