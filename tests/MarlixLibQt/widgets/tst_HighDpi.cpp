@@ -33,47 +33,28 @@ using Marlix::Widgets::Testing::RecordingModel;
 
 namespace {
 
-// Every test runs on three screens: the standard one, the same at twice the pixels (as QT_SCALE_FACTOR=2 or a 4K
-// panel at 200 %), and one whose desktop enlarges fonts to 144 DPI without scaling the pixels.
-enum class Screen
-{
-    Standard,
-    Scaled,
-    LargeFont,
-};
-
-} // namespace
-
-Q_DECLARE_METATYPE(Screen)
-
-namespace {
-
-QScreen* screenFor(Screen screen)
-{
-    const QString name = screen == Screen::LargeFont ? QStringLiteral("large-font") : QStringLiteral("standard");
-    for (QScreen* candidate : QGuiApplication::screens())
-        if (candidate->name() == name)
-            return candidate;
-    return QGuiApplication::primaryScreen();
-}
-
+// Every test runs on three screens (the global data): the standard one, the same at twice the pixels (as
+// QT_SCALE_FACTOR=2 or a 4K panel at 200 %), and one whose desktop enlarges fonts to 144 DPI at one pixel per pixel.
 double expectedRatio()
 {
-    QFETCH_GLOBAL(Screen, screen);
-    return screen == Screen::Scaled ? 2.0 : 1.0;
+    QFETCH_GLOBAL(double, ratio);
+    return ratio;
 }
 
 double expectedDpi()
 {
-    QFETCH_GLOBAL(Screen, screen);
-    return screen == Screen::LargeFont ? 144.0 : 96.0;
+    QFETCH_GLOBAL(double, dpi);
+    return dpi;
 }
 
 /// Shows `widget` on the row's screen, away from its edges.
 bool place(QWidget& widget)
 {
-    QFETCH_GLOBAL(Screen, screen);
-    QScreen* target = screenFor(screen);
+    const QString name = expectedDpi() > 96.0 ? QStringLiteral("large-font") : QStringLiteral("standard");
+    QScreen* target = QGuiApplication::primaryScreen();
+    for (QScreen* screen : QGuiApplication::screens())
+        if (screen->name() == name)
+            target = screen;
     widget.setScreen(target);
     widget.move(target->geometry().topLeft() + QPoint(100, 100));
     widget.show();
@@ -133,19 +114,15 @@ class tst_HighDpi : public QObject
 private Q_SLOTS:
     void initTestCase_data()
     {
-        QTest::addColumn<Screen>("screen");
-        QTest::newRow("scale 1") << Screen::Standard;
-        QTest::newRow("scale 2") << Screen::Scaled;
-        QTest::newRow("144 DPI") << Screen::LargeFont;
+        QTest::addColumn<double>("ratio");
+        QTest::addColumn<double>("dpi");
+        QTest::newRow("scale 1") << 1.0 << 96.0;
+        QTest::newRow("scale 2") << 2.0 << 96.0;
+        QTest::newRow("144 DPI") << 1.0 << 144.0;
     }
 
-    void init()
-    {
-        QFETCH_GLOBAL(Screen, screen);
-        // Qt's own switch behind QT_SCALE_FACTOR; it is read when a window is made, so each test makes new top levels.
-        QHighDpiScaling::setGlobalFactor(screen == Screen::Scaled ? 2.0 : 1.0);
-    }
-
+    // Qt's own switch behind QT_SCALE_FACTOR; it is read when a window is made, so each test makes new top levels.
+    void init() { QHighDpiScaling::setGlobalFactor(expectedRatio()); }
     void cleanup() { QHighDpiScaling::setGlobalFactor(1.0); }
 
     void sliderPressAndDrag_data()
