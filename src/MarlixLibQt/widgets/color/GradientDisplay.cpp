@@ -11,6 +11,16 @@
 
 namespace Marlix::Widgets {
 
+namespace {
+
+// The ramp has one column per device pixel, so that a scaled screen shows it as finely as it can.
+QSize devicePixels(const QSize& size, qreal ratio)
+{
+    return { static_cast<int>(std::ceil(size.width() * ratio)), static_cast<int>(std::ceil(size.height() * ratio)) };
+}
+
+} // namespace
+
 GradientDisplay::GradientDisplay(MappingFunction mapping, QWidget* parent)
     : QWidget(parent)
     , mapping(std::move(mapping))
@@ -73,11 +83,8 @@ void GradientDisplay::calculateFade()
         ramp = QPixmap();
         return;
     }
-    // One column per device pixel, so that a scaled screen shows the ramp as finely as it can.
     const qreal ratio = devicePixelRatioF();
-    QImage image(
-        QSize(static_cast<int>(std::ceil(rect.width() * ratio)), static_cast<int>(std::ceil(rect.height() * ratio))),
-        QImage::Format_RGB32);
+    QImage image(devicePixels(rect.size(), ratio), QImage::Format_RGB32);
     image.setDevicePixelRatio(ratio);
     const int columns = image.width();
     auto* first = reinterpret_cast<QRgb*>(image.scanLine(0));
@@ -95,7 +102,7 @@ void GradientDisplay::calculateFade()
 void GradientDisplay::paintEvent(QPaintEvent*)
 {
     // A window moved to a screen of another scale paints again without a resize.
-    if (rampOutdated || ramp.deviceIndependentSize().toSize() != getGradientRectangle().size()
+    if (rampOutdated || ramp.size() != devicePixels(getGradientRectangle().size(), devicePixelRatioF())
         || ramp.devicePixelRatio() != devicePixelRatioF()) {
         calculateFade();
         rampOutdated = false;
