@@ -2,11 +2,15 @@
 
 #include <MarlixLib/base/Exception.h>
 
+#include <QApplication>
 #include <QCoreApplication>
+#include <QIconEngine>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QStyle>
+#include <QStyleOption>
 
 #include <array>
 #include <cmath>
@@ -113,32 +117,99 @@ void drawMarlix(QPainter& p, qreal side)
     }
 }
 
+// The patch in logical pixels: the border is one logical pixel on any screen, laid on whole device pixels.
+void drawColorPatch(QPainter& painter, const QRectF& inside, const QColor& color)
+{
+    painter.save();
+    if (!color.isValid()) {
+        painter.fillRect(inside, Qt::white);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(Qt::red, std::max(1.0, inside.height() / 8.0)));
+        painter.drawLine(inside.bottomLeft(), inside.topRight());
+    } else {
+        if (color.alpha() < 255)
+            painter.fillRect(inside, checkerboardBrush4X4());
+        painter.fillRect(inside, color);
+    }
+    const QColor border = QColor::fromRgba(PATCH_BORDER);
+    const qreal w = inside.width();
+    const qreal h = inside.height();
+    painter.fillRect(QRectF(inside.left(), inside.top(), w, 1.0), border);
+    painter.fillRect(QRectF(inside.left(), inside.bottom() - 1.0, w, 1.0), border);
+    painter.fillRect(QRectF(inside.left(), inside.top(), 1.0, h), border);
+    painter.fillRect(QRectF(inside.right() - 1.0, inside.top(), 1.0, h), border);
+    painter.restore();
+}
+
+// Draws the patch for whatever size and device pixel ratio it is asked, so that it stays sharp on scaled screens
+// instead of being stretched from one pixmap.
+class ColorPatchIconEngine final : public QIconEngine
+{
+public:
+    ColorPatchIconEngine(const QColor& color, const QSize& size)
+        : color(color)
+        , size(size)
+    {
+    }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const qreal ratio = painter->device() ? painter->device()->devicePixelRatio() : 1.0;
+        const QPixmap patch = scaledPixmap(rect.size() * ratio, mode, state, ratio);
+        const QSizeF shown = patch.deviceIndependentSize();
+        painter->drawPixmap(
+            QPointF(rect.x() + (rect.width() - shown.width()) / 2.0, rect.y() + (rect.height() - shown.height()) / 2.0),
+            patch);
+    }
+
+    // Never larger than the size it was made for, as an icon of one pixmap of that size would be.
+    QSize actualSize(const QSize& requested, QIcon::Mode, QIcon::State) override
+    {
+        return size.scaled(size.boundedTo(requested), Qt::KeepAspectRatio);
+    }
+
+    QPixmap pixmap(const QSize& requested, QIcon::Mode mode, QIcon::State state) override
+    {
+        return scaledPixmap(requested, mode, state, 1.0);
+    }
+
+    // `requested` counts device pixels.
+    QPixmap scaledPixmap(const QSize& requested, QIcon::Mode mode, QIcon::State state, qreal scale) override
+    {
+        const qreal ratio = scale > 0.0 ? scale : 1.0;
+        const QSize logical = actualSize((QSizeF(requested) / ratio).toSize(), mode, state);
+        if (logical.isEmpty())
+            return {};
+        QPixmap pixmap((QSizeF(logical) * ratio).toSize());
+        pixmap.setDevicePixelRatio(ratio);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        drawColorPatch(painter, QRectF(QPointF(), QSizeF(logical)), color);
+        painter.end();
+        if (mode != QIcon::Normal && qobject_cast<QApplication*>(QCoreApplication::instance())) {
+            QStyleOption option;
+            option.palette = QApplication::palette();
+            return QApplication::style()->generatedIconPixmap(mode, pixmap, &option);
+        }
+        return pixmap;
+    }
+
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override { return { size }; }
+    QString key() const override { return QStringLiteral("MarlixColorPatch"); }
+    QIconEngine* clone() const override { return new ColorPatchIconEngine(color, size); }
+
+private:
+    QColor color;
+    QSize size;
+};
+
 } // namespace
 
 QIcon getColorPatchIcon(const QColor& color, const QSize& size)
 {
     if (size.width() < 1 || size.height() < 1)
         throw Exception("A colour patch icon needs a width and a height of at least one pixel.");
-    QPixmap pixmap(size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    const QRect inside = pixmap.rect();
-    if (!color.isValid()) {
-        painter.fillRect(inside, Qt::white);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Qt::red, std::max(1.0, size.height() / 8.0)));
-        painter.drawLine(QPointF(inside.bottomLeft()) + QPointF(0, 1), QPointF(inside.topRight()) + QPointF(1, 0));
-        painter.setRenderHint(QPainter::Antialiasing, false);
-    } else {
-        if (color.alpha() < 255)
-            painter.fillRect(inside, checkerboardBrush4X4());
-        painter.fillRect(inside, color);
-    }
-    painter.setPen(QColor::fromRgba(PATCH_BORDER));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(inside.adjusted(0, 0, -1, -1));
-    painter.end();
-    return QIcon(pixmap);
+    return QIcon(new ColorPatchIconEngine(color, size));
 }
 
 const QIcon& getVelkinIcon()

@@ -47,6 +47,16 @@ QPainterPath roundedPath(const QRectF& rect, double radius)
     return path;
 }
 
+// A frame one logical pixel wide just inside `rect`, filled: an outline stroked on the rectangle's edge would straddle
+// device pixels on a scaled screen, half outside the rectangle and leaving a sliver of the inside beyond it.
+void fillFrame(QPainter* painter, const QRect& rect, const QColor& color)
+{
+    QPainterPath ring;
+    ring.addRect(QRectF(rect));
+    ring.addRect(QRectF(rect).adjusted(1.0, 1.0, -1.0, -1.0));
+    painter->fillPath(ring, color);
+}
+
 // A triangle pointing up, down, left or right, centred in `rect`.
 void drawArrow(
     QPainter* painter, const QRectF& rect, Qt::ArrowType direction, double width, double height, const QColor& color)
@@ -147,11 +157,7 @@ void MarlixOriginalStyle::drawPrimitive(
         drawFrame(option->rect, option, painter, widget);
         return;
     case PE_Frame: {
-        painter->save();
-        painter->setPen(QColor::fromRgb(FIELD_OUTLINE_COLOR));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
-        painter->restore();
+        fillFrame(painter, option->rect, QColor::fromRgb(FIELD_OUTLINE_COLOR));
         drawDragHoveredOutline(option->rect, option, painter, widget);
         return;
     }
@@ -159,8 +165,8 @@ void MarlixOriginalStyle::drawPrimitive(
         const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
         painter->save();
         if (frame && (frame->features & QStyleOptionFrame::Flat)) {
-            painter->setPen(QColor::fromRgb(GROUP_OUTLINE_COLOR));
-            painter->drawLine(option->rect.topLeft(), option->rect.topRight());
+            const QRect& r = option->rect;
+            painter->fillRect(QRectF(r.left(), r.top(), r.width(), 1.0), QColor::fromRgb(GROUP_OUTLINE_COLOR));
         } else {
             painter->setRenderHint(QPainter::Antialiasing, true);
             painter->setPen(QColor::fromRgb(GROUP_OUTLINE_COLOR));

@@ -5,9 +5,11 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QIcon>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
+#include <QPixmap>
 #include <QStyleOption>
 
 #include <algorithm>
@@ -229,6 +231,20 @@ int MarlixStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, con
         break;
     }
     return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+QIcon MarlixStyle::standardIcon(StandardPixmap icon, const QStyleOption* option, const QWidget* widget) const
+{
+    // The base style's restore button is a pixmap of a few pixels that a scaled screen shows blurred; the undock
+    // buttons get the library's own icon, drawn for single and double density.
+    if (icon == SP_TitleBarNormalButton) {
+        QIcon undock;
+        for (const char* file : { ":icons/ui/Zorva.Dock/Undock.png", ":icons/ui/Zorva.Dock/Undock@2x.png" })
+            undock.addPixmap(QPixmap(QString::fromLatin1(file)));
+        if (!undock.isNull())
+            return undock;
+    }
+    return QProxyStyle::standardIcon(icon, option, widget);
 }
 
 int MarlixStyle::styleHint(

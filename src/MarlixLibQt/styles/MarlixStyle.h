@@ -88,6 +88,8 @@ public:
     /// Answers the CustomStyleHint values, keeps menus scrollable and honours "Zorva.ShowSelection" in item views.
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
         QStyleHintReturn* returnData = nullptr) const override;
+    QIcon standardIcon(
+        StandardPixmap icon, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
 
     /// Cursors are not part of this style; asking for one is a programming error and stops with the unit's name.
     virtual QCursor standardCursor(

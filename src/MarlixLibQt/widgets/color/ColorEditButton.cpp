@@ -8,6 +8,7 @@
 #include <MarlixLib/base/Exception.h>
 
 #include <QPainter>
+#include <QPainterPath>
 #include <QPointer>
 
 namespace Marlix::Widgets {
@@ -87,8 +88,11 @@ void ColorEditButton::paintEvent(QPaintEvent* event)
     if (shown.alpha() < 255)
         painter.fillRect(swatch, checkerboardBrush4X4());
     painter.fillRect(swatch, shown);
-    painter.setPen(palette().color(isEnabled() ? QPalette::Mid : QPalette::Midlight));
-    painter.drawRect(swatch.adjusted(0, 0, -1, -1));
+    // The frame filled inside the swatch, so that it covers whole device pixels on a scaled screen too.
+    QPainterPath frame;
+    frame.addRect(QRectF(swatch));
+    frame.addRect(QRectF(swatch).adjusted(1.0, 1.0, -1.0, -1.0));
+    painter.fillPath(frame, palette().color(isEnabled() ? QPalette::Mid : QPalette::Midlight));
 }
 
 } // namespace Marlix::Widgets

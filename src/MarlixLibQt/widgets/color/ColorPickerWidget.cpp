@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -50,7 +51,7 @@ protected:
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
-        const QRect all = rect().adjusted(0, 0, -1, -1);
+        const QRect all = rect();
         const QRect left(all.left(), all.top(), all.width() / 2, all.height());
         const QRect right(left.right() + 1, all.top(), all.right() - left.right(), all.height());
         const QColor oldColor = picker.getOriginalColor();
@@ -59,8 +60,11 @@ protected:
             painter.fillRect(all, checkerboardBrush4X4());
         painter.fillRect(left, oldColor);
         painter.fillRect(right, newColor);
-        painter.setPen(palette().color(QPalette::Mid));
-        painter.drawRect(all);
+        // The frame filled inside the widget, so that it covers whole device pixels on a scaled screen too.
+        QPainterPath frame;
+        frame.addRect(QRectF(all));
+        frame.addRect(QRectF(all).adjusted(1.0, 1.0, -1.0, -1.0));
+        painter.fillPath(frame, palette().color(QPalette::Mid));
     }
 
     void mousePressEvent(QMouseEvent* event) override

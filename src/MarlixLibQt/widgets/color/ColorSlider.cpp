@@ -66,13 +66,16 @@ void ColorSlider::notify()
 void ColorSlider::calculateFade()
 {
     gradientOutdated = false;
-    const int w = width();
-    const int h = height();
+    // One column per device pixel: on a scaled screen a track made per logical pixel would be stretched into steps.
+    const qreal ratio = devicePixelRatioF();
+    const int w = static_cast<int>(std::ceil(width() * ratio));
+    const int h = static_cast<int>(std::ceil(height() * ratio));
     if (w <= 0 || h <= 0) {
         gradient = QPixmap();
         return;
     }
     QImage image(w, h, showTransparency ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
     auto* line = reinterpret_cast<QRgb*>(image.scanLine(0));
     const QRgb fill = showTransparency ? 0u : OPAQUE_ALPHA;
     // A slider one pixel wide shows the left end rather than dividing by zero.
@@ -128,7 +131,8 @@ QSize ColorSlider::sizeHint() const
 
 void ColorSlider::paintEvent(QPaintEvent*)
 {
-    if (gradientOutdated)
+    // A window moved to a screen of another scale paints again without a resize.
+    if (gradientOutdated || gradient.devicePixelRatio() != devicePixelRatioF())
         calculateFade();
     QPainter painter(this);
     if (showTransparency) {

@@ -6,9 +6,20 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace Marlix::Widgets {
+
+namespace {
+
+// The ramp has one column per device pixel, so that a scaled screen shows it as finely as it can.
+QSize devicePixels(const QSize& size, qreal ratio)
+{
+    return { static_cast<int>(std::ceil(size.width() * ratio)), static_cast<int>(std::ceil(size.height() * ratio)) };
+}
+
+} // namespace
 
 GradientDisplay::GradientDisplay(MappingFunction mapping, QWidget* parent)
     : QWidget(parent)
@@ -72,22 +83,27 @@ void GradientDisplay::calculateFade()
         ramp = QPixmap();
         return;
     }
-    QImage image(rect.size(), QImage::Format_RGB32);
+    const qreal ratio = devicePixelRatioF();
+    QImage image(devicePixels(rect.size(), ratio), QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    const int columns = image.width();
     auto* first = reinterpret_cast<QRgb*>(image.scanLine(0));
-    for (int x = 0; x < rect.width(); ++x) {
-        const float t = rect.width() > 1 ? static_cast<float>(x) / static_cast<float>(rect.width() - 1) : 0.0f;
+    for (int x = 0; x < columns; ++x) {
+        const float t = columns > 1 ? static_cast<float>(x) / static_cast<float>(columns - 1) : 0.0f;
         const RgbBytes c = mapping(t);
         first[x] = qRgb(c.r, c.g, c.b);
     }
     const auto lineBytes = static_cast<std::size_t>(image.bytesPerLine());
-    for (int y = 1; y < rect.height(); ++y)
+    for (int y = 1; y < image.height(); ++y)
         std::memcpy(image.scanLine(y), first, lineBytes);
     ramp = QPixmap::fromImage(std::move(image));
 }
 
 void GradientDisplay::paintEvent(QPaintEvent*)
 {
-    if (rampOutdated || ramp.size() != getGradientRectangle().size()) {
+    // A window moved to a screen of another scale paints again without a resize.
+    if (rampOutdated || ramp.size() != devicePixels(getGradientRectangle().size(), devicePixelRatioF())
+        || ramp.devicePixelRatio() != devicePixelRatioF()) {
         calculateFade();
         rampOutdated = false;
     }

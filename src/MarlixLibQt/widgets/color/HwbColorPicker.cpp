@@ -84,7 +84,12 @@ void HueBlacknessPicker::calculateFade()
         return;
     }
     fieldOutdated = false;
-    field = QPixmap::fromImage(makeField(size()));
+    // Made per device pixel: a field stretched from logical pixels shows steps on a scaled screen.
+    const qreal ratio = devicePixelRatioF();
+    QImage image
+        = makeField(QSize(static_cast<int>(std::ceil(width() * ratio)), static_cast<int>(std::ceil(height() * ratio))));
+    image.setDevicePixelRatio(ratio);
+    field = QPixmap::fromImage(std::move(image));
     ++fieldUpdates;
     update();
 }
@@ -106,7 +111,7 @@ QSize HueBlacknessPicker::sizeHint() const
 
 void HueBlacknessPicker::paintEvent(QPaintEvent*)
 {
-    if (fieldOutdated)
+    if (fieldOutdated || field.devicePixelRatio() != devicePixelRatioF())
         calculateFade();
     QPainter painter(this);
     painter.drawPixmap(0, 0, field);
@@ -209,9 +214,11 @@ void WhitenessPicker::calculateFade()
     const QColorExtended current = color->get();
     const float hue = current.hueF();
     const float blackness = current.blacknessF();
-    const int w = width();
-    const int h = height();
+    const qreal ratio = devicePixelRatioF();
+    const int w = static_cast<int>(std::ceil(width() * ratio));
+    const int h = static_cast<int>(std::ceil(height() * ratio));
     QImage image(w, h, QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
     for (int y = 0; y < h; ++y) {
         const QRgb pixel = QColorExtended::fromHwbF(hue, fractionOf(y, h), blackness).getColor().rgb();
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
@@ -239,7 +246,7 @@ QSize WhitenessPicker::sizeHint() const
 
 void WhitenessPicker::paintEvent(QPaintEvent*)
 {
-    if (barOutdated)
+    if (barOutdated || bar.devicePixelRatio() != devicePixelRatioF())
         calculateFade();
     QPainter painter(this);
     painter.drawPixmap(0, 0, bar);
