@@ -88,6 +88,7 @@ public:
     /// Answers the CustomStyleHint values, keeps menus scrollable and honours "Zorva.ShowSelection" in item views.
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
         QStyleHintReturn* returnData = nullptr) const override;
+    /// The library's own undock icon, with its 2x file for dense screens, for the title-bar restore button.
     QIcon standardIcon(
         StandardPixmap icon, const QStyleOption* option = nullptr, const QWidget* widget = nullptr) const override;
 
