@@ -115,9 +115,11 @@ PropertiesPage::PropertiesPage(const QStringList& firstSelection, QWidget* paren
     observeScene();
 
     auto* scroll = new QScrollArea;
+    scroll->setAccessibleName(tr("Properties"));
     scroll->setWidgetResizable(true);
     scroll->setWidget(sheet);
     auto* history = new QUndoView(bridge->undoStack());
+    history->setAccessibleName(tr("History"));
     history->setEmptyLabel(tr("<scene as loaded>"));
 
     auto* splitter = new QSplitter;

@@ -107,8 +107,15 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void updateGeometries() override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
+    /// Hands the focus to the editor of a cell of the shown model; false when it has none that takes it.
+    bool focusEditor(const QModelIndex& index);
+    /// The cell whose editor holds `widget`.
+    QModelIndex editorCellOf(const QWidget* widget) const;
     /// Runs the editors pass once control returns to the event loop; calls before that are merged.
     void scheduleEditorsPass();
     /// Takes the display rectangle from what the viewport shows and brings the editors in line with it.

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
@@ -236,6 +237,21 @@ void ListerViewDelegate::updateEditorGeometry(
         getDeviceIndependentPixels(HORIZONTAL_MARGIN, view), getDeviceIndependentPixels(VERTICAL_MARGIN, view));
     editor->setFixedSize(placed.size());
     editor->move(placed.topLeft());
+}
+
+bool ListerViewDelegate::eventFilter(QObject* object, QEvent* event)
+{
+    // An editor that stays open (every editor cell's) is not closed by Tab: the key moves the focus the way the view
+    // orders its editors. Editors opened for one edit keep the usual commit and close.
+    if (event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<const QKeyEvent*>(event);
+        auto* editor = qobject_cast<QWidget*>(object);
+        const bool tab = (key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab)
+            && !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+        if (tab && editor && view->isPersistentEditorOpen(view->indexAt(editor->geometry().center())))
+            return false;
+    }
+    return QItemDelegate::eventFilter(object, event);
 }
 
 } // namespace Marlix::Widgets

@@ -54,6 +54,7 @@ public:
         QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void drawDisplay(
         QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const override;
 

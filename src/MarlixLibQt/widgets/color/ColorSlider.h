@@ -29,6 +29,7 @@ public:
     void setMappingFunction(MappingFunction mapping);
     const MappingFunction& getMappingFunction() const { return mapping; }
 
+    const SharedPtr<Model<float>>& getModel() const { return model; }
     bool isShowingTransparency() const { return showTransparency; }
     /// The cached track, one pixel per column; empty while nothing was drawn yet.
     const QPixmap& getGradient() const { return gradient; }

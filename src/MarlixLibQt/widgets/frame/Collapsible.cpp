@@ -4,12 +4,14 @@
 
 #include <QChildEvent>
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QLayout>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QStyleOptionButton>
+#include <QStyleOptionFocusRect>
 #include <QStyleOptionGroupBox>
 
 namespace Marlix::Widgets {
@@ -69,6 +71,7 @@ void Collapsible::setCheckBoxModel(SharedPtr<Model<bool>> model)
         // Checkable only so that the style makes the title row tall enough for the indicator.
         setCheckable(bool(checkModel));
     }
+    updateFocusPolicy();
     updateGeometry();
     update();
 }
@@ -96,6 +99,7 @@ void Collapsible::expand()
 void Collapsible::setCollapsible(bool value)
 {
     collapsible = value;
+    updateFocusPolicy();
     update();
 }
 
@@ -369,6 +373,33 @@ void Collapsible::mouseReleaseEvent(QMouseEvent* event)
     event->accept();
 }
 
+void Collapsible::updateFocusPolicy()
+{
+    // The title row is reached with Tab only: a click on it folds the section and leaves the focus in the editor
+    // that had it.
+    setFocusPolicy(isCheckable() || collapsible ? Qt::TabFocus : Qt::NoFocus);
+}
+
+void Collapsible::keyPressEvent(QKeyEvent* event)
+{
+    // Keys of a disclosure control: Left folds, Right unfolds, Enter flips; Space flips too unless it checks the box.
+    const bool folds = collapsible && !title().isEmpty();
+    const int key = event->key();
+    if (folds && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+        if (key == Qt::Key_Left || key == Qt::Key_Right) {
+            setCollapsed(key == Qt::Key_Left);
+            event->accept();
+            return;
+        }
+        if (key == Qt::Key_Return || key == Qt::Key_Enter || (key == Qt::Key_Space && !checkModel)) {
+            setCollapsed(!isCollapsed());
+            event->accept();
+            return;
+        }
+    }
+    QGroupBox::keyPressEvent(event);
+}
+
 void Collapsible::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -402,6 +433,12 @@ void Collapsible::paintEvent(QPaintEvent*)
         const QString text = fontMetrics().elidedText(title(), Qt::ElideRight, parts.label.width(), Qt::TextShowMnemonic);
         style()->drawItemText(&painter, parts.label, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, palette(),
             isEnabled(), text, QPalette::WindowText);
+    }
+    if (hasFocus() && !parts.row.isNull()) {
+        QStyleOptionFocusRect focus;
+        focus.initFrom(this);
+        focus.rect = parts.row.adjusted(1, 0, -1, 0);
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
     }
 }
 
