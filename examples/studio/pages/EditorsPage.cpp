@@ -80,9 +80,11 @@ public:
         auto* label = new QLabel(caption);
         label->setToolTip(about);
         // The caption names the editor for a screen reader; the second view is named after it.
-        label->setBuddy(editor);
-        if (editor->accessibleName().isEmpty())
-            editor->setAccessibleName(caption);
+        // A cell of an editor and a button is named through its editor.
+        QWidget* named = editor->metaObject() == &QWidget::staticMetaObject ? editor->findChild<QWidget*>() : editor;
+        label->setBuddy(named);
+        if (named->accessibleName().isEmpty())
+            named->setAccessibleName(caption);
         if (view->accessibleName().isEmpty())
             view->setAccessibleName(QObject::tr("%1, second view").arg(caption));
         // Captions of tall editors stay level with the editor's first line.

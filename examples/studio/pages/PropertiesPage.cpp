@@ -111,6 +111,7 @@ PropertiesPage::PropertiesPage(const QStringList& firstSelection, QWidget* paren
     list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list->setIconSize(QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE));
     list->setToolTip(tr("Select several entities with Ctrl or Shift: the sheet edits all of them at once."));
+    list->setAccessibleName(tr("Scene"));
     fillList();
     observeScene();
 

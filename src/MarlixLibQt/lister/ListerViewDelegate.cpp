@@ -3,6 +3,7 @@
 #include <MarlixLibQt/lister/ListerView.h>
 #include <MarlixLibQt/lister/ListerViewDelegate.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 #include <MarlixLibQt/widgets/entities/EntityWidget.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
@@ -69,7 +70,7 @@ QWidget* ListerViewDelegate::createEditorWidget(const GenericPropertyAccessor& a
         editor = PropertyWidgetConstructor::make(accessor, arguments);
     }
     if (editor) {
-        editor->setAccessibleName(accessibleName);
+        setEditorAccessibleName(editor, accessibleName);
         // The cell's own background and selection show around the editor, as in the property sheet.
         editor->setAutoFillBackground(false);
     }

@@ -150,6 +150,17 @@ void removeAccessibleFactory()
     QAccessible::removeFactory(&factory);
 }
 
+void setEditorAccessibleName(QWidget* editor, const QString& name)
+{
+    editor->setAccessibleName(name);
+    QWidget* field = editor;
+    while (field->focusProxy())
+        field = field->focusProxy();
+    const bool libraryField = QByteArrayView(field->metaObject()->className()).startsWith("Marlix::");
+    if (field != editor && !libraryField)
+        field->setAccessibleName(name);
+}
+
 QString getContextualAccessibleName(const QWidget* widget)
 {
     if (!widget)

@@ -18,6 +18,11 @@ namespace Marlix::Widgets {
 void installAccessibleFactory();
 void removeAccessibleFactory();
 
+/// Names an editor made for a labelled place (a property sheet row, a lister cell). An editor that hands its focus to
+/// a standard Qt field (the text field of a path) has that field named too, replacing its generic name, as it is what
+/// a screen reader announces on focus; the library's own fields find the name by themselves.
+void setEditorAccessibleName(QWidget* editor, const QString& name);
+
 /// What a screen reader calls a widget that was given no name of its own: the label that names it (a buddy label
 /// anywhere inside the editor it belongs to), prefixed by the name of that editor ("Position X"), or the editor's
 /// name alone. Empty when neither is known.
