@@ -3,7 +3,10 @@
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Container.h>
 
+#include <MarlixLibQt/QtUtils.h>
+
 #include <QLabel>
+#include <QPainter>
 #include <QPointer>
 
 #include <algorithm>
@@ -148,6 +151,22 @@ void installAccessibleFactory()
 void removeAccessibleFactory()
 {
     QAccessible::removeFactory(&factory);
+}
+
+void drawKeyboardFocus(QPainter& painter, const QWidget& widget, const QRect& rect, double width)
+{
+    if (!widget.hasFocus() || rect.isEmpty())
+        return;
+    const int pixels = std::max(1, getDeviceIndependentPixels(width, &widget));
+    painter.save();
+    // The pen is centred on the path: half its width inside the rectangle covers whole pixels along the edge.
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(widget.palette().color(QPalette::Active, QPalette::Highlight), pixels, Qt::SolidLine,
+        Qt::SquareCap, Qt::MiterJoin));
+    const double half = pixels / 2.0;
+    painter.drawRect(QRectF(rect).adjusted(half, half, -half, -half));
+    painter.restore();
 }
 
 void setEditorAccessibleName(QWidget* editor, const QString& name)

@@ -7,6 +7,8 @@
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QRect>
+
+class QPainter;
 #include <QString>
 
 #include <map>
@@ -17,6 +19,10 @@ namespace Marlix::Widgets {
 /// installs before its own, by class name. Installed by the library's first start, removed by its last stop.
 void installAccessibleFactory();
 void removeAccessibleFactory();
+
+/// Outlines `rect` of a custom-drawn widget in the colour the style gives focused fields, when the widget has the
+/// keyboard focus, so a keyboard user sees where the keys go. `width` is in device-independent pixels.
+void drawKeyboardFocus(QPainter& painter, const QWidget& widget, const QRect& rect, double width = 1.0);
 
 /// Names an editor made for a labelled place (a property sheet row, a lister cell). An editor that hands its focus to
 /// a standard Qt field (the text field of a path) has that field named too, replacing its generic name, as it is what

@@ -8,6 +8,7 @@
 #include <MarlixLibQt/widgets/color/ColorSlider.h>
 #include <MarlixLibQt/widgets/curves/Curves.h>
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
+#include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/editors/Vector.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
@@ -327,18 +328,44 @@ private Q_SLOTS:
         });
         QVERIFY(expected.size() > 3);
 
-        expected.front()->setFocus(Qt::TabFocusReason);
+        // Sections are stops of their own, before their editors.
+        QList<Collapsible*> sections;
+        for (Collapsible* section : sheet->sections()) {
+            if (section->isVisible() && !section->title().isEmpty())
+                sections.append(section);
+        }
+        QVERIFY(!sections.isEmpty());
+
+        sections.front()->setFocus(Qt::TabFocusReason);
         QList<QWidget*> visited;
+        QList<Collapsible*> visitedSections;
         for (int presses = 0; presses < 400 && sheet->isAncestorOf(QApplication::focusWidget()); ++presses) {
+            QWidget* focus = QApplication::focusWidget();
+            if (auto* section = qobject_cast<Collapsible*>(focus))
+                visitedSections.append(section);
             for (QWidget* editor : expected) {
-                if (editor->isAncestorOf(QApplication::focusWidget()) || editor == QApplication::focusWidget()) {
-                    if (visited.isEmpty() || visited.back() != editor)
-                        visited.append(editor);
-                }
+                if ((editor->isAncestorOf(focus) || editor == focus) && (visited.isEmpty() || visited.back() != editor))
+                    visited.append(editor);
             }
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(focus, Qt::Key_Tab);
         }
         QCOMPARE(visited, expected);
+        QCOMPARE(visitedSections, sections);
+
+        // A section folds and unfolds from the keyboard; its editors leave the tab order while it is folded.
+        Collapsible* section = sections.back();
+        section->setFocus(Qt::TabFocusReason);
+        const QList<QWidget*> inside = focusableWidgets(section);
+        QVERIFY(!inside.isEmpty());
+        QTest::keyClick(section, Qt::Key_Left);
+        QVERIFY(section->isCollapsed());
+        QVERIFY(std::none_of(inside.begin(), inside.end(), [](QWidget* w) { return w->isVisible(); }));
+        QTest::keyClick(section, Qt::Key_Right);
+        QVERIFY(!section->isCollapsed());
+        QTest::keyClick(section, Qt::Key_Return);
+        QVERIFY(section->isCollapsed());
+        QTest::keyClick(section, Qt::Key_Enter, Qt::KeypadModifier);
+        QVERIFY(!section->isCollapsed());
     }
 
     void colourPickerByKeyboard_data()

@@ -1,13 +1,13 @@
 #include <MarlixLibQt/widgets/color/HwbColorPicker.h>
 
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+
 #include <MarlixLib/base/Exception.h>
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QStyle>
-#include <QStyleOptionFocusRect>
 
 #include <algorithm>
 #include <cmath>
@@ -39,6 +39,8 @@ double clampedFraction(double position, int extent)
 // An arrow moves the cursor by one 0-255 step, Page Up and Page Down by a tenth.
 constexpr double KEY_STEP = 1.0 / 255.0;
 constexpr double PAGE_STEP = 0.1;
+// Wide enough to be seen against any colour of the field.
+constexpr double FOCUS_WIDTH = 2.0;
 
 /// How far a key moves the cursor along x and y (down is positive); nothing for other keys.
 Optional<QPointF> keyMovement(const QKeyEvent& event)
@@ -60,15 +62,6 @@ Optional<QPointF> keyMovement(const QKeyEvent& event)
     default:
         return {};
     }
-}
-
-void drawFocus(QWidget& widget, QPainter& painter)
-{
-    if (!widget.hasFocus())
-        return;
-    QStyleOptionFocusRect focus;
-    focus.initFrom(&widget);
-    widget.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, &widget);
 }
 
 } // namespace
@@ -150,7 +143,7 @@ void HueBlacknessPicker::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.drawPixmap(0, 0, field);
     drawCursor(painter);
-    drawFocus(*this, painter);
+    drawKeyboardFocus(painter, *this, rect(), FOCUS_WIDTH);
 }
 
 void HueBlacknessPicker::drawCursor(QPainter& painter) const
@@ -300,7 +293,7 @@ void WhitenessPicker::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.drawPixmap(0, 0, bar);
     drawCursor(painter);
-    drawFocus(*this, painter);
+    drawKeyboardFocus(painter, *this, rect(), FOCUS_WIDTH);
 }
 
 void WhitenessPicker::drawCursor(QPainter& painter) const

@@ -1,6 +1,7 @@
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 
 #include <QChildEvent>
 #include <QCoreApplication>
@@ -11,7 +12,6 @@
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QStyleOptionButton>
-#include <QStyleOptionFocusRect>
 #include <QStyleOptionGroupBox>
 
 namespace Marlix::Widgets {
@@ -434,12 +434,7 @@ void Collapsible::paintEvent(QPaintEvent*)
         style()->drawItemText(&painter, parts.label, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, palette(),
             isEnabled(), text, QPalette::WindowText);
     }
-    if (hasFocus() && !parts.row.isNull()) {
-        QStyleOptionFocusRect focus;
-        focus.initFrom(this);
-        focus.rect = parts.row.adjusted(1, 0, -1, 0);
-        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
-    }
+    drawKeyboardFocus(painter, *this, parts.row);
 }
 
 void Collapsible::resizeEvent(QResizeEvent* event)
