@@ -8,8 +8,8 @@
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
 #include <QApplication>
-#include <QLabel>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>

@@ -83,7 +83,8 @@ void ListerView::keyPressEvent(QKeyEvent* event)
         return;
     }
     // Keys an editor passes on (a field confirms with Enter and ignores it) stay with that editor.
-    if (plain && !inEditor && state() != EditingState && (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2)) {
+    if (plain && !inEditor && state() != EditingState
+        && (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2)) {
         if (focusEditor(current) || edit(current, EditKeyPressed, event)) {
             event->accept();
             return;

@@ -1,9 +1,7 @@
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/AccessibleWidgets.h>
-
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Container.h>
-
-#include <MarlixLibQt/QtUtils.h>
 
 #include <QLabel>
 #include <QPainter>

@@ -8,8 +8,8 @@
 #include <MarlixLibQt/widgets/color/ColorSlider.h>
 #include <MarlixLibQt/widgets/curves/Curves.h>
 #include <MarlixLibQt/widgets/editors/SpinBox.h>
-#include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/editors/Vector.h>
+#include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
 #include <MarlixLibQt/widgets/properties/PropertySheet.h>
@@ -70,8 +70,8 @@ QString describe(const QWidget* widget)
 {
     QStringList chain;
     for (const QWidget* w = widget; w; w = w->parentWidget())
-        chain.append(QString::fromLatin1(w->metaObject()->className()) + QLatin1Char('"') + w->objectName()
-            + QLatin1Char('"'));
+        chain.append(
+            QString::fromLatin1(w->metaObject()->className()) + QLatin1Char('"') + w->objectName() + QLatin1Char('"'));
     return chain.join(QLatin1String(" < "));
 }
 
@@ -221,11 +221,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("className");
-        QTest::newRow("vector") << "Editors" << "Marlix::Widgets::Vector";
-        QTest::newRow("property vector") << "Mesh properties" << "Marlix::Widgets::Vector";
-        QTest::newRow("curves") << "Curves" << "Marlix::Widgets::Curves";
-        QTest::newRow("graph") << "Graph" << "Marlix::Widgets::GraphView";
-        QTest::newRow("lister cells") << "Lister" << "Marlix::Widgets::ListerPanel";
+        QTest::newRow("vector") << "Editors"
+                                << "Marlix::Widgets::Vector";
+        QTest::newRow("property vector") << "Mesh properties"
+                                         << "Marlix::Widgets::Vector";
+        QTest::newRow("curves") << "Curves"
+                                << "Marlix::Widgets::Curves";
+        QTest::newRow("graph") << "Graph"
+                               << "Marlix::Widgets::GraphView";
+        QTest::newRow("lister cells") << "Lister"
+                                      << "Marlix::Widgets::ListerPanel";
     }
 
     void compositePartsFollowTheirWidgets()
@@ -292,8 +297,8 @@ private Q_SLOTS:
     void colourPartsTakeValuesForTheModel()
     {
         QFETCH(int, panel);
-        auto* picker = qobject_cast<ColorPickerWidget*>(findShown(showPage(QStringLiteral("Colour")),
-            "Marlix::Widgets::ColorPickerWidget"));
+        auto* picker = qobject_cast<ColorPickerWidget*>(
+            findShown(showPage(QStringLiteral("Colour")), "Marlix::Widgets::ColorPickerWidget"));
         QVERIFY(picker);
         picker->setCurrentPanel(ColorPickerWidget::Panel(panel));
         const SharedPtr<Model<QColorExtended>>& colour = picker->getColorModel();
@@ -311,7 +316,8 @@ private Q_SLOTS:
             const double high = value->maximumValue().toDouble();
             const double target = value->currentValue().toDouble() < (low + high) / 2 ? high : low;
             value->setCurrentValue(target);
-            QVERIFY2(std::abs(value->currentValue().toDouble() - target) < 1e-3 * (high - low), qPrintable(describe(part)));
+            QVERIFY2(
+                std::abs(value->currentValue().toDouble() - target) < 1e-3 * (high - low), qPrintable(describe(part)));
             QVERIFY2(colour->get() != before, qPrintable(describe(part)));
         }
         QVERIFY(sliders >= 1);
@@ -336,9 +342,8 @@ private Q_SLOTS:
             if (editor && editor->isVisible() && takesTab(editor))
                 expected.append(editor);
         }
-        std::stable_sort(expected.begin(), expected.end(), [sheet](QWidget* a, QWidget* b) {
-            return a->mapTo(sheet, QPoint()).y() < b->mapTo(sheet, QPoint()).y();
-        });
+        std::stable_sort(expected.begin(), expected.end(),
+            [sheet](QWidget* a, QWidget* b) { return a->mapTo(sheet, QPoint()).y() < b->mapTo(sheet, QPoint()).y(); });
         QVERIFY(expected.size() > 3);
 
         // Sections are stops of their own, before their editors.
@@ -395,8 +400,8 @@ private Q_SLOTS:
     {
         QFETCH(int, panel);
         QFETCH(int, parts);
-        auto* picker = qobject_cast<ColorPickerWidget*>(findShown(showPage(QStringLiteral("Colour")),
-            "Marlix::Widgets::ColorPickerWidget"));
+        auto* picker = qobject_cast<ColorPickerWidget*>(
+            findShown(showPage(QStringLiteral("Colour")), "Marlix::Widgets::ColorPickerWidget"));
         QVERIFY(picker);
         picker->setCurrentPanel(ColorPickerWidget::Panel(panel));
         QWidget* shown = picker->getPanel(ColorPickerWidget::Panel(panel));
@@ -421,8 +426,8 @@ private Q_SLOTS:
 
     void listerByKeyboard()
     {
-        auto* panel = qobject_cast<ListerPanel*>(findShown(showPage(QStringLiteral("Lister")),
-            "Marlix::Widgets::ListerPanel"));
+        auto* panel
+            = qobject_cast<ListerPanel*>(findShown(showPage(QStringLiteral("Lister")), "Marlix::Widgets::ListerPanel"));
         QVERIFY(panel);
         ListerView* view = panel->getView();
         QTRY_VERIFY(!view->isEditorsPassPending());

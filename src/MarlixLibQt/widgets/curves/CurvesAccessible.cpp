@@ -26,15 +26,13 @@ public:
         const Vector2 position = owner->getActiveCurve().getPoint(std::size_t(index)).position;
         AccessiblePartDescription part;
         part.role = QAccessible::Graphic;
-        part.name = tr("Point %1: %2, %3")
-                        .arg(index + 1)
-                        .arg(position.x, 0, 'f', 2)
-                        .arg(position.y, 0, 'f', 2);
+        part.name = tr("Point %1: %2, %3").arg(index + 1).arg(position.x, 0, 'f', 2).arg(position.y, 0, 'f', 2);
         // The square the point is drawn in, which is also where a press takes it; the part of it outside the
         // widget (a zoomed curve) is not on the screen.
         const int radius = getDeviceIndependentPixels(Curves::RADIUS, owner);
         const QPoint centre = owner->toWidget(position).toPoint();
-        const QRect square = QRect(centre - QPoint(radius, radius), QSize(2 * radius + 1, 2 * radius + 1)) & owner->rect();
+        const QRect square
+            = QRect(centre - QPoint(radius, radius), QSize(2 * radius + 1, 2 * radius + 1)) & owner->rect();
         part.rect = square.isEmpty() ? QRect() : QRect(owner->mapToGlobal(square.topLeft()), square.size());
         part.state.invisible = square.isEmpty();
         part.state.offscreen = square.isEmpty();
