@@ -112,8 +112,9 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
-    /// Hands the focus to the editor of a cell of the shown model; false when it has none that takes it.
-    bool focusEditor(const QModelIndex& index);
+    /// Hands the focus to the editor of a cell of the shown model (to its last field with `lastField`); false when it
+    /// has none that takes it.
+    bool focusEditor(const QModelIndex& index, bool lastField = false);
     /// The cell whose editor holds `widget`.
     QModelIndex editorCellOf(const QWidget* widget) const;
     /// Runs the editors pass once control returns to the event loop; calls before that are merged.

@@ -16,19 +16,23 @@ bool takesTab(const QWidget* widget)
     return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus);
 }
 
-/// The widget of an editor that takes the focus: itself, the widget it forwards the focus to, or its first field.
-QWidget* focusTarget(QWidget* editor)
+/// The widget of an editor that takes the focus: itself, the widget it forwards the focus to, or its first field
+/// (its last one when the focus comes back from the next cell).
+QWidget* focusTarget(QWidget* editor, bool lastField)
 {
     QWidget* target = editor;
     while (target->focusProxy())
         target = target->focusProxy();
-    if (takesTab(target))
-        return target;
+    QList<QWidget*> fields;
     for (QWidget* child : editor->findChildren<QWidget*>()) {
         if (!child->focusProxy() && takesTab(child))
-            return child;
+            fields.append(child);
     }
-    return nullptr;
+    if (lastField && !fields.isEmpty())
+        return fields.back();
+    if (takesTab(target))
+        return target;
+    return fields.isEmpty() ? nullptr : fields.front();
 }
 
 } // namespace
@@ -51,10 +55,10 @@ QModelIndex ListerView::moveCursor(CursorAction action, Qt::KeyboardModifiers mo
     return QTreeView::moveCursor(action, modifiers);
 }
 
-bool ListerView::focusEditor(const QModelIndex& index)
+bool ListerView::focusEditor(const QModelIndex& index, bool lastField)
 {
     QWidget* editor = index.isValid() ? indexWidget(index) : nullptr;
-    QWidget* target = editor ? focusTarget(editor) : nullptr;
+    QWidget* target = editor ? focusTarget(editor, lastField) : nullptr;
     if (!target)
         return false;
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
@@ -96,7 +100,10 @@ void ListerView::keyPressEvent(QKeyEvent* event)
 bool ListerView::focusNextPrevChild(bool next)
 {
     QWidget* focus = QApplication::focusWidget();
-    if (!focus || !(focus == this || isAncestorOf(focus)) || state() == EditingState)
+    // Qt also moves the focus on when the focused widget is hidden or disabled (an editor closed as its row left the
+    // view): that is no Tab of the user's and must not scroll the view to another cell.
+    if (!focus || !(focus == this || isAncestorOf(focus)) || !focus->isVisible() || !focus->isEnabled()
+        || state() == EditingState)
         return QTreeView::focusNextPrevChild(next);
     // From the rows, Tab enters the current row's editors and Shift+Tab leaves; from an editor, Tab goes on along
     // the row, and Shift+Tab from its first editor goes back to the rows.
@@ -118,7 +125,7 @@ bool ListerView::focusNextPrevChild(bool next)
         const int start = focus == this || !from.isValid() ? 0 : columns->visualIndex(from.column()) + step;
         for (int visual = start; from.isValid() && visual >= 0 && visual < columns->count(); visual += step) {
             const int logical = columns->logicalIndex(visual);
-            if (!columns->isSectionHidden(logical) && focusEditor(from.siblingAtColumn(logical)))
+            if (!columns->isSectionHidden(logical) && focusEditor(from.siblingAtColumn(logical), !next))
                 return true;
         }
         if (!next) {

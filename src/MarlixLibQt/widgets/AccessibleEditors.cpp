@@ -208,6 +208,10 @@ QAccessibleInterface* makeEditorAccessible(const QString& className, QObject* ob
         return new AccessibleHueBlacknessPicker(static_cast<HueBlacknessPicker*>(widget));
     if (className == QLatin1String("Marlix::Widgets::WhitenessPicker"))
         return new AccessibleWhitenessPicker(static_cast<WhitenessPicker*>(widget));
+    // Drawings that show data: a screen reader says what they are instead of an empty client area.
+    if (className == QLatin1String("Marlix::Widgets::Histogram")
+        || className == QLatin1String("Marlix::Widgets::GradientDisplay"))
+        return new AccessibleCompositeWidget(widget, QAccessible::Graphic);
     if (className == QLatin1String("Marlix::Widgets::Curves"))
         return makeCurvesAccessible(widget);
     if (className == QLatin1String("Marlix::Widgets::GraphView"))

@@ -7,17 +7,20 @@
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QRect>
-
-class QPainter;
 #include <QString>
 
 #include <map>
 
+class QPainter;
+
 namespace Marlix::Widgets {
 
+// The library's own accessibility plumbing: nothing here is exported, hosts reach it only through Qt's QAccessible.
+
 /// Makes the library's custom-drawn and composite widgets known to assistive technology: Qt asks the factory this
-/// installs before its own, by class name. Installed by the library's first start, removed by its last stop.
+/// installs before its own, by class name. Installed by the library's first start.
 void installAccessibleFactory();
+/// Removed by the library's last stop; interfaces already made stay with their widgets.
 void removeAccessibleFactory();
 
 /// Outlines `rect` of a custom-drawn widget in the colour the style gives focused fields, when the widget has the

@@ -475,6 +475,20 @@ private Q_SLOTS:
         }
         QCOMPARE(visited, editorCells);
         QVERIFY(!view->isAncestorOf(QApplication::focusWidget()) && QApplication::focusWidget() != view);
+
+        // Shift+Tab goes back along the row from its last editor, and from the first one back to the rows.
+        view->setFocus(Qt::TabFocusReason);
+        while (view->currentIndex() != editorCells.back())
+            QTest::keyClick(view, Qt::Key_Right);
+        QTest::keyClick(view, Qt::Key_F2);
+        QList<QModelIndex> back { editorCells.back() };
+        for (int presses = 0; presses < 40 && QApplication::focusWidget() != view; ++presses) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+            if (QApplication::focusWidget() != view && back.front() != view->currentIndex())
+                back.prepend(view->currentIndex());
+        }
+        QCOMPARE(QApplication::focusWidget(), view);
+        QCOMPARE(back, editorCells);
     }
 };
 
