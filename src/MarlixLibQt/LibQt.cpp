@@ -3,6 +3,7 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 #include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/frame/WheelScrollPhaseSynthesizer.h>
 #include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>
@@ -95,6 +96,7 @@ struct State
     UniquePtr<QCoreApplication> ownedApplication;
     UniquePtr<WheelScrollPhaseSynthesizer> wheelPhases;
     bool madeEventsSynchronous = false;
+    bool accessibleFactoryInstalled = false;
 };
 
 State& state()
@@ -195,6 +197,8 @@ void lastStop()
         s.wheelPhases.reset();
     }
     removeModifierTracking();
+    if (std::exchange(s.accessibleFactoryInstalled, false))
+        Widgets::removeAccessibleFactory();
     if (s.ownedApplication) {
         s.ownedApplication.reset(); // takes the style with it
         s.arguments.reset();
@@ -230,8 +234,12 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
             s.wheelPhases = std::make_unique<WheelScrollPhaseSynthesizer>();
             QCoreApplication::instance()->installEventFilter(s.wheelPhases.get());
         }
-        if (qobject_cast<QApplication*>(QCoreApplication::instance()))
+        if (qobject_cast<QApplication*>(QCoreApplication::instance())) {
             Widgets::Dock::connectOnFocusChangedSignal();
+            // Qt asks for the most derived class first, so the library's widgets get these before Qt's for their bases.
+            Widgets::installAccessibleFactory();
+            s.accessibleFactoryInstalled = true;
+        }
         qRegisterMetaType<String>("String");
         Widgets::PropertyControllerHandler::registerMetaType();
     } catch (...) {

@@ -76,6 +76,7 @@ QGroupBox* valuesBox()
 QWidget* sceneTree()
 {
     auto* tree = new QTreeWidget;
+    tree->setAccessibleName(QObject::tr("Scene tree"));
     tree->setHeaderLabels({ QObject::tr("Entity"), QObject::tr("Class") });
     auto* scene = new QTreeWidgetItem(tree, { QObject::tr("Scene"), QObject::tr("Scene") });
     auto* lights = new QTreeWidgetItem(scene, { QObject::tr("Lights"), QObject::tr("Group") });

@@ -79,6 +79,14 @@ public:
     {
         auto* label = new QLabel(caption);
         label->setToolTip(about);
+        // The caption names the editor for a screen reader; the second view is named after it.
+        // A cell of an editor and a button is named through its editor.
+        QWidget* named = editor->metaObject() == &QWidget::staticMetaObject ? editor->findChild<QWidget*>() : editor;
+        label->setBuddy(named);
+        if (named->accessibleName().isEmpty())
+            named->setAccessibleName(caption);
+        if (view->accessibleName().isEmpty())
+            view->setAccessibleName(QObject::tr("%1, second view").arg(caption));
         // Captions of tall editors stay level with the editor's first line.
         grid->addWidget(label, row, LABEL_COLUMN, Qt::AlignLeft | Qt::AlignTop);
         label->setMinimumHeight(editorLineHeight());
@@ -347,6 +355,7 @@ void addChoicesAndText(EditorForm& form)
 QWidget* createEditorsPage(QWidget* parent)
 {
     auto* scroll = new QScrollArea(parent);
+    scroll->setAccessibleName(QObject::tr("Editors"));
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     auto* content = new QWidget;

@@ -96,6 +96,7 @@ GraphPage::GraphPage(QWidget* parent)
         settleClient->getThumbnail(entity);
     view->setAccessibleName(tr("Material network"));
     auto* history = new QUndoView(bridge->undoStack());
+    history->setAccessibleName(tr("History"));
     history->setEmptyLabel(tr("<scene as loaded>"));
 
     auto* hint = new QLabel(tr("Drag from a slot to connect, wheel to zoom, middle button to pan, Z to frame, "

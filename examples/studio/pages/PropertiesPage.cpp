@@ -111,13 +111,16 @@ PropertiesPage::PropertiesPage(const QStringList& firstSelection, QWidget* paren
     list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list->setIconSize(QSize(THUMBNAIL_SIZE, THUMBNAIL_SIZE));
     list->setToolTip(tr("Select several entities with Ctrl or Shift: the sheet edits all of them at once."));
+    list->setAccessibleName(tr("Scene"));
     fillList();
     observeScene();
 
     auto* scroll = new QScrollArea;
+    scroll->setAccessibleName(tr("Properties"));
     scroll->setWidgetResizable(true);
     scroll->setWidget(sheet);
     auto* history = new QUndoView(bridge->undoStack());
+    history->setAccessibleName(tr("History"));
     history->setEmptyLabel(tr("<scene as loaded>"));
 
     auto* splitter = new QSplitter;

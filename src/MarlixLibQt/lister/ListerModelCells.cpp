@@ -17,6 +17,23 @@ bool hasText(ListerValuePresentation presentation)
 {
     return presentation == ListerValuePresentation::Text || presentation == ListerValuePresentation::Name;
 }
+
+/// The value of a cell as text; none when the cell has no value or it cannot be read.
+Optional<QString> valueText(const ListerModel& model, const QModelIndex& index)
+{
+    try {
+        const Optional<GenericPropertyAccessor> accessor = model.getPropertyAccessor(index);
+        if (!accessor)
+            return {};
+        if (accessor->isRootProperty())
+            return toQt(accessor->toString());
+        return toQt(accessor->getProperty().getParentObject().visitProperty(
+            accessor->getPath(), [](const GenericProperty& property) { return property.toString(); }));
+    } catch (const std::exception&) {
+        // A value that cannot be shown leaves its cell empty; a view's paint must not end in an exception.
+        return {};
+    }
+}
 } // namespace
 
 Optional<GenericPropertyAccessor> ListerModel::getPropertyAccessor(const QModelIndex& index) const
@@ -62,6 +79,17 @@ QVariant ListerModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
         return getDisplayData(index);
+    case Qt::AccessibleTextRole: {
+        // Cells that show an editor or a drawing instead of text are read by their value, so the table's interface
+        // names every cell; text cells are read by their display text.
+        const ListerColumnDefinition& column = impl->columns[static_cast<std::size_t>(index.column())];
+        if (hasText(column.presentation))
+            return {};
+        if (column.presentation == ListerValuePresentation::Actions)
+            return tr("Actions");
+        const QString text = valueText(*this, index).value_or(QString());
+        return text.isEmpty() ? toQt(column.headerText) : text;
+    }
     case Qt::TextAlignmentRole:
         switch (impl->columns[static_cast<std::size_t>(index.column())].presentation) {
         case ListerValuePresentation::Number:
@@ -103,19 +131,8 @@ QVariant ListerModel::getDisplayData(const QModelIndex& index) const
 {
     if (!hasText(impl->columns[static_cast<std::size_t>(index.column())].presentation))
         return {};
-    try {
-        const Optional<GenericPropertyAccessor> accessor = getPropertyAccessor(index);
-        if (!accessor)
-            return {};
-        if (accessor->isRootProperty())
-            return toQt(accessor->toString());
-        const String text = accessor->getProperty().getParentObject().visitProperty(
-            accessor->getPath(), [](const GenericProperty& property) { return property.toString(); });
-        return toQt(text);
-    } catch (const std::exception&) {
-        // A value that cannot be shown leaves its cell empty; a view's paint must not end in an exception.
-        return {};
-    }
+    const Optional<QString> text = valueText(*this, index);
+    return text ? QVariant(*text) : QVariant();
 }
 
 } // namespace Marlix::Widgets

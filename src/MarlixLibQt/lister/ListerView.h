@@ -121,8 +121,16 @@ protected:
     void updateGeometries() override; ///< Schedules an editors pass after every layout of the rows.
     /// Reports to the selection function whether any row is selected.
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
+    /// Hands the focus to the editor of a cell of the shown model (to its last field with `lastField`); false when it
+    /// has none that takes it.
+    bool focusEditor(const QModelIndex& index, bool lastField = false);
+    /// The cell whose editor holds `widget`.
+    QModelIndex editorCellOf(const QWidget* widget) const;
     /// Runs the editors pass once control returns to the event loop; calls before that are merged.
     void scheduleEditorsPass();
     /// Takes the display rectangle from what the viewport shows and brings the editors in line with it.

@@ -3,10 +3,12 @@
 #include <MarlixLibQt/lister/ListerView.h>
 #include <MarlixLibQt/lister/ListerViewDelegate.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 #include <MarlixLibQt/widgets/entities/EntityWidget.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -68,7 +70,7 @@ QWidget* ListerViewDelegate::createEditorWidget(const GenericPropertyAccessor& a
         editor = PropertyWidgetConstructor::make(accessor, arguments);
     }
     if (editor) {
-        editor->setAccessibleName(accessibleName);
+        setEditorAccessibleName(editor, accessibleName);
         // The cell's own background and selection show around the editor, as in the property sheet.
         editor->setAutoFillBackground(false);
     }
@@ -236,6 +238,21 @@ void ListerViewDelegate::updateEditorGeometry(
         getDeviceIndependentPixels(HORIZONTAL_MARGIN, view), getDeviceIndependentPixels(VERTICAL_MARGIN, view));
     editor->setFixedSize(placed.size());
     editor->move(placed.topLeft());
+}
+
+bool ListerViewDelegate::eventFilter(QObject* object, QEvent* event)
+{
+    // An editor that stays open (every editor cell's) is not closed by Tab: the key moves the focus the way the view
+    // orders its editors. Editors opened for one edit keep the usual commit and close.
+    if (event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<const QKeyEvent*>(event);
+        auto* editor = qobject_cast<QWidget*>(object);
+        const bool tab = (key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab)
+            && !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+        if (tab && editor && view->isPersistentEditorOpen(view->indexAt(editor->geometry().center())))
+            return false;
+    }
+    return QItemDelegate::eventFilter(object, event);
 }
 
 } // namespace Marlix::Widgets

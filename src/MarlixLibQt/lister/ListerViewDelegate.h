@@ -64,6 +64,8 @@ public:
         QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
+    /// Moves focus from an editor's outer widget to the field inside it, so the cell's name reaches the field.
+    bool eventFilter(QObject* object, QEvent* event) override;
     /// Draws the text unless the cell's editor covers it.
     void drawDisplay(
         QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect, const QString& text) const override;

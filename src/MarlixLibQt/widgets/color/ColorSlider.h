@@ -32,6 +32,7 @@ public:
     void setMappingFunction(MappingFunction mapping);
     const MappingFunction& getMappingFunction() const { return mapping; } ///< The colours of the track.
 
+    const SharedPtr<Model<float>>& getModel() const { return model; } ///< The channel value the slider edits.
     /// Whether translucent colours are drawn over a checkerboard.
     bool isShowingTransparency() const { return showTransparency; }
     /// The cached track, one pixel per column; empty while nothing was drawn yet.

@@ -20,6 +20,7 @@ HexColorEditor::HexColorEditor(SharedPtr<Model<QColorExtended>> color, QWidget* 
     if (!this->color)
         Marlix::Detail::throwStopException("widgets/HexColorEditor", __LINE__);
     setMinimumWidth(MINIMUM_WIDTH_IN_CHARACTERS * fontMetrics().averageCharWidth());
+    setAccessibleName(tr("Hex color"));
 
     registerCallback(this->color->addCallback([this](const QColorExtended& value) { showColor(value); }));
     connect(this, &QLineEdit::editingFinished, this, &HexColorEditor::applyText);

@@ -1,8 +1,11 @@
 #include <MarlixLibQt/widgets/color/HwbColorPicker.h>
 
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+
 #include <MarlixLib/base/Exception.h>
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -33,6 +36,34 @@ double clampedFraction(double position, int extent)
     return extent > 0 ? std::clamp(position, 0.0, static_cast<double>(extent)) / extent : 0.0;
 }
 
+// An arrow moves the cursor by one 0-255 step, Page Up and Page Down by a tenth.
+constexpr double KEY_STEP = 1.0 / 255.0;
+constexpr double PAGE_STEP = 0.1;
+// Wide enough to be seen against any colour of the field.
+constexpr double FOCUS_WIDTH = 2.0;
+
+/// How far a key moves the cursor along x and y (down is positive); nothing for other keys.
+Optional<QPointF> keyMovement(const QKeyEvent& event)
+{
+    const double step = event.modifiers() & Qt::ShiftModifier ? PAGE_STEP : KEY_STEP;
+    switch (event.key()) {
+    case Qt::Key_Left:
+        return QPointF(-step, 0.0);
+    case Qt::Key_Right:
+        return QPointF(step, 0.0);
+    case Qt::Key_Up:
+        return QPointF(0.0, -step);
+    case Qt::Key_Down:
+        return QPointF(0.0, step);
+    case Qt::Key_PageUp:
+        return QPointF(0.0, -PAGE_STEP);
+    case Qt::Key_PageDown:
+        return QPointF(0.0, PAGE_STEP);
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 HueBlacknessPicker::HueBlacknessPicker(SharedPtr<Model<QPointF>> point, QWidget* parent)
@@ -43,6 +74,7 @@ HueBlacknessPicker::HueBlacknessPicker(SharedPtr<Model<QPointF>> point, QWidget*
         Marlix::Detail::throwStopException("widgets/HwbColorPicker", __LINE__);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setFocusPolicy(Qt::StrongFocus);
     registerCallback(this->point->addCallback([this](QPointF) { notify(); }));
     notify();
 }
@@ -116,6 +148,7 @@ void HueBlacknessPicker::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.drawPixmap(0, 0, field);
     drawCursor(painter);
+    drawKeyboardFocus(painter, *this, rect(), FOCUS_WIDTH);
 }
 
 void HueBlacknessPicker::drawCursor(QPainter& painter) const
@@ -185,6 +218,21 @@ void HueBlacknessPicker::mouseReleaseEvent(QMouseEvent* event)
     point->commitChange();
 }
 
+void HueBlacknessPicker::keyPressEvent(QKeyEvent* event)
+{
+    const Optional<QPointF> movement = keyMovement(*event);
+    if (!movement || pressed) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    const QPointF moved = point->get() + *movement;
+    // Every key press is a change of its own, as one click is.
+    point->beginChange();
+    point->set({ std::clamp(moved.x(), 0.0, 1.0), std::clamp(moved.y(), 0.0, 1.0) });
+    point->commitChange();
+}
+
 WhitenessPicker::WhitenessPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent)
     : QWidget(parent)
     , color(std::move(color))
@@ -193,6 +241,7 @@ WhitenessPicker::WhitenessPicker(SharedPtr<Model<QColorExtended>> color, QWidget
         Marlix::Detail::throwStopException("widgets/HwbColorPicker", __LINE__);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setFocusPolicy(Qt::StrongFocus);
     // The bar shows the current hue and blackness, so every colour change makes it again.
     registerCallback(this->color->addCallback([this](const QColorExtended&) { calculateFade(); }));
     notify();
@@ -251,6 +300,7 @@ void WhitenessPicker::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.drawPixmap(0, 0, bar);
     drawCursor(painter);
+    drawKeyboardFocus(painter, *this, rect(), FOCUS_WIDTH);
 }
 
 void WhitenessPicker::drawCursor(QPainter& painter) const
@@ -322,6 +372,22 @@ void WhitenessPicker::mouseReleaseEvent(QMouseEvent* event)
     }
     event->accept();
     pressed = false;
+    color->commitChange();
+}
+
+void WhitenessPicker::keyPressEvent(QKeyEvent* event)
+{
+    const Optional<QPointF> movement = keyMovement(*event);
+    // The bar runs from top to bottom: only up and down move along it.
+    if (!movement || movement->y() == 0.0 || pressed) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    const QColorExtended current = color->get();
+    const auto whiteness = static_cast<float>(std::clamp(current.whitenessF() + movement->y(), 0.0, 1.0));
+    color->beginChange();
+    color->set(QColorExtended::fromHwbF(current.hueF(), whiteness, current.blacknessF(), current.alphaF()));
     color->commitChange();
 }
 

@@ -53,6 +53,8 @@ protected:
     /// While pressed, sets the point under the cursor, clamped to the field.
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override; ///< Commits the change the press opened.
+    /// Arrow keys move the point by one step, with Shift or Page Up/Down by ten; each press is one change.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void drawCursor(QPainter& painter) const;
@@ -101,6 +103,8 @@ protected:
     /// While pressed, sets the whiteness under the cursor, clamped to the bar.
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override; ///< Commits the change the press opened.
+    /// Up and Down move the whiteness by one step, with Shift or Page Up/Down by ten; each press is one change.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void drawCursor(QPainter& painter) const;

@@ -24,12 +24,15 @@ Path::Path(SharedPtr<Model<Io::Path>> model, BrowseFunction browse, const UserDa
 
     field = new QLineEdit(this);
     field->setObjectName(QStringLiteral("Path.Field"));
+    // Names until an owner gives the editor the name of what it edits (a property sheet row names the field).
+    field->setAccessibleName(tr("Path"));
     layout->addWidget(field, 1);
 
     button = new QToolButton(this);
     button->setObjectName(QStringLiteral("Path.Browse"));
     button->setText(QString::fromLatin1(BROWSE_TEXT));
     button->setToolTip(QString::fromLatin1(BROWSE_TOOLTIP));
+    button->setAccessibleName(tr("Browse"));
     button->setVisible(static_cast<bool>(browseFunction));
     layout->addWidget(button, 0);
 

@@ -1,9 +1,11 @@
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 
 #include <QChildEvent>
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QLayout>
 #include <QMouseEvent>
 #include <QPainter>
@@ -69,6 +71,7 @@ void Collapsible::setCheckBoxModel(SharedPtr<Model<bool>> model)
         // Checkable only so that the style makes the title row tall enough for the indicator.
         setCheckable(bool(checkModel));
     }
+    updateFocusPolicy();
     updateGeometry();
     update();
 }
@@ -96,6 +99,7 @@ void Collapsible::expand()
 void Collapsible::setCollapsible(bool value)
 {
     collapsible = value;
+    updateFocusPolicy();
     update();
 }
 
@@ -369,6 +373,33 @@ void Collapsible::mouseReleaseEvent(QMouseEvent* event)
     event->accept();
 }
 
+void Collapsible::updateFocusPolicy()
+{
+    // The title row is reached with Tab only: a click on it folds the section and leaves the focus in the editor
+    // that had it.
+    setFocusPolicy(isCheckable() || collapsible ? Qt::TabFocus : Qt::NoFocus);
+}
+
+void Collapsible::keyPressEvent(QKeyEvent* event)
+{
+    // Keys of a disclosure control: Left folds, Right unfolds, Enter flips; Space flips too unless it checks the box.
+    const bool folds = collapsible && !title().isEmpty();
+    const int key = event->key();
+    if (folds && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+        if (key == Qt::Key_Left || key == Qt::Key_Right) {
+            setCollapsed(key == Qt::Key_Left);
+            event->accept();
+            return;
+        }
+        if (key == Qt::Key_Return || key == Qt::Key_Enter || (key == Qt::Key_Space && !checkModel)) {
+            setCollapsed(!isCollapsed());
+            event->accept();
+            return;
+        }
+    }
+    QGroupBox::keyPressEvent(event);
+}
+
 void Collapsible::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -403,6 +434,7 @@ void Collapsible::paintEvent(QPaintEvent*)
         style()->drawItemText(&painter, parts.label, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, palette(),
             isEnabled(), text, QPalette::WindowText);
     }
+    drawKeyboardFocus(painter, *this, parts.row);
 }
 
 void Collapsible::resizeEvent(QResizeEvent* event)

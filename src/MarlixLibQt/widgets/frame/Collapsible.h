@@ -101,12 +101,15 @@ protected:
     /// Completes a click over the element it started on: toggles the check box model or folds the box.
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override; ///< Keeps a started click; other moves pass on.
+    /// Left folds, Right unfolds, Enter toggles; Space checks the title's check box when there is one, else toggles.
+    void keyPressEvent(QKeyEvent* event) override;
     /// Draws the frame through the style, and the title row's arrow, check box and elided title.
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override; ///< Keeps the corner widget at the right end of the title row.
     void showEvent(QShowEvent* event) override; ///< Applies the collapsed state to the contents before they show.
 
 private:
+    void updateFocusPolicy();
     struct Layout
     {
         QRect row;

@@ -3,6 +3,7 @@
 #include <MarlixLib/data/Observable.h>
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/QtUtils.h>
+#include <MarlixLibQt/widgets/AccessibleWidgets.h>
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyModelBase.h>
@@ -97,7 +98,7 @@ PropertySheetItem::PropertySheetItem(PropertySheet& sheet, GenericPropertyAccess
         made = PropertyWidgetConstructor::unsupportedPropertyConstructor(tr("No editor"), this);
     if (made->parentWidget() != this)
         made->setParent(this);
-    made->setAccessibleName(uiName);
+    setEditorAccessibleName(made, uiName);
     nameLabel->setBuddy(made);
     editorWidget = made;
 
