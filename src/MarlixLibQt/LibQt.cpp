@@ -3,7 +3,7 @@
 
 #include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/styles/MarlixOriginalStyle.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/docking/Dock.h>
 #include <MarlixLibQt/widgets/frame/WheelScrollPhaseSynthesizer.h>
 #include <MarlixLibQt/widgets/properties/PropertyControllerObserver.h>

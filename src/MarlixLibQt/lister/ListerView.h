@@ -121,8 +121,11 @@ protected:
     void updateGeometries() override; ///< Schedules an editors pass after every layout of the rows.
     /// Reports to the selection function whether any row is selected.
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    /// Left and Right go from cell to cell of the selected row, folding and unfolding it past the first and last.
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    /// Enter or F2 hands the focus to the current cell's editor; Escape in an editor gives it back to the rows.
     void keyPressEvent(QKeyEvent* event) override;
+    /// Tab goes along the current row's editors, then leaves the lister; Shift+Tab from the first returns to the rows.
     bool focusNextPrevChild(bool next) override;
 
 private:

@@ -3,7 +3,7 @@
 #include <MarlixLibQt/lister/ListerView.h>
 #include <MarlixLibQt/lister/ListerViewDelegate.h>
 #include <MarlixLibQt/styles/MarlixStyle.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/entities/EntityWidget.h>
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 

@@ -1,6 +1,6 @@
 #include <MarlixLibQt/widgets/color/HwbColorPicker.h>
 
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 
 #include <MarlixLib/base/Exception.h>
 

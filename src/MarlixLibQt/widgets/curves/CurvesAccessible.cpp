@@ -1,5 +1,5 @@
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/curves/Curves.h>
 
 // The curve area reads as a graphic whose control points are its children, so a screen reader can list them and a

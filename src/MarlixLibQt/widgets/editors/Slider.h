@@ -25,7 +25,7 @@ public:
     void setConversion(SliderConverter converter); ///< Replaces the mapping and moves the handle to the model's value.
     /// The mapping in use; linear over 0..1 by default.
     const SliderConverter& getConversion() const { return converter; }
-    const SharedPtr<Model<double>>& getModel() const { return model; }
+    const SharedPtr<Model<double>>& getModel() const { return model; } ///< The value the slider edits.
 
     /// The handle's place as a fraction of the track, 0 at the left end and 1 at the right end.
     double getPosition() const { return position; }

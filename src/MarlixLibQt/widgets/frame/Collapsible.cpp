@@ -1,7 +1,7 @@
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 
 #include <QChildEvent>
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
 

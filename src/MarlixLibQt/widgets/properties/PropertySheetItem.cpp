@@ -3,7 +3,7 @@
 #include <MarlixLib/data/Observable.h>
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/frame/Collapsible.h>
 #include <MarlixLibQt/widgets/properties/IPropertySheetHost.h>
 #include <MarlixLibQt/widgets/properties/PropertyModelBase.h>

@@ -1,5 +1,5 @@
 #include <MarlixLibQt/QtUtils.h>
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/BaseWithModel.h>
 #include <MarlixLibQt/widgets/Container.h>
 

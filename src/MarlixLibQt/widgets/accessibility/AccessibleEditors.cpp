@@ -1,4 +1,4 @@
-#include <MarlixLibQt/widgets/AccessibleWidgets.h>
+#include <MarlixLibQt/widgets/accessibility/AccessibleWidgetsPrivate.h>
 #include <MarlixLibQt/widgets/color/ColorSlider.h>
 #include <MarlixLibQt/widgets/color/ColorSliderRow.h>
 #include <MarlixLibQt/widgets/color/HwbColorPicker.h>
