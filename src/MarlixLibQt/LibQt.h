@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+class QLocale;
+
 namespace Marlix {
 class TypeModuleRecord;
 }
@@ -55,6 +57,12 @@ MARLIXLIBQT_EXPORT void startup(const String& applicationName, ApplicationType t
 /// library created it (never one that the host owns).
 MARLIXLIBQT_EXPORT void shutdown();
 MARLIXLIBQT_EXPORT bool isStarted();
+
+/// Switches the library's texts to the first of `locale`'s languages (in QLocale::uiLanguages order) that has a
+/// catalogue, or to English, the language of the sources, when none before English has one. Widgets made afterwards
+/// speak it. Returns whether a catalogue was found. Start-up sets the user's language (QLocale()); the library must
+/// be started (an Exception otherwise, and nothing changes).
+MARLIXLIBQT_EXPORT bool setLanguage(const QLocale& locale);
 
 /// Runs the Qt event loop and returns its exit code.
 MARLIXLIBQT_EXPORT int runEventLoop();

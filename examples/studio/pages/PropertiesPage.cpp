@@ -10,6 +10,7 @@
 #include <MarlixLibQt/widgets/properties/UndoStackBridge.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QListWidget>
 #include <QScrollArea>
@@ -57,6 +58,8 @@ QWidget* titled(const QString& title, QWidget* content, QLabel** caption = nullp
 /// undo history beside it. The bridge's QUndoStack is a child of the page, so the window's Edit menu finds it.
 class PropertiesPage : public QWidget
 {
+    Q_DECLARE_TR_FUNCTIONS(Studio::PropertiesPage)
+
 public:
     PropertiesPage(const QStringList& firstSelection, QWidget* parent);
     ~PropertiesPage() override;

@@ -24,9 +24,10 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT CommonContextMenuOwner
 {
 public:
-    static constexpr const char* RESET_TEXT = "Reset to default";
-    static constexpr const char* COPY_TEXT = "Copy";
-    static constexpr const char* PASTE_TEXT = "Paste";
+    static constexpr const char* RESET_TEXT
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Reset to default");
+    static constexpr const char* COPY_TEXT = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Copy");
+    static constexpr const char* PASTE_TEXT = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Paste");
     /// Object names of the menu and its entries, so hosts and tests can find them.
     static constexpr const char* MENU_OBJECT_NAME = "CommonContextMenu";
     static constexpr const char* RESET_OBJECT_NAME = "CommonContextMenu.Reset";

@@ -19,7 +19,7 @@ class MARLIXLIBQT_EXPORT AlbedoColorPicker : public QFrame
     Q_OBJECT
 
 public:
-    static constexpr const char* LABEL = "Albedo";
+    static constexpr const char* LABEL = QT_TR_NOOP("Albedo");
 
     explicit AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~AlbedoColorPicker() override;

@@ -17,7 +17,7 @@ class MARLIXLIBQT_EXPORT ColorPickerDialog : public QDialog
     Q_OBJECT
 
 public:
-    static constexpr const char* DEFAULT_TITLE = "Select Color";
+    static constexpr const char* DEFAULT_TITLE = QT_TR_NOOP("Select Color");
 
     explicit ColorPickerDialog(QWidget* parent = nullptr, ColorFormat format = ColorFormat::Rgba);
     ~ColorPickerDialog() override;

@@ -22,7 +22,7 @@ public:
     static constexpr float HIGHEST_KELVIN = 15000.0f;
     /// The reference white, where the colour of the temperature is white.
     static constexpr float INITIAL_KELVIN = 6500.0f;
-    static constexpr const char* LABEL = "Temp. [K]";
+    static constexpr const char* LABEL = QT_TR_NOOP("Temp. [K]");
 
     explicit TemperatureColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);
     ~TemperatureColorPicker() override;

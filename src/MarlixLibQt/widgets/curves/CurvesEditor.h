@@ -22,7 +22,7 @@ class MARLIXLIBQT_EXPORT CurvesEditor : public Container
     Q_OBJECT
 
 public:
-    static constexpr const char* FILE_FILTER = "Photoshop curve files (*.acv);;All files (*.*)";
+    static constexpr const char* FILE_FILTER = QT_TR_NOOP("Photoshop curve files (*.acv);;All files (*.*)");
 
     /// One name and colour per channel of `curves`; `layer` picks the host's image (see Curves); `viewportHost`, when
     /// given, must outlive the editor; "Reset" returns the active channel to `defaultType`.

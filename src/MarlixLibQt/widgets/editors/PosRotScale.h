@@ -33,9 +33,9 @@ public:
         Shear = 3,
     };
 
-    static constexpr const char* RESET_ALL_TEXT = "Reset all";
-    static constexpr const char* RESET_KEEP_POSITION_TEXT = "Reset all (keep position)";
-    static constexpr const char* RESET_SHEAR_TEXT = "Reset shear";
+    static constexpr const char* RESET_ALL_TEXT = QT_TR_NOOP("Reset all");
+    static constexpr const char* RESET_KEEP_POSITION_TEXT = QT_TR_NOOP("Reset all (keep position)");
+    static constexpr const char* RESET_SHEAR_TEXT = QT_TR_NOOP("Reset shear");
 
     PosRotScale(SharedPtr<Model<PosRotScaleTm>> model, SharedPtr<Model<DisplayUnits>> units,
                 QWidget* parent = nullptr);

@@ -28,9 +28,9 @@ class MARLIXLIBQT_EXPORT EntityWidget : public QToolButton, public BaseWithModel
     Q_OBJECT
 
 public:
-    static constexpr const char* NONE_TEXT = "None";
-    static constexpr const char* RECENT_SECTION_TEXT = "Recent";
-    static constexpr const char* SCENE_SECTION_TEXT = "Scene";
+    static constexpr const char* NONE_TEXT = QT_TR_NOOP("None");
+    static constexpr const char* RECENT_SECTION_TEXT = QT_TR_NOOP("Recent");
+    static constexpr const char* SCENE_SECTION_TEXT = QT_TR_NOOP("Scene");
     /// Entities kept in the host's recent list.
     static constexpr std::size_t MAX_RECENT = 8;
     /// Entities listed in the menu; a larger scene lists the first ones and says how many are left out.

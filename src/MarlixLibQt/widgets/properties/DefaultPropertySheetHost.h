@@ -14,8 +14,10 @@ class MARLIXLIBQT_EXPORT DefaultPropertySheetHost : public IPropertySheetHost,
                                                     public DefaultEntityHandleContext
 {
 public:
-    static constexpr const char* SELECT_DIRECTORY_TITLE = "Select Directory";
-    static constexpr const char* SELECT_FILE_TITLE = "Select File";
+    static constexpr const char* SELECT_DIRECTORY_TITLE
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::DefaultPropertySheetHost", "Select Directory");
+    static constexpr const char* SELECT_FILE_TITLE
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::DefaultPropertySheetHost", "Select File");
 
     /// The file dialog that one pick shows, worked out before anything is shown.
     struct FileDialogRequest

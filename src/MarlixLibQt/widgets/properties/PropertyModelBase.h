@@ -3,7 +3,10 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLib/undo/IUndoManager.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/Model.h>
+
+#include <QCoreApplication>
 
 namespace Marlix::Widgets {
 
@@ -13,7 +16,8 @@ namespace Marlix::Widgets {
 template <class T> class PropertyModelBase : public AbstractModel<T>
 {
 public:
-    static constexpr StringView ACTION_LABEL_PREFIX = "Update of ";
+    static constexpr StringView ACTION_LABEL_PREFIX
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::PropertyModelBase", "Update of ");
     using RejectionHandler = Function<void(const String& message)>;
 
     /// Without an undo manager edits are applied without actions. `displayName` replaces the property's name in
@@ -62,7 +66,7 @@ public:
         // its earlier values and remains one undo step.
         ActionHolder step;
         if (undoManager)
-            step = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
+            step = undoManager->createAction(undoLabel(), ActionFlag::UserEdit);
         try {
             writeValue(value);
             if (step.isOpen())
@@ -86,7 +90,7 @@ public:
     void beginChange() override
     {
         if (undoManager && !action.isOpen())
-            action = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
+            action = undoManager->createAction(undoLabel(), ActionFlag::UserEdit);
     }
 
     void commitChange() override
@@ -120,6 +124,12 @@ protected:
     virtual void writeValue(const T& value) = 0;
 
 private:
+    /// Named in the language of the moment: the undo history shows it as it was made.
+    String undoLabel() const
+    {
+        return fromQt(QCoreApplication::translate("Marlix::Widgets::PropertyModelBase", ACTION_LABEL_PREFIX.data()))
+            + getUndoName();
+    }
     String getUndoName() const
     {
         if (displayName)

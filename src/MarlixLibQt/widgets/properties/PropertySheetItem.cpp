@@ -11,6 +11,7 @@
 #include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QMenu>
@@ -298,14 +299,17 @@ void PropertySheetItem::updateResetButton()
 void PropertySheetItem::resetToDefault()
 {
     if (resettable)
-        writeToEvery(accessor.getDefinition().getDefaultValue(), String(RESET_ACTION_PREFIX) + fromQt(uiName));
+        writeToEvery(accessor.getDefinition().getDefaultValue(), fromQt(tr(RESET_ACTION_PREFIX.data()) + uiName));
 }
 
 bool PropertySheetItem::applyValueSetter()
 {
     if (!valueSetter || !writable)
         return false;
-    return writeToEvery(valueSetter->value, String(PropertyModelBase<double>::ACTION_LABEL_PREFIX) + fromQt(uiName));
+    return writeToEvery(valueSetter->value,
+        fromQt(QCoreApplication::translate(
+                   "Marlix::Widgets::PropertyModelBase", PropertyModelBase<double>::ACTION_LABEL_PREFIX.data())
+            + uiName));
 }
 
 bool PropertySheetItem::writeToEvery(const Value& value, const String& label)

@@ -17,6 +17,7 @@
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QToolTip>
@@ -149,7 +150,8 @@ QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidge
 {
     if (property.isEmpty() || !isResolved(property.checkProperty()))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("Property \"%1\" not found").arg(QString::fromStdString(property.getPath())),
+            QCoreApplication::translate("Marlix::Widgets::PropertyWidgetConstructor", "Property \"%1\" not found")
+                .arg(QString::fromStdString(property.getPath())),
             arguments.parent);
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
     // A registered constructor that returns nothing leaves the property to the editors of its kind.
@@ -178,7 +180,8 @@ QWidget* Detail::makeTextEditor(
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
     if (!TextPropertyModel::hasTextForm(type))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("Values of %1 cannot be edited").arg(QString::fromStdString(type.getName())),
+            QCoreApplication::translate("Marlix::Widgets::PropertyWidgetConstructor", "Values of %1 cannot be edited")
+                .arg(QString::fromStdString(type.getName())),
             arguments.parent);
     auto model = makeSharedPtr<TextPropertyModel>(property, Detail::undoManagerOf(arguments), arguments.displayName);
     auto* editor = new LineEdit(
