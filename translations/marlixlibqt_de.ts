@@ -734,7 +734,7 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
     <name>Marlix::Widgets::ListerPanel</name>
     <message>
         <source>All listed objects</source>
-        <translation>Alle aufgeführten Objekte</translation>
+        <translation>Alle Objekte</translation>
     </message>
     <message>
         <source>Filter by name</source>
@@ -913,7 +913,7 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
     <name>Marlix::Widgets::SpinBox</name>
     <message>
         <source>&lt;different values&gt;</source>
-        <translation>&lt;verschiedene Werte&gt;</translation>
+        <translation>&lt;mehrere Werte&gt;</translation>
     </message>
     <message>
         <source>&lt;small&gt;Hint: Dragging speed can be increased 10x with SHIFT being hold and decreased 10x by holding CTRL.&lt;/small&gt;</source>

@@ -225,9 +225,11 @@ QWidget* createCurvesPage(QWidget* parent)
     editor->setMinimumSize(Marlix::scaleByDpi(QSize(320, 360), editor));
     auto* editorLayout = new QVBoxLayout(editorBox);
     editorLayout->addWidget(editor);
-    editorLayout->addWidget(new QLabel(QObject::tr("Click to add a point, drag it, right-click to remove it; Shift and "
-                                                   "the wheel zoom, the middle button pans."),
-        editorBox));
+    auto* hint = new QLabel(QObject::tr("Click to add a point, drag it, right-click to remove it; Shift and the wheel "
+                                        "zoom, the middle button pans."),
+        editorBox);
+    hint->setWordWrap(true);
+    editorLayout->addWidget(hint);
 
     page->editor = editor;
     page->histogram = histogram;

@@ -351,6 +351,14 @@
         <source>Widgets never talk to each other: each sets the model and re-reads it when the model notifies.</source>
         <translation>Die Widgets sprechen nie miteinander: jedes setzt das Modell und liest es neu, wenn das Modell benachrichtigt.</translation>
     </message>
+    <message>
+        <source>%L1, %L2, %L3, alpha %L4</source>
+        <translation>%L1; %L2; %L3; Alpha %L4</translation>
+    </message>
+    <message>
+        <source>%L1   (%L2, %L3, %L4, %L5)</source>
+        <translation>%L1   (%L2; %L3; %L4; %L5)</translation>
+    </message>
 </context>
 <context>
     <name>Studio::GraphPage</name>
@@ -428,9 +436,12 @@
 </context>
 <context>
     <name>Studio::NotificationCounter</name>
-    <message>
-        <source>Value %1, %2 notifications</source>
-        <translation>Wert %1, %2 Benachrichtigungen</translation>
+    <message numerus="yes">
+        <source>Value %L1, %n notification(s)</source>
+        <translation>
+            <numerusform>Wert %L1, %n Benachrichtigung</numerusform>
+            <numerusform>Wert %L1, %n Benachrichtigungen</numerusform>
+        </translation>
     </message>
 </context>
 <context>

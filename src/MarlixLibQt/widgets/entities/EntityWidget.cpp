@@ -10,6 +10,7 @@
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 
 #include <QActionGroup>
+#include <QCoreApplication>
 #include <QMenu>
 
 #include <algorithm>
@@ -142,7 +143,8 @@ void EntityWidget::notify()
         observeName(entity);
         shownEntity->set(entity);
     }
-    setText(mixed ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : getEntityText(entity));
+    setText(
+        mixed ? QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>") : getEntityText(entity));
     setToolTip(entity ? toQt(entity->getClassInfo().getName()) + QStringLiteral(" #") + QString::number(entity->getId())
                       : QString());
     setIcon(thumbnailOf(entity));

@@ -270,7 +270,8 @@ void PropertySheetItem::updateLabel()
     }
     QString tip = description;
     if (mixed)
-        tip += (tip.isEmpty() ? QString() : QStringLiteral("\n")) + toQt(MIXED_VALUES_TEXT);
+        tip += (tip.isEmpty() ? QString() : QStringLiteral("\n"))
+            + QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>");
     nameLabel->setToolTip(tip);
     if (editorWidget && editorWidget->property(MIXED_VALUES_PROPERTY).toBool() != mixed) {
         editorWidget->setProperty(MIXED_VALUES_PROPERTY, mixed);

@@ -42,7 +42,7 @@ void showMixedInDropDown(QWidget* editor, const GenericPropertyAccessor& propert
 {
     // A single object shows no entry only for a value outside the enumeration; that is no mix of values.
     if (auto* dropDown = qobject_cast<QComboBox*>(editor); dropDown && property.getObjects().size() > 1)
-        dropDown->setPlaceholderText(toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT));
+        dropDown->setPlaceholderText(QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>"));
 }
 
 void applyReadOnlyLook(QWidget* editor)
