@@ -93,7 +93,8 @@ void tst_Translations::initTestCase()
 
 void tst_Translations::cleanupTestCase()
 {
-    LibQt::shutdown();
+    if (LibQt::isStarted()) // not after a failure between a stop and the start again
+        LibQt::shutdown();
 }
 
 void tst_Translations::textsFollowTheLanguage_data()
