@@ -31,7 +31,9 @@ while [ $# -gt 0 ]; do
 done
 
 packages=(cmake ninja-build g++ pkg-config ccache qt6-base-dev qt6-base-private-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
-          libglx-dev nlohmann-json3-dev fonts-dejavu-core)
+          libglx-dev nlohmann-json3-dev fonts-dejavu-core qt6-tools-dev qt6-l10n-tools)
+# Qt's own catalogues, so the studio's Qt dialogs speak the user's language as well.
+[ "$command" = demo ] && packages+=(qt6-translations-l10n)
 [ "$command" = bench ] && packages+=(libbenchmark-dev)
 # The test docs.reference runs doxygen over the public headers.
 [ "$command" = test ] && packages+=(doxygen)

@@ -10,12 +10,15 @@
 #include <QElapsedTimer>
 #include <QGraphicsView>
 #include <QKeyEvent>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPixmap>
 #include <QProcess>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QTabWidget>
 #include <QThread>
+#include <QTranslator>
 #include <QVariant>
 
 #include <cstdio>
@@ -246,6 +249,16 @@ int main(int argc, char** argv)
     Marlix::LibQt::startup("Marlix Studio", Marlix::LibQt::ApplicationType::Gui, {}, {});
     int result = 0;
     {
+        // The library has put in its own catalogue; the studio adds its texts and Qt's (the buttons of Qt's
+        // dialogs), the latter when the system has them.
+        QTranslator studioTexts;
+        QTranslator qtTexts;
+        if (studioTexts.load(
+                QLocale(), QStringLiteral("studio"), QStringLiteral("_"), QStringLiteral(":/studio/translations")))
+            QCoreApplication::installTranslator(&studioTexts);
+        if (qtTexts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+            QCoreApplication::installTranslator(&qtTexts);
         const bool shooting = !screenshots.isEmpty();
         Studio::StudioWindow window;
         window.resize(Marlix::scaleByDpi(WINDOW_SIZE, &window));

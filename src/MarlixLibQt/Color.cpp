@@ -3,6 +3,8 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/color/Blackbody.h>
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -303,7 +305,7 @@ ColorValueRange getDisplayRange(ColorValueType type)
 
 QString getDisplayText(ColorValueType type)
 {
-    return QString::fromUtf8(COLOR_VALUE_TYPE_TEXTS[checkedIndex(type, __LINE__)]);
+    return QCoreApplication::translate("Marlix::Color", COLOR_VALUE_TYPE_TEXTS[checkedIndex(type, __LINE__)]);
 }
 
 ColorValueType toColorValueType(long long value)

@@ -153,21 +153,21 @@ inline constexpr int COLOR_VALUE_TYPE_COUNT = 6; ///< The number of ColorValueTy
 
 /// The choices as offered to the user, indexed by the value of ColorValueType.
 inline constexpr std::array<const char*, COLOR_VALUE_TYPE_COUNT> COLOR_VALUE_TYPE_TEXTS {
-    "sRGB (0-255)",
-    "sRGB (0-1)",
-    "sRGB (0-100%)",
-    "Linear (0-255)",
-    "Linear (0-1)",
-    "Linear (0-100%)",
+    QT_TRANSLATE_NOOP("Marlix::Color", "sRGB (0-255)"),
+    QT_TRANSLATE_NOOP("Marlix::Color", "sRGB (0-1)"),
+    QT_TRANSLATE_NOOP("Marlix::Color", "sRGB (0-100%)"),
+    QT_TRANSLATE_NOOP("Marlix::Color", "Linear (0-255)"),
+    QT_TRANSLATE_NOOP("Marlix::Color", "Linear (0-1)"),
+    QT_TRANSLATE_NOOP("Marlix::Color", "Linear (0-100%)"),
 };
 
 /// The tool tip of the selector of the value type.
-inline constexpr const char* COLOR_VALUE_TYPE_TOOL_TIP
-    = "Selects whether the color values will be displayed/entered in sRGB or linear color space. This option modifies "
-      "only the actual numbers displayed in the spinners, it does not in any way influence internal color "
-      "representation or renderer behavior. With linear color space, the color picker dialog behaves the same way as "
-      "the default 3ds Max color picker. With sRGB color space you can transfer numerical color values directly from "
-      "2D image editing software.";
+inline constexpr const char* COLOR_VALUE_TYPE_TOOL_TIP = QT_TRANSLATE_NOOP("Marlix::Color",
+    "Selects whether the color values will be displayed/entered in sRGB or linear color space. This option modifies "
+    "only the actual numbers displayed in the spinners, it does not in any way influence internal color "
+    "representation or renderer behavior. With linear color space, the color picker dialog behaves the same way as "
+    "the default 3ds Max color picker. With sRGB color space you can transfer numerical color values directly from "
+    "2D image editing software.");
 
 /// The numbers a spinner shows for components 0 and 1.
 struct ColorValueRange

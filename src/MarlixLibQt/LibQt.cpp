@@ -18,10 +18,12 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFont>
+#include <QLocale>
 #include <QLoggingCategory>
 #include <QMetaType>
 #include <QOpenGLContext>
 #include <QSurfaceFormat>
+#include <QTranslator>
 #include <qpa/qwindowsysteminterface.h>
 
 #ifdef Q_OS_WIN
@@ -43,6 +45,9 @@ Q_LOGGING_CATEGORY(libQtLog, "marlix.libqt")
 constexpr double APPLICATION_FONT_POINT_SIZE = 9.0;
 constexpr qint64 STARTUP_TIME_LIMIT_MS = 1000;
 constexpr const char* PLUGIN_FOLDER_NAME = "QtPlugins";
+/// Where the build embeds the compiled catalogues, named CATALOGUE_PREFIX + language (marlixlibqt_de.qm).
+constexpr const char* TRANSLATIONS_FOLDER = ":/marlixlibqt/translations";
+constexpr const char* CATALOGUE_PREFIX = "marlixlibqt_";
 /// Reports a step that took longer than it should, so slow start-ups show up in the log of the host.
 class ScopedTimer
 {
@@ -95,6 +100,7 @@ struct State
     UniquePtr<ApplicationArguments> arguments;
     UniquePtr<QCoreApplication> ownedApplication;
     UniquePtr<WheelScrollPhaseSynthesizer> wheelPhases;
+    UniquePtr<QTranslator> translator;
     bool madeEventsSynchronous = false;
     bool accessibleFactoryInstalled = false;
 };
@@ -188,9 +194,43 @@ void createApplication(const String& applicationName, ApplicationType type, Flag
     QCoreApplication::setApplicationName(toQt(applicationName));
 }
 
+void removeTranslator()
+{
+    if (UniquePtr<QTranslator> translator = std::move(state().translator))
+        QCoreApplication::removeTranslator(translator.get());
+}
+
+bool loadCatalogue(QTranslator& translator, QString language)
+{
+    // QTranslator drops trailing parts itself, so "de_AT" also finds the catalogue for "de".
+    language.replace(QLatin1Char('-'), QLatin1Char('_'));
+    return translator.load(QString::fromLatin1(CATALOGUE_PREFIX) + language, QString::fromLatin1(TRANSLATIONS_FOLDER));
+}
+
+bool installTranslator(const QLocale& locale)
+{
+    auto translator = std::make_unique<QTranslator>();
+    bool found = false;
+    for (const QString& language : locale.uiLanguages()) {
+        found = loadCatalogue(*translator, language);
+        // English is the language of the sources: a user who puts it before another language gets it as it is.
+        if (found || QLocale(language).language() == QLocale::English)
+            break;
+    }
+    // Without a catalogue the texts stay English, with English plural forms ("1 object"), which have one.
+    const bool installed = found || loadCatalogue(*translator, QStringLiteral("en"));
+    removeTranslator();
+    if (installed) {
+        QCoreApplication::installTranslator(translator.get());
+        state().translator = std::move(translator);
+    }
+    return found;
+}
+
 void lastStop()
 {
     State& s = state();
+    removeTranslator();
     if (s.wheelPhases) {
         if (QCoreApplication* application = QCoreApplication::instance())
             application->removeEventFilter(s.wheelPhases.get());
@@ -240,6 +280,7 @@ void firstStart(const String& applicationName, ApplicationType type, Flags<Attri
             Widgets::installAccessibleFactory();
             s.accessibleFactoryInstalled = true;
         }
+        installTranslator(QLocale());
         qRegisterMetaType<String>("String");
         Widgets::PropertyControllerHandler::registerMetaType();
     } catch (...) {
@@ -282,6 +323,13 @@ void shutdown()
 bool isStarted()
 {
     return state().startCount.load() > 0;
+}
+
+bool setLanguage(const QLocale& locale)
+{
+    if (!isStarted() || !QCoreApplication::instance())
+        throw Exception("The library's language can only be set while it is started.");
+    return installTranslator(locale);
 }
 
 int runEventLoop()

@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+class QLocale;
+
 namespace Marlix {
 class TypeModuleRecord;
 }
@@ -56,6 +58,12 @@ MARLIXLIBQT_EXPORT void startup(const String& applicationName, ApplicationType t
 MARLIXLIBQT_EXPORT void shutdown();
 /// Whether a startup() is not yet matched by its shutdown(); safe to ask from any thread.
 MARLIXLIBQT_EXPORT bool isStarted();
+
+/// Switches the library's texts to the first of `locale`'s languages (in QLocale::uiLanguages order) that has a
+/// catalogue, or to English, the language of the sources, when none before English has one. Widgets made afterwards
+/// speak it. Returns whether a catalogue was found. Start-up sets the user's language (QLocale()); the library must
+/// be started (an Exception otherwise, and nothing changes).
+MARLIXLIBQT_EXPORT bool setLanguage(const QLocale& locale);
 
 /// Runs the Qt event loop and returns its exit code.
 MARLIXLIBQT_EXPORT int runEventLoop();

@@ -59,7 +59,7 @@ NotificationCounter::NotificationCounter(Marlix::SharedPtr<Marlix::Widgets::Mode
 
 void NotificationCounter::notify()
 {
-    setText(tr("Value %1, %2 notifications").arg(model->get(), 0, 'f', 3).arg(notifications));
+    setText(tr("Value %L1, %n notification(s)", nullptr, notifications).arg(model->get(), 0, 'f', 3));
 }
 
 } // namespace Studio

@@ -42,7 +42,7 @@ public:
     void notify() override
     {
         const Rgb c = model->get();
-        setText(QStringLiteral("%1, %2, %3, alpha %4")
+        setText(QObject::tr("%L1, %L2, %L3, alpha %L4")
                     .arg(c.r, 0, 'f', 4)
                     .arg(c.g, 0, 'f', 4)
                     .arg(c.b, 0, 'f', 4)
@@ -70,7 +70,7 @@ public:
         QStringList lines;
         const ColorGradient gradient = model->get();
         for (const ColorGradient::Stop& stop : gradient.getStops())
-            lines << QStringLiteral("%1   (%2, %3, %4, %5)")
+            lines << QObject::tr("%L1   (%L2, %L3, %L4, %L5)")
                          .arg(stop.position, 0, 'f', 3)
                          .arg(stop.color.r, 0, 'f', 3)
                          .arg(stop.color.g, 0, 'f', 3)

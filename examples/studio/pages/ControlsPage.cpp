@@ -28,6 +28,7 @@ QGroupBox* buttonsBox()
 {
     auto* box = new QGroupBox(QObject::tr("Buttons"));
     auto* layout = new QGridLayout(box);
+    //: A button that starts a render
     layout->addWidget(new QPushButton(QObject::tr("Render")), 0, 0);
     auto* disabled = new QPushButton(QObject::tr("Disabled"));
     disabled->setEnabled(false);

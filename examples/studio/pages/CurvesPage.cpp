@@ -7,6 +7,7 @@
 #include <MarlixLibQt/widgets/curves/Histogram.h>
 #include <MarlixLibQt/widgets/frame/ViewportHost.h>
 
+#include <QCoreApplication>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -79,6 +80,8 @@ BitmapImpl<RgbaBytes> toBitmap(const QImage& image)
 /// The viewport of the page: the sample image through the curves. A curve editor may take its mouse to pick tones.
 class PreviewViewport : public QLabel, public Marlix::Widgets::IViewportHost, public Marlix::Widgets::BaseWithModel
 {
+    Q_DECLARE_TR_FUNCTIONS(Studio::PreviewViewport)
+
 public:
     PreviewViewport(SharedPtr<Model<Marlix::Curves>> curves, QWidget* parent)
         : QLabel(parent)
@@ -222,9 +225,11 @@ QWidget* createCurvesPage(QWidget* parent)
     editor->setMinimumSize(Marlix::scaleByDpi(QSize(320, 360), editor));
     auto* editorLayout = new QVBoxLayout(editorBox);
     editorLayout->addWidget(editor);
-    editorLayout->addWidget(new QLabel(QObject::tr("Click to add a point, drag it, right-click to remove it; Shift and "
-                                                   "the wheel zoom, the middle button pans."),
-        editorBox));
+    auto* hint = new QLabel(QObject::tr("Click to add a point, drag it, right-click to remove it; Shift and the wheel "
+                                        "zoom, the middle button pans."),
+        editorBox);
+    hint->setWordWrap(true);
+    editorLayout->addWidget(hint);
 
     page->editor = editor;
     page->histogram = histogram;

@@ -270,6 +270,7 @@ Marlix::Optional<Marlix::Io::Path> browseForPath(const UiPathFlags& flags, Marli
         chosen = QFileDialog::getExistingDirectory(parent, QObject::tr("Choose a folder"), start);
         break;
     case UiPathFlags::Mode::OpenFile:
+        //: The title of the dialog that picks a file to open
         chosen = QFileDialog::getOpenFileName(parent, QObject::tr("Open"), start, filter);
         break;
     case UiPathFlags::Mode::SaveFile:

@@ -10,6 +10,7 @@
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QSplitter>
@@ -37,6 +38,8 @@ const QString FOCUS_NODE = QStringLiteral("Car paint");
 /// edit in the view (moving, connecting, rearranging, removing) is one step in the history.
 class GraphPage : public QWidget
 {
+    Q_DECLARE_TR_FUNCTIONS(Studio::GraphPage)
+
 public:
     explicit GraphPage(QWidget* parent);
     ~GraphPage() override;

@@ -2,6 +2,7 @@
 
 #include <MarlixLib/data/EntityGraphTracker.h>
 #include <MarlixLib/undo/UndoManager.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/lister/ListerDialog.h>
 #include <MarlixLibQt/lister/ListerSceneBinding.h>
 #include <MarlixLibQt/lister/ListerView.h>
@@ -9,6 +10,7 @@
 #include <MarlixLibQt/widgets/properties/UndoStackBridge.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -21,16 +23,30 @@ using namespace Marlix::Widgets;
 
 constexpr std::size_t GENERATED = 10000;
 
+Marlix::String columnText(const char* text)
+{
+    return fromQt(QCoreApplication::translate("Studio::ListerPage", text));
+}
+
 Stack<ListerColumnDefinition> instanceColumns()
 {
     using P = ListerValuePresentation;
     return {
-        { "Name", "The instance's name", P::Name, "name", 140 },
-        { "Visible", "Shown in renders", P::Centered, "visible", 60 },
-        { "Position", "Where the instance stands", P::Editor, "transform.position", 330 },
-        { "Mesh", "The mesh drawn", P::Editor, "mesh", 130 },
-        { "Material override", "Replaces the mesh's material", P::Editor, "materialOverride", 130 },
-        { "Pivot", "The point the instance turns about", P::Editor, "pivot", 260 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Name")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "The instance's name")), P::Name, "name", 140 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Visible")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Shown in renders")), P::Centered, "visible", 60 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Position")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Where the instance stands")), P::Editor,
+            "transform.position", 330 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Mesh")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "The mesh drawn")), P::Editor, "mesh", 130 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Material override")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Replaces the mesh's material")), P::Editor,
+            "materialOverride", 130 },
+        { columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "Pivot")),
+            columnText(QT_TRANSLATE_NOOP("Studio::ListerPage", "The point the instance turns about")), P::Editor,
+            "pivot", 260 },
     };
 }
 
@@ -38,6 +54,8 @@ Stack<ListerColumnDefinition> instanceColumns()
 /// bridge's QUndoStack is a child of the page, so the window's Edit menu undoes the lister's edits.
 class ListerPage : public QWidget
 {
+    Q_DECLARE_TR_FUNCTIONS(Studio::ListerPage)
+
 public:
     explicit ListerPage(QWidget* parent)
         : QWidget(parent)

@@ -10,6 +10,7 @@
 #include <MarlixLibQt/widgets/properties/UndoStackBridge.h>
 #include <MarlixTestScene/TestScene.h>
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QListWidget>
 #include <QScrollArea>
@@ -46,6 +47,8 @@ QWidget* titled(const QString& title, QWidget* content, QLabel** caption = nullp
     QFont font = label->font();
     font.setBold(true);
     label->setFont(font);
+    // Long titles (the names of the selection, longer words in other languages) wrap instead of pushing the columns.
+    label->setWordWrap(true);
     layout->addWidget(label);
     layout->addWidget(content, 1);
     if (caption)
@@ -57,6 +60,8 @@ QWidget* titled(const QString& title, QWidget* content, QLabel** caption = nullp
 /// undo history beside it. The bridge's QUndoStack is a child of the page, so the window's Edit menu finds it.
 class PropertiesPage : public QWidget
 {
+    Q_DECLARE_TR_FUNCTIONS(Studio::PropertiesPage)
+
 public:
     PropertiesPage(const QStringList& firstSelection, QWidget* parent);
     ~PropertiesPage() override;
@@ -127,7 +132,11 @@ PropertiesPage::PropertiesPage(const QStringList& firstSelection, QWidget* paren
     splitter->addWidget(titled(tr("Scene"), list));
     splitter->addWidget(titled(tr("Properties"), scroll, &sheetCaption));
     splitter->addWidget(titled(tr("History (Edit > Undo, Redo)"), history));
-    splitter->setStretchFactor(1, 1);
+    // A narrow dock takes from every column alike, the sheet most, rather than from the sheet alone: with wrapping
+    // titles nothing else keeps it wide enough for its editors.
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 3);
+    splitter->setStretchFactor(2, 1);
     splitter->setSizes({ SCENE_WIDTH, SHEET_WIDTH, HISTORY_WIDTH });
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(PAGE_MARGIN, PAGE_MARGIN, PAGE_MARGIN, PAGE_MARGIN);

@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QWidget>
@@ -142,19 +143,22 @@ QMenu* CommonContextMenuOwner::createContextMenu()
     auto* menu = new QMenu(menuWidget);
     menu->setObjectName(QString::fromLatin1(MENU_OBJECT_NAME));
 
-    QAction* resetAction = menu->addAction(QString::fromLatin1(RESET_TEXT));
+    QAction* resetAction
+        = menu->addAction(QCoreApplication::translate("Marlix::Widgets::CommonContextMenuOwner", RESET_TEXT));
     resetAction->setObjectName(QString::fromLatin1(RESET_OBJECT_NAME));
     resetAction->setEnabled(canReset());
     QObject::connect(resetAction, &QAction::triggered, menu, [this] { resetToDefault(); });
 
     menu->addSeparator();
 
-    QAction* copyAction = menu->addAction(QString::fromLatin1(COPY_TEXT));
+    QAction* copyAction
+        = menu->addAction(QCoreApplication::translate("Marlix::Widgets::CommonContextMenuOwner", COPY_TEXT));
     copyAction->setObjectName(QString::fromLatin1(COPY_OBJECT_NAME));
     copyAction->setEnabled(canCopy());
     QObject::connect(copyAction, &QAction::triggered, menu, [this] { copyToClipboard(); });
 
-    QAction* pasteAction = menu->addAction(QString::fromLatin1(PASTE_TEXT));
+    QAction* pasteAction
+        = menu->addAction(QCoreApplication::translate("Marlix::Widgets::CommonContextMenuOwner", PASTE_TEXT));
     pasteAction->setObjectName(QString::fromLatin1(PASTE_OBJECT_NAME));
     pasteAction->setEnabled(canPaste());
     QObject::connect(pasteAction, &QAction::triggered, menu, [this] { pasteFromClipboard(); });

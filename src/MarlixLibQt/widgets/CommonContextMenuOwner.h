@@ -24,9 +24,13 @@ namespace Marlix::Widgets {
 class MARLIXLIBQT_EXPORT CommonContextMenuOwner
 {
 public:
-    static constexpr const char* RESET_TEXT = "Reset to default"; ///< Untranslated text of the Reset entry.
-    static constexpr const char* COPY_TEXT = "Copy"; ///< Untranslated text of the Copy entry.
-    static constexpr const char* PASTE_TEXT = "Paste"; ///< Untranslated text of the Paste entry.
+    /// Source text of the Reset entry, translated where the menu is made.
+    static constexpr const char* RESET_TEXT
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Reset to default");
+    /// Source text of the Copy entry.
+    static constexpr const char* COPY_TEXT = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Copy");
+    /// Source text of the Paste entry.
+    static constexpr const char* PASTE_TEXT = QT_TRANSLATE_NOOP("Marlix::Widgets::CommonContextMenuOwner", "Paste");
     /// Object names of the menu and its entries, so hosts and tests can find them.
     static constexpr const char* MENU_OBJECT_NAME = "CommonContextMenu";
     static constexpr const char* RESET_OBJECT_NAME = "CommonContextMenu.Reset"; ///< Object name of the Reset entry.

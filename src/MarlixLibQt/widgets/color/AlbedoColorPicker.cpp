@@ -1,5 +1,6 @@
 #include <MarlixLibQt/widgets/color/AlbedoColorPicker.h>
 
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/color/ColorSliderRow.h>
 
 #include <MarlixLib/base/Exception.h>
@@ -25,7 +26,7 @@ AlbedoColorPicker::AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWi
             source->set(QColor::fromRgbF(grey.redF(), grey.greenF(), grey.blueF(), source->get().alphaF()));
         });
     // No value type: an albedo is a linear quantity of its own, shown as it is.
-    row = new ColorSliderRow(std::move(component), nullptr, LABEL, &Marlix::albedoToColor, 0.0f, 1.0f,
+    row = new ColorSliderRow(std::move(component), nullptr, fromQt(tr(LABEL)), &Marlix::albedoToColor, 0.0f, 1.0f,
         ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

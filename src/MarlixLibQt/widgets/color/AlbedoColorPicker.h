@@ -19,7 +19,7 @@ class MARLIXLIBQT_EXPORT AlbedoColorPicker : public QFrame
     Q_OBJECT
 
 public:
-    static constexpr const char* LABEL = "Albedo"; ///< The row's label, untranslated.
+    static constexpr const char* LABEL = QT_TR_NOOP("Albedo"); ///< Source text of the row's label.
 
     /// A row on \p color; a null model throws StopException.
     explicit AlbedoColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);

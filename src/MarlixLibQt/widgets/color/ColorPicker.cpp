@@ -1,7 +1,9 @@
 #include <MarlixLibQt/widgets/color/ColorPicker.h>
 
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/QtUtils.h>
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QVBoxLayout>
@@ -77,7 +79,7 @@ ColorSliderRow* ColorPicker<Component, N>::makeRow(QColorExtended::Specification
     String label;
     for (const auto& description : ColorPickerTable<Component>::ROWS)
         if (description.component == component)
-            label = description.label;
+            label = fromQt(QCoreApplication::translate("Marlix::Widgets::ColorPicker", description.label));
 
     const bool followsColor = !reference.isValid();
     references[static_cast<std::size_t>(index)] = reference.getColor();

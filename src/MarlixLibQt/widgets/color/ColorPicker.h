@@ -31,9 +31,9 @@ template <> struct ColorPickerTable<QColorExtended::RgbComponent>
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::RgbSpec;
     /// Red, green, blue.
     static constexpr std::array<ColorPickerRowDescription<C>, 3> ROWS { {
-        { C::Red, "Red" },
-        { C::Green, "Green" },
-        { C::Blue, "Blue" },
+        { C::Red, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Red") },
+        { C::Green, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Green") },
+        { C::Blue, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Blue") },
     } };
 };
 
@@ -45,10 +45,10 @@ template <> struct ColorPickerTable<QColorExtended::RgbaComponent>
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::RgbaSpec;
     /// Red, green, blue, alpha.
     static constexpr std::array<ColorPickerRowDescription<C>, 4> ROWS { {
-        { C::Red, "Red" },
-        { C::Green, "Green" },
-        { C::Blue, "Blue" },
-        { C::Alpha, "Alpha" },
+        { C::Red, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Red") },
+        { C::Green, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Green") },
+        { C::Blue, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Blue") },
+        { C::Alpha, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Alpha") },
     } };
 };
 
@@ -60,9 +60,10 @@ template <> struct ColorPickerTable<QColorExtended::HsvComponent>
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::HsvSpec;
     /// Hue, saturation, value.
     static constexpr std::array<ColorPickerRowDescription<C>, 3> ROWS { {
-        { C::Hue, "Hue" },
-        { C::Saturation, "Saturation" },
-        { C::Value, "Value" },
+        { C::Hue, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Hue") },
+        { C::Saturation, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Saturation") },
+        //: The V of HSV: how light the colour is
+        { C::Value, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Value") },
     } };
 };
 
@@ -74,10 +75,11 @@ template <> struct ColorPickerTable<QColorExtended::CmykComponent>
     static constexpr QColorExtended::Specification SPECIFICATION = QColorExtended::Specification::CmykSpec;
     /// Cyan, magenta, yellow, key.
     static constexpr std::array<ColorPickerRowDescription<C>, 4> ROWS { {
-        { C::Cyan, "Cyan" },
-        { C::Magenta, "Magenta" },
-        { C::Yellow, "Yellow" },
-        { C::Key, "Key" },
+        { C::Cyan, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Cyan") },
+        { C::Magenta, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Magenta") },
+        { C::Yellow, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Yellow") },
+        //: The K of CMYK: the black ink
+        { C::Key, QT_TRANSLATE_NOOP("Marlix::Widgets::ColorPicker", "Key") },
     } };
 };
 

@@ -17,7 +17,7 @@ class MARLIXLIBQT_EXPORT ColorPickerDialog : public QDialog
     Q_OBJECT
 
 public:
-    static constexpr const char* DEFAULT_TITLE = "Select Color"; ///< The window title, untranslated.
+    static constexpr const char* DEFAULT_TITLE = QT_TR_NOOP("Select Color"); ///< Source text of the window title.
 
     /// A dialog on white, showing the shared value type; \p format decides whether alpha is offered.
     explicit ColorPickerDialog(QWidget* parent = nullptr, ColorFormat format = ColorFormat::Rgba);

@@ -12,6 +12,7 @@
 
 #include <MarlixLib/base/Exception.h>
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
@@ -25,8 +26,8 @@ namespace Marlix::Widgets {
 namespace {
 constexpr double COMPARISON_WIDTH = 96.0;
 constexpr double COMPARISON_HEIGHT = 24.0;
-constexpr const char* COMPARISON_TOOL_TIP
-    = "Left: the original color, click it to go back to it. Right: the new color.";
+constexpr const char* COMPARISON_TOOL_TIP = QT_TRANSLATE_NOOP(
+    "Marlix::Widgets::ColorPickerWidget", "Left: the original color, click it to go back to it. Right: the new color.");
 
 /// The original colour on the left half and the current one on the right half; a click on the left half restores
 /// the original. The picker repaints it on every colour change.
@@ -82,7 +83,7 @@ SharedPtr<Model<ArrayView<const String>>> makeValueTypeLabels()
 {
     Array<String> labels;
     for (const char* text : COLOR_VALUE_TYPE_TEXTS)
-        labels.emplace_back(text);
+        labels.emplace_back(fromQt(QCoreApplication::translate("Marlix::Color", text)));
     return makeSharedPtr<ListViewModel<String>>(std::move(labels));
 }
 } // namespace
@@ -145,7 +146,7 @@ void ColorPickerWidget::build()
         [model = valueType.get()](std::int64_t value) { model->set(static_cast<long long>(value)); });
     valueTypeBox = new ComboBox(makeValueTypeLabels(), index, nullptr, 0, this);
     valueTypeBox->setObjectName(QStringLiteral("ValueType"));
-    valueTypeBox->setToolTip(tr(COLOR_VALUE_TYPE_TOOL_TIP));
+    valueTypeBox->setToolTip(QCoreApplication::translate("Marlix::Color", COLOR_VALUE_TYPE_TOOL_TIP));
     auto* valueTypeLabel = new QLabel(tr(VALUE_TYPE_LABEL), this);
     valueTypeLabel->setBuddy(valueTypeBox);
     valueTypeLabel->setToolTip(valueTypeBox->toolTip());

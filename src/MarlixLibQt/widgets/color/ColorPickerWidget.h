@@ -46,9 +46,9 @@ public:
     };
     static constexpr int PANEL_COUNT = 7; ///< The number of panels.
     /// The tab texts, indexed by Panel.
-    static constexpr std::array<const char*, PANEL_COUNT> PANEL_TEXTS { "RGB", "RGBA", "HSV", "HWB", "CMYK",
-        "Temperature", "Albedo" };
-    static constexpr const char* VALUE_TYPE_LABEL = "Values"; ///< The label of the value-type box, untranslated.
+    static constexpr std::array<const char*, PANEL_COUNT> PANEL_TEXTS { QT_TR_NOOP("RGB"), QT_TR_NOOP("RGBA"),
+        QT_TR_NOOP("HSV"), QT_TR_NOOP("HWB"), QT_TR_NOOP("CMYK"), QT_TR_NOOP("Temperature"), QT_TR_NOOP("Albedo") };
+    static constexpr const char* VALUE_TYPE_LABEL = QT_TR_NOOP("Values"); ///< Source text of the value-type label.
 
     /// Binds the picker to `color` and to the value type shown by the spinners (a ColorValueType as integer).
     ColorPickerWidget(ColorFormat format, SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> valueType,

@@ -50,7 +50,7 @@ EyeDropperButton::EyeDropperButton(
     if (!this->color || !this->sampleMode)
         Marlix::Detail::throwStopException("widgets/EyeDropperButton", __LINE__);
     setIcon(makeIcon(invert));
-    setToolTip(QString::fromUtf8(invert ? INVERT_TOOL_TIP : TOOL_TIP));
+    setToolTip(tr(invert ? INVERT_TOOL_TIP : TOOL_TIP));
     // The button shows only an icon; the tool tip stays its longer description.
     setAccessibleName(invert ? tr("Pick inverse color from screen") : tr("Pick color from screen"));
     setAutoRaise(true);

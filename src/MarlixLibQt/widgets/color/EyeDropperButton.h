@@ -17,15 +17,15 @@ class MARLIXLIBQT_EXPORT EyeDropperButton : public QToolButton, public BaseWithM
     Q_OBJECT
 
 public:
-    /// The tooltip of the button that picks the colour, untranslated.
-    static constexpr const char* TOOL_TIP
-        = "Picks pixel color from anywhere on the screen. To use this picker, just drag the button to anywhere on the "
-          "screen. While in this pick mode, the sampled color will be displayed in the button.";
-    /// The tooltip of the button that picks the inverse colour, untranslated.
-    static constexpr const char* INVERT_TOOL_TIP
-        = "Picks inverse of a pixel color from anywhere on the screen. The inverse color is useful for example to "
-          "select a color tint for the image. To use this picker, just drag the button to anywhere on the screen. "
-          "While in this pick mode, the sampled color will be displayed in the button.";
+    /// Source text of the tooltip of the button that picks the colour.
+    static constexpr const char* TOOL_TIP = QT_TR_NOOP(
+        "Picks pixel color from anywhere on the screen. To use this picker, just drag the button to anywhere on "
+        "the screen. While in this pick mode, the sampled color will be displayed in the button.");
+    /// Source text of the tooltip of the button that picks the inverse colour.
+    static constexpr const char* INVERT_TOOL_TIP = QT_TR_NOOP(
+        "Picks inverse of a pixel color from anywhere on the screen. The inverse color is useful for example "
+        "to select a color tint for the image. To use this picker, just drag the button to anywhere on the "
+        "screen. While in this pick mode, the sampled color will be displayed in the button.");
 
     /// `sampleMode` holds one of the modes of ScreenColorPicker (the size of the averaged square).
     EyeDropperButton(SharedPtr<Model<QColorExtended>> color, SharedPtr<Model<long long>> sampleMode, bool invert,

@@ -19,7 +19,7 @@ class MARLIXLIBQT_EXPORT GradientControl : public GradientDisplay, public BaseWi
 
 public:
     /// The title of the colour dialog that recolours a stop.
-    static constexpr const char* COLOR_DIALOG_TITLE = "Select Color";
+    static constexpr const char* COLOR_DIALOG_TITLE = QT_TR_NOOP("Select Color");
 
     /// Edits \p gradient; every finished gesture writes the model once. A null model throws StopException.
     explicit GradientControl(SharedPtr<Model<ColorGradient>> gradient, QWidget* parent = nullptr);

@@ -1,5 +1,6 @@
 #include <MarlixLibQt/widgets/color/ScreenColorPicker.h>
 
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/editors/ComboBox.h>
 #include <MarlixLibQt/widgets/color/EyeDropperButton.h>
 
@@ -91,7 +92,7 @@ ScreenColorPicker::ScreenColorPicker(
 
     Array<String> labels;
     for (const SampleMode& mode : SAMPLE_MODES)
-        labels.emplace_back(mode.text);
+        labels.emplace_back(fromQt(tr(mode.text)));
     // The box works on 64-bit entry values; the colour settings keep the mode as a long long.
     auto index = makeSharedPtr<LambdaModel<std::int64_t>>(
         sampleMode, [sampleMode] { return static_cast<std::int64_t>(sampleMode->get()); },

@@ -46,11 +46,11 @@ public:
     };
     /// The choices of the sample-mode model, indexed by its value.
     static constexpr std::array<SampleMode, 5> SAMPLE_MODES { {
-        { "Point Sample", 0 },
-        { "3 by 3 Average", 1 },
-        { "5 by 5 Average", 2 },
-        { "11 by 11 Average", 5 },
-        { "31 by 31 Average", 15 },
+        { QT_TR_NOOP("Point Sample"), 0 },
+        { QT_TR_NOOP("3 by 3 Average"), 1 },
+        { QT_TR_NOOP("5 by 5 Average"), 2 },
+        { QT_TR_NOOP("11 by 11 Average"), 5 },
+        { QT_TR_NOOP("31 by 31 Average"), 15 },
     } };
 
     /// The two buttons write \p color; \p sampleMode holds the index into SAMPLE_MODES. A null model throws

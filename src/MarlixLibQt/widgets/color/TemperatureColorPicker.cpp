@@ -1,5 +1,6 @@
 #include <MarlixLibQt/widgets/color/TemperatureColorPicker.h>
 
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/color/ColorSliderRow.h>
 
 #include <MarlixLib/base/Exception.h>
@@ -20,8 +21,8 @@ TemperatureColorPicker::TemperatureColorPicker(SharedPtr<Model<QColorExtended>> 
     auto component = makeSharedPtr<LambdaModel<float>>(
         this->color, [this] { return temperature; }, [this](float t) { setTemperature(t); });
     // No value type: kelvins are no colour component, neither sRGB nor linear.
-    row = new ColorSliderRow(std::move(component), nullptr, LABEL, &Marlix::temperatureToColor, LOWEST_KELVIN,
-        HIGHEST_KELVIN, ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
+    row = new ColorSliderRow(std::move(component), nullptr, fromQt(tr(LABEL)), &Marlix::temperatureToColor,
+        LOWEST_KELVIN, HIGHEST_KELVIN, ColorSliderRow::DEFAULT_SLIDER_WIDTH, false, SpinBox::StepType::Fixed, this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(row);

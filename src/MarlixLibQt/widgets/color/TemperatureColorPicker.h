@@ -22,7 +22,7 @@ public:
     static constexpr float HIGHEST_KELVIN = 15000.0f; ///< The temperature at the right end of the slider.
     /// The reference white, where the colour of the temperature is white.
     static constexpr float INITIAL_KELVIN = 6500.0f;
-    static constexpr const char* LABEL = "Temp. [K]"; ///< The row's label, untranslated.
+    static constexpr const char* LABEL = QT_TR_NOOP("Temp. [K]"); ///< Source text of the row's label.
 
     /// A row on \p color, starting at INITIAL_KELVIN without changing the colour; a null model throws StopException.
     explicit TemperatureColorPicker(SharedPtr<Model<QColorExtended>> color, QWidget* parent = nullptr);

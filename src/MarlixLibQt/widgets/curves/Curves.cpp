@@ -205,9 +205,10 @@ bool Curves::load(const Io::Path& path)
         return true;
     }
     const QString details = loaded
-        ? tr("Found ") + QString::number(loaded->getChannelCount()) + tr(" curve(s), but ") + QString::number(expected)
-            + tr(" were expected.\n\nThis can be caused for example by mismatching motion blur shutter curve and tone "
-                 "mapping curve files.")
+        ? tr("Found %n curve(s), but %1 were expected.\n\nThis can be caused for example by mismatching motion blur "
+             "shutter curve and tone mapping curve files.",
+            nullptr, int(loaded->getChannelCount()))
+              .arg(expected)
         : toQt(loaded.error());
     showOkMessageBox(QMessageBox::Critical, fromQt(tr("Error")), fromQt(tr("Cannot load curves from a file.")),
         fromQt(details), {}, this);

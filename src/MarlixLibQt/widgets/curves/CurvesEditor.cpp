@@ -175,6 +175,7 @@ QWidget* CurvesEditor::makeHistogramRow()
 
 Stack<String> CurvesEditor::getColorChannelNames(std::size_t channelCount)
 {
+    //: The channel of all colours together
     const QString known[] = { tr("Master"), tr("Red"), tr("Green"), tr("Blue"), tr("Alpha") };
     Stack<String> names;
     for (std::size_t i = 0; i < channelCount; ++i)
@@ -213,8 +214,9 @@ void CurvesEditor::showActiveChannel()
     }
     if (equalizeButton) {
         const QString name = channel < channelBox->count() ? channelBox->itemText(channel) : QString();
-        equalizeButton->setToolTip(tr("Performs histogram equalization of the ") + name
-            + tr(" channel which adjusts (improves) the contrast of the image."));
+        equalizeButton->setToolTip(
+            tr("Performs histogram equalization of the %1 channel which adjusts (improves) the contrast of the image.")
+                .arg(name));
     }
 }
 

@@ -22,8 +22,8 @@ class MARLIXLIBQT_EXPORT CurvesEditor : public Container
     Q_OBJECT
 
 public:
-    /// The file-dialog filter of curve files, untranslated.
-    static constexpr const char* FILE_FILTER = "Photoshop curve files (*.acv);;All files (*.*)";
+    /// Source text of the file-dialog filter of curve files.
+    static constexpr const char* FILE_FILTER = QT_TR_NOOP("Photoshop curve files (*.acv);;All files (*.*)");
 
     /// One name and colour per channel of `curves`; `layer` picks the host's image (see Curves); `viewportHost`, when
     /// given, must outlive the editor; "Reset" returns the active channel to `defaultType`.

@@ -13,7 +13,7 @@ class MARLIXLIBQT_EXPORT CurvesEditorDialog : public QDialog
     Q_OBJECT
 
 public:
-    static constexpr const char* TITLE = "Velkin Curve Editor"; ///< The window title, untranslated.
+    static constexpr const char* TITLE = QT_TR_NOOP("Velkin Curve Editor"); ///< Source text of the window title.
 
     /// The arguments of CurvesEditor.
     CurvesEditorDialog(SharedPtr<Model<Marlix::Curves>> curves, Stack<String> channelNames, Stack<QColor> channelColors,

@@ -152,6 +152,7 @@ void Histogram::paintEvent(QPaintEvent*)
                 painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
             }
         }
+        //: The channel of all colours together
         const std::array<QString, 5> names = { tr("Master"), tr("Red"), tr("Green"), tr("Blue"), tr("Alpha") };
         const QString label = shown ? names[std::size_t(*shown)] : tr("RGB");
         const int inset = getDeviceIndependentPixels(4, this);

@@ -31,8 +31,8 @@ Path::Path(SharedPtr<Model<Io::Path>> model, BrowseFunction browse, const UserDa
     button = new QToolButton(this);
     button->setObjectName(QStringLiteral("Path.Browse"));
     button->setText(QString::fromLatin1(BROWSE_TEXT));
-    button->setToolTip(QString::fromLatin1(BROWSE_TOOLTIP));
-    button->setAccessibleName(tr("Browse"));
+    button->setToolTip(tr(BROWSE_TOOLTIP));
+    button->setAccessibleName(tr(BROWSE_TOOLTIP));
     button->setVisible(static_cast<bool>(browseFunction));
     layout->addWidget(button, 0);
 

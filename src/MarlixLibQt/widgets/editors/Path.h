@@ -23,7 +23,7 @@ public:
     using BrowseFunction = Function<Optional<Io::Path>(const UiPathFlags&, Optional<Io::Path>)>;
 
     static constexpr const char* BROWSE_TEXT = "..."; ///< The text of the browse button.
-    static constexpr const char* BROWSE_TOOLTIP = "Browse"; ///< The untranslated tooltip of the browse button.
+    static constexpr const char* BROWSE_TOOLTIP = QT_TR_NOOP("Browse"); ///< Source text of the browse tooltip.
 
     /// Reads the UiPathFlags of `userData` (a file to open when there are none); a stored mode that is not one of
     /// the three raises the stop exception. Without a browse function the button is hidden. A null model makes the

@@ -23,10 +23,10 @@ struct RowSettings
 
 // Steps are in display units; the rotation step is set per angle unit in applyUnits.
 constexpr std::array<RowSettings, 4> ROWS { {
-    { "Position", 0.1, 3, 0.0 },
-    { "Rotation", 1.0, 2, 0.0 },
-    { "Scale", 0.01, 3, 1.0 },
-    { "Shear", 0.01, 3, 0.0 },
+    { QT_TRANSLATE_NOOP("Marlix::Widgets::PosRotScale", "Position"), 0.1, 3, 0.0 },
+    { QT_TRANSLATE_NOOP("Marlix::Widgets::PosRotScale", "Rotation"), 1.0, 2, 0.0 },
+    { QT_TRANSLATE_NOOP("Marlix::Widgets::PosRotScale", "Scale"), 0.01, 3, 1.0 },
+    { QT_TRANSLATE_NOOP("Marlix::Widgets::PosRotScale", "Shear"), 0.01, 3, 0.0 },
 } };
 
 constexpr double DEGREE_STEP = 1.0;

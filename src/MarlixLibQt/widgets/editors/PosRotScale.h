@@ -34,12 +34,12 @@ public:
         Shear = 3, ///< Shear; shown only while the transformation has one.
     };
 
-    /// Untranslated text of the action that resets everything.
-    static constexpr const char* RESET_ALL_TEXT = "Reset all";
-    /// Untranslated text of the action that resets all but the position.
-    static constexpr const char* RESET_KEEP_POSITION_TEXT = "Reset all (keep position)";
-    /// Untranslated text of the action that resets the shear.
-    static constexpr const char* RESET_SHEAR_TEXT = "Reset shear";
+    /// Source text of the action that resets everything.
+    static constexpr const char* RESET_ALL_TEXT = QT_TR_NOOP("Reset all");
+    /// Source text of the action that resets all but the position.
+    static constexpr const char* RESET_KEEP_POSITION_TEXT = QT_TR_NOOP("Reset all (keep position)");
+    /// Source text of the action that resets the shear.
+    static constexpr const char* RESET_SHEAR_TEXT = QT_TR_NOOP("Reset shear");
 
     /// Edits \p model, showing lengths and angles in the \p units it observes; a null model throws StopException.
     PosRotScale(SharedPtr<Model<PosRotScaleTm>> model, SharedPtr<Model<DisplayUnits>> units,

@@ -65,8 +65,8 @@ public:
     static constexpr auto SH_DRAGGING_HINT = static_cast<QStyle::StyleHint>(QStyle::SH_CustomBase + 4);
     /// The hint that the tooltip over the arrows adds while the style enables it, in rich text.
     static constexpr const char* DRAGGING_HINT_TEXT
-        = "<small>Hint: Dragging speed can be increased 10x with SHIFT being hold and decreased 10x by holding "
-          "CTRL.</small>";
+        = QT_TR_NOOP("<small>Hint: Dragging speed can be increased 10x with SHIFT being hold and decreased 10x by "
+                     "holding CTRL.</small>");
     /// Bounds at or beyond these are written as no bound in the range tooltip (the largest 32-bit integer: what
     /// integer properties without a limit carry, and anything larger).
     static constexpr double UNBOUNDED = 2147483647.0;

@@ -230,11 +230,11 @@ void SpinBox::updateRangeToolTip()
     const bool lowBounded = low > -UNBOUNDED;
     const bool highBounded = high < UNBOUNDED;
     if (lowBounded && highBounded)
-        baseToolTip = QStringLiteral("Value range: ") + write(low) + QChar(0x2026) + write(high);
+        baseToolTip = tr("Value range: ") + write(low) + QChar(0x2026) + write(high);
     else if (lowBounded)
-        baseToolTip = QStringLiteral("Minimum value: ") + write(low);
+        baseToolTip = tr("Minimum value: ") + write(low);
     else if (highBounded)
-        baseToolTip = QStringLiteral("Maximum value: ") + write(high);
+        baseToolTip = tr("Maximum value: ") + write(high);
     else
         baseToolTip.clear();
     updateToolTip();
@@ -246,7 +246,7 @@ void SpinBox::updateToolTip()
     if (showDraggingHint) {
         if (!text.isEmpty())
             text += QLatin1Char('\n');
-        text += QLatin1String(DRAGGING_HINT_TEXT);
+        text += tr(DRAGGING_HINT_TEXT);
     }
     setToolTip(toRichToolTip(text));
 }

@@ -10,6 +10,7 @@
 #include <MarlixLibQt/widgets/thumbnails/ThumbnailManager.h>
 
 #include <QActionGroup>
+#include <QCoreApplication>
 #include <QMenu>
 
 #include <algorithm>
@@ -125,7 +126,7 @@ bool EntityWidget::pick(const EntityHolder<Entity>& entity)
 QString EntityWidget::getEntityText(const EntityHolder<Entity>& entity)
 {
     if (!entity)
-        return QString::fromLatin1(NONE_TEXT);
+        return tr(NONE_TEXT);
     if (const int index = entity->indexOfProperty(NAME_PROPERTY); index >= 0) {
         const GenericProperty name = entity->getProperty(static_cast<std::uint32_t>(index));
         if (name.getTypeDefinition().isNative<String>() && !name.get<String>().empty())
@@ -142,7 +143,8 @@ void EntityWidget::notify()
         observeName(entity);
         shownEntity->set(entity);
     }
-    setText(mixed ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : getEntityText(entity));
+    setText(
+        mixed ? QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>") : getEntityText(entity));
     setToolTip(entity ? toQt(entity->getClassInfo().getName()) + QStringLiteral(" #") + QString::number(entity->getId())
                       : QString());
     setIcon(thumbnailOf(entity));
@@ -163,7 +165,7 @@ void EntityWidget::rebuildMenu()
     pickMenu->clear();
     const EntityHolder<Entity> current = (mixedValues && mixedValues()) ? nullptr : model->get();
     auto* group = new QActionGroup(pickMenu);
-    QAction* none = pickMenu->addAction(QString::fromLatin1(NONE_TEXT), this, [this] { pick(nullptr); });
+    QAction* none = pickMenu->addAction(tr(NONE_TEXT), this, [this] { pick(nullptr); });
     none->setCheckable(true);
     none->setChecked(!current && !(mixedValues && mixedValues()));
     none->setVisible(noneAllowed);
@@ -176,17 +178,17 @@ void EntityWidget::rebuildMenu()
             if (std::find(candidates.begin(), candidates.end(), entity) != candidates.end())
                 recent.push_back(entity);
     if (!recent.empty()) {
-        pickMenu->addSection(QString::fromLatin1(RECENT_SECTION_TEXT));
+        pickMenu->addSection(tr(RECENT_SECTION_TEXT));
         for (const EntityHolder<Entity>& entity : recent)
             addEntityAction(entity, current);
     }
     if (!candidates.empty())
-        pickMenu->addSection(QString::fromLatin1(SCENE_SECTION_TEXT));
+        pickMenu->addSection(tr(SCENE_SECTION_TEXT));
     const std::size_t listed = std::min(candidates.size(), MAX_MENU_ENTRIES);
     for (std::size_t i = 0; i < listed; ++i)
         addEntityAction(candidates[i], current);
     if (listed < candidates.size())
-        pickMenu->addAction(QStringLiteral("%1 more not listed").arg(candidates.size() - listed))->setEnabled(false);
+        pickMenu->addAction(tr("%n more not listed", nullptr, int(candidates.size() - listed)))->setEnabled(false);
 }
 
 void EntityWidget::addEntityAction(const EntityHolder<Entity>& entity, const EntityHolder<Entity>& current)

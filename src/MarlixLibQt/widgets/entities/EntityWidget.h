@@ -28,12 +28,12 @@ class MARLIXLIBQT_EXPORT EntityWidget : public QToolButton, public BaseWithModel
     Q_OBJECT
 
 public:
-    /// The text of the empty reference, on the button and in the menu.
-    static constexpr const char* NONE_TEXT = "None";
-    /// The title of the menu's section of recently picked entities.
-    static constexpr const char* RECENT_SECTION_TEXT = "Recent";
-    /// The title of the menu's section of the scene's entities.
-    static constexpr const char* SCENE_SECTION_TEXT = "Scene";
+    /// Source text of the empty reference, on the button and in the menu.
+    static constexpr const char* NONE_TEXT = QT_TR_NOOP("None");
+    /// Source text of the title of the menu's section of recently picked entities.
+    static constexpr const char* RECENT_SECTION_TEXT = QT_TR_NOOP("Recent");
+    /// Source text of the title of the menu's section of the scene's entities.
+    static constexpr const char* SCENE_SECTION_TEXT = QT_TR_NOOP("Scene");
     /// Entities kept in the host's recent list.
     static constexpr std::size_t MAX_RECENT = 8;
     /// Entities listed in the menu; a larger scene lists the first ones and says how many are left out.

@@ -97,7 +97,7 @@ void GraphView::dropEvent(QDropEvent* event)
         event->ignore();
     } else {
         event->acceptProposedAction();
-        addEntitiesAt(entities, toScene(event->position()), "Add Node");
+        addEntitiesAt(entities, toScene(event->position()), fromQt(tr("Add Node")));
     }
     if (state == State::DraggingDrop)
         setIdleState();
@@ -122,7 +122,7 @@ void GraphView::createEntityAt(const EntityClassInfo& entityClass, QPointF scene
     if (!scene)
         return;
     EntityHolder<Node> node;
-    runAction("Create Node", [&] {
+    runAction(fromQt(tr("Create Node")), [&] {
         const EntityHolder<Entity> entity = entityClass.create();
         scene->addEntity(entity);
         node = model->getOrCreateNode(entity, scenePos);
@@ -148,7 +148,7 @@ void GraphView::showContextMenu(QPoint viewportPos)
                 continue;
             existing->addAction(entityTitle(*entity), this, [this, entity, scenePos] {
                 const EntityHolder<Entity> entities[] = { entity };
-                addEntitiesAt(entities, scenePos, "Add Node");
+                addEntitiesAt(entities, scenePos, fromQt(tr("Add Node")));
             });
             ++listed;
         }
@@ -196,7 +196,7 @@ void GraphView::onRemoveSelection()
     for (const NodeItem* item : getSelectedNodeItems())
         nodes.push_back(item->getNode());
     if (!nodes.empty())
-        runAction("Remove Selected", [&] { model->removeNodes(nodes); });
+        runAction(fromQt(tr("Remove Selected")), [&] { model->removeNodes(nodes); });
 }
 
 void GraphView::onDuplicateSelection()
@@ -209,7 +209,7 @@ void GraphView::onDuplicateSelection()
         nodes.push_back(item->getNode());
     const QPointF position = nodeItemsBoundingRect(selected).topLeft() + DUPLICATE_OFFSET;
     Stack<EntityHolder<Node>> copies;
-    runAction("Duplicate Selected", [&] { copies = model->duplicateNodes(nodes, position); });
+    runAction(fromQt(tr("Duplicate Selected")), [&] { copies = model->duplicateNodes(nodes, position); });
     selectNodeItems(lookupNodeItems(copies), true);
 }
 

@@ -1,5 +1,6 @@
 // The view's input: mouse, wheel, pinch, keys, drops and the context menu, and the states they move through.
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/NodeItem.h>
@@ -309,7 +310,7 @@ void GraphView::completeConnection(QPointF scenePos)
         const String input = preview->getAnchorInput();
         if (slot && slot == &target->getOutputSlot() && canConnect(*target, *anchor, input)) {
             const EntityHolder<Node> from = target->getNode();
-            runAction("Connect Node", [&] { to->connectProperty(from, input); });
+            runAction(fromQt(tr("Connect Node")), [&] { to->connectProperty(from, input); });
         }
         return;
     }
@@ -323,7 +324,7 @@ void GraphView::completeConnection(QPointF scenePos)
             return;
         const EntityHolder<Node> to = target->getNode();
         const String property = input->getProperty();
-        runAction("Connect Node", [&] {
+        runAction(fromQt(tr("Connect Node")), [&] {
             if (liftedTarget)
                 liftedTarget->getNode()->disconnectProperty(liftedInput);
             to->connectProperty(from, property);
@@ -331,7 +332,7 @@ void GraphView::completeConnection(QPointF scenePos)
         return;
     }
     if (!target && liftedTarget)
-        runAction("Disconnect Node", [&] { liftedTarget->getNode()->disconnectProperty(liftedInput); });
+        runAction(fromQt(tr("Disconnect Node")), [&] { liftedTarget->getNode()->disconnectProperty(liftedInput); });
 }
 
 void GraphView::startMovingNodes()
@@ -370,7 +371,7 @@ void GraphView::commitMovedNodes()
     moveStarts.clear();
     setMovingWiresLive(false);
     if (!moved.empty())
-        runAction("Move Node", [&] {
+        runAction(fromQt(tr("Move Node")), [&] {
             for (NodeItem* item : moved)
                 item->commitPosition();
         });

@@ -1,5 +1,6 @@
 // Rearranging: the nodes laid out in layers along their wires.
 #include <MarlixLib/base/Exception.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/graph/ConnectionItem.h>
 #include <MarlixLibQt/widgets/graph/GraphView.h>
 #include <MarlixLibQt/widgets/graph/LayeredLayout.h>
@@ -39,7 +40,7 @@ void GraphView::arrangeNodes(ArrayView<NodeItem* const> items, QPointF centre)
                 edges.push_back({ from->second, indices.at(item), static_cast<std::uint32_t>(row - slots.begin()) });
         }
     }
-    runAction("Rearrange Nodes", [&] {
+    runAction(fromQt(tr("Rearrange Nodes")), [&] {
         const LayeredLayoutResult layout = computeLayeredLayout(
             nodes, edges, static_cast<float>(LAYOUT_SPACING_X), static_cast<float>(LAYOUT_SPACING_Y));
         if (layout.positions.size() != nodes.size())

@@ -2,6 +2,7 @@
 #include <MarlixLib/undo/IUndoManager.h>
 #include <MarlixLibQt/widgets/properties/DefaultPropertySheetHost.h>
 
+#include <QCoreApplication>
 #include <QFileDialog>
 
 namespace Marlix::Widgets {
@@ -75,14 +76,15 @@ DefaultPropertySheetHost::FileDialogRequest DefaultPropertySheetHost::makeFileDi
     switch (flags.mode) {
     case UiPathFlags::Mode::Directory:
         request.kind = FileDialogRequest::Kind::ExistingDirectory;
-        request.title = QString::fromLatin1(SELECT_DIRECTORY_TITLE);
+        request.title
+            = QCoreApplication::translate("Marlix::Widgets::DefaultPropertySheetHost", SELECT_DIRECTORY_TITLE);
         request.showDirsOnly = true;
         break;
     case UiPathFlags::Mode::OpenFile:
     case UiPathFlags::Mode::SaveFile:
         request.kind = flags.mode == UiPathFlags::Mode::OpenFile ? FileDialogRequest::Kind::OpenFile
                                                                  : FileDialogRequest::Kind::SaveFile;
-        request.title = QString::fromLatin1(SELECT_FILE_TITLE);
+        request.title = QCoreApplication::translate("Marlix::Widgets::DefaultPropertySheetHost", SELECT_FILE_TITLE);
         request.filter = QString::fromStdString(flags.filter);
         break;
     default:

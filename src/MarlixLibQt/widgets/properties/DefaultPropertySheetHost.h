@@ -14,8 +14,12 @@ class MARLIXLIBQT_EXPORT DefaultPropertySheetHost : public IPropertySheetHost,
                                                     public DefaultEntityHandleContext
 {
 public:
-    static constexpr const char* SELECT_DIRECTORY_TITLE = "Select Directory"; ///< Title of the directory picker.
-    static constexpr const char* SELECT_FILE_TITLE = "Select File"; ///< Title of the file pickers.
+    /// Source text of the title of the directory picker.
+    static constexpr const char* SELECT_DIRECTORY_TITLE
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::DefaultPropertySheetHost", "Select Directory");
+    /// Source text of the title of the file pickers.
+    static constexpr const char* SELECT_FILE_TITLE
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::DefaultPropertySheetHost", "Select File");
 
     /// The file dialog that one pick shows, worked out before anything is shown.
     struct FileDialogRequest

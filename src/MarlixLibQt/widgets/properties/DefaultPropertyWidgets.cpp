@@ -21,6 +21,7 @@
 #include <MarlixLibQt/widgets/properties/PropertyWidgetConstructor.h>
 #include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QSignalBlocker>
 
@@ -91,8 +92,9 @@ template <class T> SharedPtr<Model<T>> showMixedAsEmpty(SharedPtr<PropertyModel<
 
 void updateMixedPlaceholder(QLineEdit* field, const GenericPropertyAccessor& property)
 {
-    field->setPlaceholderText(
-        Detail::hasMixedValues(property) ? toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT) : QString());
+    field->setPlaceholderText(Detail::hasMixedValues(property)
+            ? QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>")
+            : QString());
 }
 
 template <class N> QWidget* makeNumber(const GenericPropertyAccessor& property, const Arguments& arguments)

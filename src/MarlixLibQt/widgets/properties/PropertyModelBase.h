@@ -3,7 +3,10 @@
 #include <MarlixLib/base/Exception.h>
 #include <MarlixLib/data/GenericPropertyAccessor.h>
 #include <MarlixLib/undo/IUndoManager.h>
+#include <MarlixLibQt/QtUtils.h>
 #include <MarlixLibQt/widgets/Model.h>
+
+#include <QCoreApplication>
 
 namespace Marlix::Widgets {
 
@@ -13,8 +16,9 @@ namespace Marlix::Widgets {
 template <class T> class PropertyModelBase : public AbstractModel<T>
 {
 public:
-    /// Start of every undo label, before the property's name.
-    static constexpr StringView ACTION_LABEL_PREFIX = "Update of ";
+    /// Source text of the start of every undo label, before the property's name; translated when the step is made.
+    static constexpr StringView ACTION_LABEL_PREFIX
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::PropertyModelBase", "Update of ");
     /// Receives the reason of a refused edit, as the Exception's message.
     using RejectionHandler = Function<void(const String& message)>;
 
@@ -69,7 +73,7 @@ public:
         // its earlier values and remains one undo step.
         ActionHolder step;
         if (undoManager)
-            step = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
+            step = undoManager->createAction(undoLabel(), ActionFlag::UserEdit);
         try {
             writeValue(value);
             if (step.isOpen())
@@ -95,7 +99,7 @@ public:
     void beginChange() override
     {
         if (undoManager && !action.isOpen())
-            action = undoManager->createAction(String(ACTION_LABEL_PREFIX) + getUndoName(), ActionFlag::UserEdit);
+            action = undoManager->createAction(undoLabel(), ActionFlag::UserEdit);
     }
 
     /// Closes the gesture, keeping its writes as one undo step.
@@ -135,6 +139,12 @@ protected:
     virtual void writeValue(const T& value) = 0;
 
 private:
+    /// Named in the language of the moment: the undo history shows it as it was made.
+    String undoLabel() const
+    {
+        return fromQt(QCoreApplication::translate("Marlix::Widgets::PropertyModelBase", ACTION_LABEL_PREFIX.data()))
+            + getUndoName();
+    }
     String getUndoName() const
     {
         if (displayName)

@@ -12,6 +12,7 @@
 #include <MarlixLibQt/widgets/properties/UiAttributes.h>
 
 #include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QMenu>
@@ -270,7 +271,8 @@ void PropertySheetItem::updateLabel()
     }
     QString tip = description;
     if (mixed)
-        tip += (tip.isEmpty() ? QString() : QStringLiteral("\n")) + toQt(MIXED_VALUES_TEXT);
+        tip += (tip.isEmpty() ? QString() : QStringLiteral("\n"))
+            + QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>");
     nameLabel->setToolTip(tip);
     if (editorWidget && editorWidget->property(MIXED_VALUES_PROPERTY).toBool() != mixed) {
         editorWidget->setProperty(MIXED_VALUES_PROPERTY, mixed);
@@ -299,14 +301,17 @@ void PropertySheetItem::updateResetButton()
 void PropertySheetItem::resetToDefault()
 {
     if (resettable)
-        writeToEvery(accessor.getDefinition().getDefaultValue(), String(RESET_ACTION_PREFIX) + fromQt(uiName));
+        writeToEvery(accessor.getDefinition().getDefaultValue(), fromQt(tr(RESET_ACTION_PREFIX.data()) + uiName));
 }
 
 bool PropertySheetItem::applyValueSetter()
 {
     if (!valueSetter || !writable)
         return false;
-    return writeToEvery(valueSetter->value, String(PropertyModelBase<double>::ACTION_LABEL_PREFIX) + fromQt(uiName));
+    return writeToEvery(valueSetter->value,
+        fromQt(QCoreApplication::translate(
+                   "Marlix::Widgets::PropertyModelBase", PropertyModelBase<double>::ACTION_LABEL_PREFIX.data())
+            + uiName));
 }
 
 bool PropertySheetItem::writeToEvery(const Value& value, const String& label)

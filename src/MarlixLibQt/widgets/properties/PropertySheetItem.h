@@ -30,8 +30,9 @@ public:
     static constexpr const char* MIXED_VALUES_PROPERTY = "Zorva.MixedValues";
     /// The label's tooltip line while the objects disagree.
     static constexpr StringView MIXED_VALUES_TEXT = GenericPropertyAccessor::MIXED_VALUES_TEXT;
-    /// Prefix of the undo label of a reset, before the row's name.
-    static constexpr StringView RESET_ACTION_PREFIX = "Reset of ";
+    /// Source text of the undo label of a reset, before the row's name; translated when the step is made.
+    static constexpr StringView RESET_ACTION_PREFIX
+        = QT_TRANSLATE_NOOP("Marlix::Widgets::PropertySheetItem", "Reset of ");
 
     /// A row for `accessor` in `section`; the editor comes from PropertyWidgetConstructor with the sheet's host.
     PropertySheetItem(PropertySheet& sheet, GenericPropertyAccessor accessor, Collapsible* section);

@@ -17,6 +17,7 @@
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QToolTip>
@@ -41,7 +42,7 @@ void showMixedInDropDown(QWidget* editor, const GenericPropertyAccessor& propert
 {
     // A single object shows no entry only for a value outside the enumeration; that is no mix of values.
     if (auto* dropDown = qobject_cast<QComboBox*>(editor); dropDown && property.getObjects().size() > 1)
-        dropDown->setPlaceholderText(toQt(GenericPropertyAccessor::MIXED_VALUES_TEXT));
+        dropDown->setPlaceholderText(QCoreApplication::translate("Marlix::Widgets::SpinBox", "<different values>"));
 }
 
 void applyReadOnlyLook(QWidget* editor)
@@ -149,7 +150,8 @@ QWidget* makeByType(const GenericPropertyAccessor& property, const PropertyWidge
 {
     if (property.isEmpty() || !isResolved(property.checkProperty()))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("Property \"%1\" not found").arg(QString::fromStdString(property.getPath())),
+            QCoreApplication::translate("Marlix::Widgets::PropertyWidgetConstructor", "Property \"%1\" not found")
+                .arg(QString::fromStdString(property.getPath())),
             arguments.parent);
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
     // A registered constructor that returns nothing leaves the property to the editors of its kind.
@@ -178,7 +180,8 @@ QWidget* Detail::makeTextEditor(
     const TypeDefinition& type = property.getDefinition().getTypeDefinition();
     if (!TextPropertyModel::hasTextForm(type))
         return PropertyWidgetConstructor::unsupportedPropertyConstructor(
-            QStringLiteral("Values of %1 cannot be edited").arg(QString::fromStdString(type.getName())),
+            QCoreApplication::translate("Marlix::Widgets::PropertyWidgetConstructor", "Values of %1 cannot be edited")
+                .arg(QString::fromStdString(type.getName())),
             arguments.parent);
     auto model = makeSharedPtr<TextPropertyModel>(property, Detail::undoManagerOf(arguments), arguments.displayName);
     auto* editor = new LineEdit(

@@ -277,7 +277,7 @@ void tst_Curves::failedLoadChangesNothing_data()
     const Array<std::byte> two = writeCurves(Marlix::Curves(2, DefaultCurveType::Identity));
     QTest::newRow("two curves for four channels")
         << QByteArray(reinterpret_cast<const char*>(two.data()), qsizetype(two.size()))
-        << QStringLiteral("Found 2 curve(s), but 4 were expected.\n\nThis can be caused for example by mismatching "
+        << QStringLiteral("Found 2 curves, but 4 were expected.\n\nThis can be caused for example by mismatching "
                           "motion blur shutter curve and tone mapping curve files.");
     QTest::newRow("truncated file") << QByteArray("\x00\x04\x00", 3) << QString();
 }
