@@ -2,6 +2,42 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AccessibleCompositeWidget</name>
+    <message>
+        <source>%1 %2</source>
+        <translation>%1 %2</translation>
+    </message>
+</context>
+<context>
+    <name>AccessibleCurves</name>
+    <message>
+        <source>Point %1: %2, %3</source>
+        <translation>Punkt %1: %2; %3</translation>
+    </message>
+</context>
+<context>
+    <name>AccessibleHueBlacknessPicker</name>
+    <message>
+        <source>Hue and blackness</source>
+        <translation>Farbton und Schwarzanteil</translation>
+    </message>
+    <message>
+        <source>Hue</source>
+        <translation>Farbton</translation>
+    </message>
+    <message>
+        <source>Blackness</source>
+        <translation>Schwarzanteil</translation>
+    </message>
+</context>
+<context>
+    <name>AccessibleWhitenessPicker</name>
+    <message>
+        <source>Whiteness</source>
+        <translation>Weißanteil</translation>
+    </message>
+</context>
+<context>
     <name>Marlix::Color</name>
     <message>
         <source>sRGB (0-255)</source>
@@ -558,6 +594,14 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
         <source>Picks inverse of a pixel color from anywhere on the screen. The inverse color is useful for example to select a color tint for the image. To use this picker, just drag the button to anywhere on the screen. While in this pick mode, the sampled color will be displayed in the button.</source>
         <translation>Nimmt die Umkehrfarbe eines beliebigen Pixels auf dem Bildschirm auf. Die Umkehrfarbe hilft zum Beispiel, eine Tönung für das Bild zu wählen. Dazu die Schaltfläche einfach an eine beliebige Stelle des Bildschirms ziehen. Solange dieser Aufnahmemodus aktiv ist, zeigt die Schaltfläche die aufgenommene Farbe.</translation>
     </message>
+    <message>
+        <source>Pick inverse color from screen</source>
+        <translation>Inverse Farbe vom Bildschirm aufnehmen</translation>
+    </message>
+    <message>
+        <source>Pick color from screen</source>
+        <translation>Farbe vom Bildschirm aufnehmen</translation>
+    </message>
 </context>
 <context>
     <name>Marlix::Widgets::GradientControl</name>
@@ -627,6 +671,13 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
     <message>
         <source>Rearrange Nodes</source>
         <translation>Knoten neu anordnen</translation>
+    </message>
+</context>
+<context>
+    <name>Marlix::Widgets::HexColorEditor</name>
+    <message>
+        <source>Hex color</source>
+        <translation>Hex-Farbe</translation>
     </message>
 </context>
 <context>
@@ -731,6 +782,13 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
     </message>
 </context>
 <context>
+    <name>Marlix::Widgets::ListerModel</name>
+    <message>
+        <source>Actions</source>
+        <translation>Aktionen</translation>
+    </message>
+</context>
+<context>
     <name>Marlix::Widgets::ListerPanel</name>
     <message>
         <source>All listed objects</source>
@@ -809,6 +867,10 @@ Das kann zum Beispiel an nicht zueinander passenden Kurvendateien für den Versc
     <message>
         <source>Browse</source>
         <translation>Durchsuchen</translation>
+    </message>
+    <message>
+        <source>Path</source>
+        <translation>Pfad</translation>
     </message>
 </context>
 <context>

@@ -359,6 +359,18 @@
         <source>%L1   (%L2, %L3, %L4, %L5)</source>
         <translation>%L1   (%L2; %L3; %L4; %L5)</translation>
     </message>
+    <message>
+        <source>Scene tree</source>
+        <translation>Szenenbaum</translation>
+    </message>
+    <message>
+        <source>%1, second view</source>
+        <translation>%1, zweite Ansicht</translation>
+    </message>
+    <message>
+        <source>Editors</source>
+        <translation>Editoren</translation>
+    </message>
 </context>
 <context>
     <name>Studio::GraphPage</name>
@@ -377,6 +389,10 @@
     <message>
         <source>History (Edit &gt; Undo, Redo)</source>
         <translation>Verlauf (Bearbeiten &gt; Rückgängig, Wiederholen)</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>Verlauf</translation>
     </message>
 </context>
 <context>
@@ -523,6 +539,10 @@
     <message>
         <source>Properties of %1 entities: %2</source>
         <translation>Eigenschaften von %1 Entitäten: %2</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>Verlauf</translation>
     </message>
 </context>
 <context>
