@@ -132,8 +132,12 @@ QModelIndex ListerView::toListerIndex(const QModelIndex& index) const
 void ListerView::displayRectChanged(QRect rect, bool update)
 {
     displayRect = rect;
-    if (update)
+    if (update) {
+        // The host asks for the rows in view as they are now: a fresh sweep from the top, not the rest of one that
+        // ran out of time, so flagged editors of the first rows are rebuilt however slow the last pass was.
+        sweepContinues = false;
         syncEditors();
+    }
 }
 
 void ListerView::updateAllEditorsState(EditorState state)
@@ -285,8 +289,9 @@ void ListerView::scheduleEditorsPass()
 void ListerView::followViewport()
 {
     // What the user sees of the viewport: nothing while hidden, and only the unclipped part inside a scroll area.
-    const QRect seen = isVisible() ? viewport()->visibleRegion().boundingRect() : QRect();
-    displayRectChanged(seen, true);
+    // A sweep that ran out of time goes on from where it stopped.
+    displayRect = isVisible() ? viewport()->visibleRegion().boundingRect() : QRect();
+    syncEditors();
 }
 
 void ListerView::closeMasterRowEditors()
