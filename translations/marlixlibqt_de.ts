@@ -16,6 +16,21 @@
     </message>
 </context>
 <context>
+    <name>AccessibleGraphView</name>
+    <message>
+        <source>Output</source>
+        <translation>Ausgang</translation>
+    </message>
+    <message>
+        <source>connected</source>
+        <translation>verbunden</translation>
+    </message>
+    <message>
+        <source>not connected</source>
+        <translation>nicht verbunden</translation>
+    </message>
+</context>
+<context>
     <name>AccessibleHueBlacknessPicker</name>
     <message>
         <source>Hue and blackness</source>

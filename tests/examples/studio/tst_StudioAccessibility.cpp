@@ -114,6 +114,10 @@ void checkParts(QAccessibleInterface* parent, const QWidget* widget)
         QVERIFY2(!child->text(QAccessible::Name).isEmpty(), qPrintable(describe(widget)));
         if (!child->state().offscreen)
             QVERIFY2(parent->rect().contains(child->rect()), qPrintable(child->text(QAccessible::Name)));
+        // Parts of parts (a node's slots) keep the same rules.
+        checkParts(child, widget);
+        if (QTest::currentTestFailed())
+            return;
     }
 }
 
@@ -279,8 +283,23 @@ private Q_SLOTS:
         } else if (auto* view = qobject_cast<GraphView*>(widget)) {
             const Array<NodeItem*> nodes = view->getNodeItems();
             QCOMPARE(parts.size(), int(nodes.size()));
-            for (int i = 0; i < parts.size(); ++i)
-                QCOMPARE(parts[i]->text(QAccessible::Name), nodes[std::size_t(i)]->getTitle());
+            for (int i = 0; i < parts.size(); ++i) {
+                const NodeItem& node = *nodes[std::size_t(i)];
+                QCOMPARE(parts[i]->text(QAccessible::Name), node.getTitle());
+                // The output and then each input, saying whether a wire ends there.
+                QCOMPARE(parts[i]->childCount(), 1 + int(node.getInputSlots().size()));
+                const auto wired = [](bool connected) {
+                    return connected ? QStringLiteral("connected") : QStringLiteral("not connected");
+                };
+                QCOMPARE(parts[i]->child(0)->text(QAccessible::Name), QStringLiteral("Output"));
+                QCOMPARE(parts[i]->child(0)->text(QAccessible::Description), wired(node.getOutputSlot().isConnected()));
+                for (std::size_t input = 0; input < node.getInputSlots().size(); ++input) {
+                    const NodeItem::InputSlot& slot = node.getInputSlots()[input];
+                    QAccessibleInterface* accessibleSlot = parts[i]->child(int(input) + 1);
+                    QCOMPARE(accessibleSlot->text(QAccessible::Name), slot.getLabel());
+                    QCOMPARE(accessibleSlot->text(QAccessible::Description), wired(slot.isConnected()));
+                }
+            }
         }
         checkParts(accessible, widget);
     }

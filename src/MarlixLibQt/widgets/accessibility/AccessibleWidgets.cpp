@@ -44,20 +44,22 @@ bool belongsToEditor(const QWidget* parent)
     return dynamic_cast<const BaseWithModel*>(parent) || qobject_cast<const Container*>(parent) || parent->focusProxy();
 }
 
-/// One child that is no widget: it asks its composite for its description each time, so it never holds stale data.
+/// One child that is no widget, or a part of such a child (`sub` not negative): it asks its composite for its
+/// description each time, so it never holds stale data.
 class AccessiblePart final : public QAccessibleInterface, public QAccessibleValueInterface
 {
 public:
-    AccessiblePart(QWidget* owner, int index)
+    AccessiblePart(QWidget* owner, int index, int sub)
         : owner(owner)
         , index(index)
+        , sub(sub)
     {
     }
 
     bool isValid() const override
     {
         const AccessibleCompositeWidget* c = composite();
-        return c && index < c->partCount();
+        return c && index < c->partCount() && sub < (sub < 0 ? 0 : c->subPartCount(index));
     }
     QObject* object() const override { return nullptr; }
     QWindow* window() const override
@@ -65,11 +67,32 @@ public:
         const AccessibleCompositeWidget* c = composite();
         return c ? c->window() : nullptr;
     }
-    QAccessibleInterface* parent() const override { return composite(); }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+    QAccessibleInterface* parent() const override
+    {
+        AccessibleCompositeWidget* c = composite();
+        return c && sub >= 0 ? c->partInterface(index, -1) : c;
+    }
+    QAccessibleInterface* child(int i) const override
+    {
+        return i >= 0 && i < childCount() ? composite()->partInterface(index, i) : nullptr;
+    }
+    int childCount() const override { return sub < 0 && isValid() ? composite()->subPartCount(index) : 0; }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        const auto* part = dynamic_cast<const AccessiblePart*>(child);
+        return part && part->owner == owner && part->index == index && sub < 0 && part->sub >= 0
+                && part->sub < childCount()
+            ? part->sub
+            : -1;
+    }
+    QAccessibleInterface* childAt(int x, int y) const override
+    {
+        for (int i = childCount() - 1; i >= 0; --i) {
+            if (composite()->describeSubPart(index, i).rect.contains(x, y))
+                return child(i);
+        }
+        return nullptr;
+    }
     QAccessibleInterface* focusChild() const override { return nullptr; }
     QString text(QAccessible::Text t) const override
     {
@@ -78,6 +101,8 @@ public:
         const AccessiblePartDescription part = describe();
         if (t == QAccessible::Name)
             return part.name;
+        if (t == QAccessible::Description)
+            return part.description;
         if (t == QAccessible::Value && part.value)
             return QString::number(part.value(), 'f', 2);
         return {};
@@ -118,6 +143,7 @@ public:
 
     const QWidget* getOwner() const { return owner.data(); }
     int getIndex() const { return index; }
+    int getSub() const { return sub; }
 
 private:
     AccessibleCompositeWidget* composite() const
@@ -125,10 +151,14 @@ private:
         return owner ? dynamic_cast<AccessibleCompositeWidget*>(QAccessible::queryAccessibleInterface(owner.data()))
                      : nullptr;
     }
-    AccessiblePartDescription describe() const { return composite()->describePart(index); }
+    AccessiblePartDescription describe() const
+    {
+        return sub < 0 ? composite()->describePart(index) : composite()->describeSubPart(index, sub);
+    }
 
     QPointer<QWidget> owner;
     int index;
+    int sub;
 };
 
 QAccessibleInterface* factory(const QString& className, QObject* object)
@@ -232,6 +262,25 @@ AccessiblePartDescription AccessibleCompositeWidget::describePart(int) const
     return {};
 }
 
+int AccessibleCompositeWidget::subPartCount(int) const
+{
+    return 0;
+}
+
+AccessiblePartDescription AccessibleCompositeWidget::describeSubPart(int, int) const
+{
+    return {};
+}
+
+QAccessibleInterface* AccessibleCompositeWidget::partInterface(int part, int sub) const
+{
+    if (const auto found = parts.find({ part, sub }); found != parts.end())
+        return QAccessible::accessibleInterface(found->second);
+    auto* made = new AccessiblePart(widget(), part, sub);
+    parts.emplace(std::pair(part, sub), QAccessible::registerAccessibleInterface(made));
+    return made;
+}
+
 int AccessibleCompositeWidget::widgetChildCount() const
 {
     return QAccessibleWidget::childCount();
@@ -248,20 +297,15 @@ QAccessibleInterface* AccessibleCompositeWidget::child(int index) const
     if (index < widgets)
         return QAccessibleWidget::child(index);
     const int part = index - widgets;
-    if (part >= partCount())
-        return nullptr;
-    if (const auto found = parts.find(part); found != parts.end())
-        return QAccessible::accessibleInterface(found->second);
-    auto* made = new AccessiblePart(widget(), part);
-    parts.emplace(part, QAccessible::registerAccessibleInterface(made));
-    return made;
+    return part < partCount() ? partInterface(part, -1) : nullptr;
 }
 
 int AccessibleCompositeWidget::indexOfChild(const QAccessibleInterface* child) const
 {
     if (const auto* part = dynamic_cast<const AccessiblePart*>(child))
-        return part->getOwner() == widget() && part->getIndex() < partCount() ? widgetChildCount() + part->getIndex()
-                                                                              : -1;
+        return part->getOwner() == widget() && part->getSub() < 0 && part->getIndex() < partCount()
+            ? widgetChildCount() + part->getIndex()
+            : -1;
     return QAccessibleWidget::indexOfChild(child);
 }
 

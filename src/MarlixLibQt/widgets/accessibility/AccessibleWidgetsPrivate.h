@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <map>
+#include <utility>
 
 class QPainter;
 
@@ -46,6 +47,7 @@ struct AccessiblePartDescription
     /// In screen coordinates, like every rectangle of the accessibility interfaces.
     QRect rect;
     QAccessible::State state;
+    QString description; ///< Read after the name: what the part's state means ("connected").
     Function<double()> value;
     Function<void(double)> setValue;
     double minimum = 0.0;
@@ -66,6 +68,12 @@ public:
     virtual int partCount() const { return 0; }
     /// Only called with 0 <= index < partCount().
     virtual AccessiblePartDescription describePart(int index) const;
+    /// The parts of part `part` (the slots of a graph node); none by default.
+    virtual int subPartCount(int part) const;
+    /// Only called with 0 <= sub < subPartCount(part).
+    virtual AccessiblePartDescription describeSubPart(int part, int sub) const;
+    /// The interface of part `part`, or of its part `sub` when that is not negative; made on the first question.
+    QAccessibleInterface* partInterface(int part, int sub) const;
 
     QString text(QAccessible::Text t) const override;
     int childCount() const override;
@@ -77,7 +85,7 @@ private:
     int widgetChildCount() const;
 
     /// The parts handed out so far, by index; registered with Qt, which owns them, and removed with this interface.
-    mutable std::map<int, QAccessible::Id> parts;
+    mutable std::map<std::pair<int, int>, QAccessible::Id> parts;
 };
 
 /// A widget that edits one number (a slider, a field, a colour channel): it answers as a value, described by the
