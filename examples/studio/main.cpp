@@ -20,6 +20,7 @@
 #include <QThread>
 #include <QTranslator>
 #include <QVariant>
+#include <QWheelEvent>
 
 #include <cstdio>
 #include <cstdlib>
@@ -127,11 +128,15 @@ void arrangeSampleLayout(Studio::StudioWindow& window)
     // The Graph page is the current one, so the undo history shows its rearranging of the nodes.
     window.showPage(properties);
     window.showPage(graph);
-    // Framed again at its new size, as the user would with Z.
+    // Framed again at its new size, as the user would with Z, then wheeled in until the nodes' titles show.
     QCoreApplication::processEvents();
     if (auto* view = window.pageWidget(graph)->findChild<QGraphicsView*>()) {
         QKeyEvent frame(QEvent::KeyPress, Qt::Key_Z, Qt::NoModifier, QStringLiteral("z"));
         QApplication::sendEvent(view, &frame);
+        const QPointF centre = QRectF(view->viewport()->rect()).center();
+        QWheelEvent wheel(centre, view->viewport()->mapToGlobal(centre), QPoint(), QPoint(0, 8 * 120), Qt::NoButton,
+            Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(view->viewport(), &wheel);
     }
 }
 
