@@ -151,7 +151,7 @@ public:
             return hue ? point.x() : point.y();
         };
         part.setValue = [picker, hue](double number) {
-            if (!picker || !picker->isEnabled())
+            if (!picker)
                 return;
             QPointF point = picker->getModel()->get();
             (hue ? point.rx() : point.ry()) = number;

@@ -134,7 +134,8 @@ public:
         const AccessiblePartDescription part = describe();
         bool ok = false;
         const double number = value.toDouble(&ok);
-        if (ok && std::isfinite(number) && part.setValue)
+        // As for whole widgets: the part of a disabled widget takes no value from assistive technology.
+        if (ok && std::isfinite(number) && part.setValue && owner->isEnabled())
             part.setValue(clampAccessibleValue(part, number));
     }
     QVariant maximumValue() const override { return isValid() ? describe().maximum : QVariant(); }
